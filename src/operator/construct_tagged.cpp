@@ -1,0 +1,66 @@
+#include "operator/construct_tagged.h"
+
+#include "operator/stiffness_assembly.h"
+#include "operator/vertex_partition.h"
+
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+namespace quor {
+namespace {
+
+/// 3n is counted in 32 bits without sign, and the 9m triplets of the assembly in 32 bits with sign.
+void requireSizesFit(std::int32_t n, std::int32_t m) {
+  constexpr auto maxVertices = std::numeric_limits<std::uint32_t>::max() / 3;
+  constexpr auto maxTriangles = std::numeric_limits<std::int32_t>::max() / 9;
+  if (static_cast<std::uint32_t>(n) > maxVertices || m > maxTriangles) {
+    throw std::length_error("vector");
+  }
+}
+
+}  // namespace
+
+Construction constructTagged(std::int32_t n, const double* vertices, std::int32_t m,
+                             const std::int32_t* triangles, const std::int32_t* tags) {
+  requireSizesFit(n, m);
+  VertexPartition partition = partitionVertices(n, tags);
+  Construction result;
+  result.prescribedCount = partition.prescribedCount;
+  quogeommallocsur(
+      n, partition.prescribedCount, reorderCoordinates(vertices, partition.callerToSolver),
+      reorderTriangles(m, triangles, partition.callerToSolver), &result.status, &result.handle);
+  if (result.handle) {
+    result.handle->callerToSolver = std::move(partition.callerToSolver);
+    result.handle->solverToCaller = std::move(partition.solverToCaller);
+    result.handle->tags.assign(tags, tags + n);
+  }
+  return result;
+}
+
+void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
+                      std::vector<double> coordinates, std::vector<std::int32_t> triangles,
+                      StatusCode* statusOut, std::unique_ptr<SolverHandle>* handleOut) {
+  auto handle = std::make_unique<SolverHandle>();
+  handle->prescribedCount = prescribedCount;
+  handle->vertexCount = static_cast<std::uint64_t>(n);
+  handle->vertices = std::make_shared<const std::vector<double>>(std::move(coordinates));
+  handle->triangles = std::make_shared<const std::vector<std::int32_t>>(std::move(triangles));
+
+  {
+    SparseMatrix stiffness;
+    *statusOut = assembleStiffness(n, *handle->vertices, *handle->triangles, stiffness);
+    if (*statusOut != QUOR_SUCCESS) {
+      handleOut->reset();
+      return;
+    }
+    const Eigen::Index prescribed = prescribedCount;
+    const Eigen::Index free = n - prescribed;
+    handle->stiffnessFF = copyBlock(stiffness, prescribed, prescribed, free, free);
+    handle->stiffnessFP = copyBlock(stiffness, prescribed, 0, free, prescribed);
+  }
+  handle->factorFF = std::make_shared<const Factorization>(*handle->stiffnessFF);
+  *handleOut = std::move(handle);
+}
+
+}  // namespace quor

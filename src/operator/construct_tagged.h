@@ -1,0 +1,39 @@
+// Construction of a solver handle: partition, assembly, factorization.
+#pragma once
+
+#include "api/solver_handle.h"
+#include "quor.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace quor {
+
+/// What a construction came to.
+struct Construction {
+  StatusCode status = QUOR_SUCCESS;
+  std::uint32_t prescribedCount = 0;     ///< also when the mesh was rejected
+  std::unique_ptr<SolverHandle> handle;  ///< null unless status is QUOR_SUCCESS
+};
+
+/// Builds a handle from arrays in caller order; all of them are copied.
+/// Throws std::length_error("vector") for sizes without a place in 32-bit indices, before reading
+/// any array, and std::bad_alloc.
+/// @param n,vertices   at least 1; 3n coordinates
+/// @param m,triangles  at least 1; 3m corners in 0 .. n-1
+/// @param tags         n tags
+Construction constructTagged(std::int32_t n, const double* vertices, std::int32_t m,
+                             const std::int32_t* triangles, const std::int32_t* tags);
+
+/// The part of the construction that works in solver order: assembles the stiffness matrix, keeps
+/// its free-free and free-prescribed blocks and factorizes the former.
+/// @param n, prescribedCount     numbers of all and of prescribed vertices
+/// @param coordinates,triangles  the mesh in solver order, moved into the handle
+/// @param statusOut              receives 0, or 23 or 24 if the mesh is rejected
+/// @param handleOut              receives the handle (permutations and tags still empty), or null
+void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
+                      std::vector<double> coordinates, std::vector<std::int32_t> triangles,
+                      StatusCode* statusOut, std::unique_ptr<SolverHandle>* handleOut);
+
+}  // namespace quor

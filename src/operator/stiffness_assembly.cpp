@@ -1,0 +1,67 @@
+#include "operator/stiffness_assembly.h"
+
+#include "operator/element_stiffness.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace quor {
+namespace {
+
+using Triplet = Eigen::Triplet<double, int>;
+
+/// The nine entries of one element. The order is fixed: it decides the order in which
+/// contributions are summed, and so the bits of the result.
+void appendElement(std::int32_t a, std::int32_t b, std::int32_t c, const ElementStiffness& element,
+                   std::vector<Triplet>& triplets) {
+  triplets.emplace_back(a, b, element.ab);
+  triplets.emplace_back(b, a, element.ab);
+  triplets.emplace_back(b, c, element.bc);
+  triplets.emplace_back(c, b, element.bc);
+  triplets.emplace_back(a, c, element.ac);
+  triplets.emplace_back(c, a, element.ac);
+  triplets.emplace_back(a, a, element.aa);
+  triplets.emplace_back(b, b, element.bb);
+  triplets.emplace_back(c, c, element.cc);
+}
+
+}  // namespace
+
+StatusCode assembleStiffness(std::int32_t n, const std::vector<double>& vertices,
+                             const std::vector<std::int32_t>& triangles, SparseMatrix& stiffness) {
+  std::vector<Triplet> triplets;
+  triplets.reserve(3 * triangles.size());
+  std::vector<bool> used(static_cast<std::size_t>(n));
+  const auto position = [&](std::int32_t vertex) {
+    return vertices.data() + 3 * static_cast<std::size_t>(vertex);
+  };
+  for (std::size_t t = 0; t < triangles.size(); t += 3) {
+    const std::int32_t a = triangles[t];
+    const std::int32_t b = triangles[t + 1];
+    const std::int32_t c = triangles[t + 2];
+    if (a == b || b == c || a == c) {
+      return QUOR_REPEATED_CORNER;
+    }
+    for (const std::int32_t corner : {a, b, c}) {
+      used[static_cast<std::size_t>(corner)] = true;
+    }
+    appendElement(a, b, c, elementStiffness(position(a), position(b), position(c)), triplets);
+  }
+  if (std::find(used.begin(), used.end(), false) != used.end()) {
+    return QUOR_UNUSED_VERTEX;
+  }
+  stiffness.resize(n, n);
+  stiffness.setFromTriplets(triplets.begin(), triplets.end());
+  return QUOR_SUCCESS;
+}
+
+std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen::Index row,
+                                              Eigen::Index col, Eigen::Index rows,
+                                              Eigen::Index cols) {
+  // Assigned, not copy-constructed: Eigen's copying constructor leaks when an allocation fails.
+  const auto block = std::make_shared<SparseMatrix>();
+  *block = matrix.block(row, col, rows, cols);
+  return block;
+}
+
+}  // namespace quor

@@ -1,0 +1,29 @@
+// Assembles the stiffness matrix of a mesh and cuts blocks out of it.
+#pragma once
+
+#include "api/solver_handle.h"
+#include "quor.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace quor {
+
+/// Checks the mesh and assembles its n x n stiffness matrix: symmetric, both triangles stored, an
+/// entry for every vertex and every edge (also where it is 0), rows that sum to 0.
+/// @param n          number of vertices
+/// @param vertices   3n coordinates
+/// @param triangles  3m corners in 0 .. n-1, m at most (2^31-1)/9
+/// @param stiffness  receives the matrix; untouched unless the result is QUOR_SUCCESS
+/// @return QUOR_SUCCESS; QUOR_REPEATED_CORNER if some triangle has two equal corners;
+///         QUOR_UNUSED_VERTEX if some vertex is a corner of no triangle
+StatusCode assembleStiffness(std::int32_t n, const std::vector<double>& vertices,
+                             const std::vector<std::int32_t>& triangles, SparseMatrix& stiffness);
+
+/// @return a copy of rows row .. row+rows-1 and columns col .. col+cols-1
+std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen::Index row,
+                                              Eigen::Index col, Eigen::Index rows,
+                                              Eigen::Index cols);
+
+}  // namespace quor
