@@ -1,0 +1,19 @@
+// The repeatable half of the solver.
+#pragma once
+
+#include "api/solver_handle.h"
+
+namespace quor {
+
+/// Solves for the field that takes the given values at the prescribed vertices. With K the
+/// stiffness matrix, F the free and P the prescribed vertices: K_FF x_F = -s_F - K_FP x_P.
+/// All reads of the arrays come before the first write, so they may be the same. Nothing is
+/// written when an allocation fails. If the factorization failed, x_F is 0.
+/// @param handle            with a complete permutation
+/// @param prescribedValues  n values in caller order, read at prescribed vertices only
+/// @param sourceValues      n values in caller order, read at free vertices only; null for none
+/// @param fieldOut          receives n values in caller order
+void solveField(const SolverHandle& handle, const double* prescribedValues,
+                const double* sourceValues, double* fieldOut);
+
+}  // namespace quor
