@@ -1,0 +1,263 @@
+// A tree of tight boxes over the points, joined with itself (a dual-tree join: Gray and Moore,
+// "N-Body" problems in statistical learning, 2000). Two boxes at or beyond the reach need no look;
+// a box whose diagonal is below it is one cluster at once; two boxes that belong to one cluster
+// need no look either. The latter two are what makes a large tolerance as cheap as a small one.
+
+#include "weld/near_points.h"
+
+#include "weld/cell_order.h"
+#include "weld/machine.h"
+#include "weld/point_block.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace quor {
+namespace {
+
+/// Positions begin .. end-1 of the ordered points.
+struct Range {
+  std::int32_t begin;
+  std::int32_t end;
+  std::int32_t size() const { return end - begin; }
+};
+
+/// Cells first .. first + 2^bits - 1 of the order: a box.
+struct Cells {
+  std::uint32_t first;
+  unsigned bits;
+  Cells lowerHalf() const { return {first, bits - 1}; }
+  Cells upperHalf() const { return {first + (1U << (bits - 1)), bits - 1}; }
+};
+
+/// Stored in preorder: the left child follows its parent.
+struct Node {
+  Box box;
+  Range range;
+  std::int32_t right;  ///< index of the right child, kLeaf without children
+  bool oneCluster;     ///< all points were known to belong to one cluster when this was set
+
+  static constexpr std::int32_t kLeaf = 0;
+  bool isLeaf() const { return right == kLeaf; }
+};
+
+class NearPointLinker {
+ public:
+  NearPointLinker(CellOrder order, PointArray points, PointForest forest, double reach)
+      : order_(std::move(order)), points_(points), forest_(forest), reach_(reach) {}
+
+  void run() {
+    const auto count = static_cast<std::int32_t>(order_.points.size());
+    if (count > 0) {
+      build({0, count}, {0, order_.cellBits});
+    }
+  }
+
+ private:
+  static constexpr std::int32_t kLeafCapacity = PointBlock::kCapacity;
+
+  std::int32_t id(std::int32_t position) const {
+    return order_.points[static_cast<std::size_t>(position)];
+  }
+  std::int32_t lastPosition() const { return static_cast<std::int32_t>(order_.points.size()) - 1; }
+  Node& node(std::int32_t i) { return nodes_[static_cast<std::size_t>(i)]; }
+
+  /// Builds the subtree of a range, which lies in the given cells, and links all its near pairs.
+  /// Both halves of every split hold points, so the depth is at most 28, the number of cell bits,
+  /// plus 63, the logarithm to the base 4/3 of how many leaves the fullest cell can hold: together
+  /// with linkAcross, which descends on both sides, less than 64 KB of stack.
+  /// @return the index of its node
+  std::int32_t build(Range range, Cells cells) {
+    const auto self = static_cast<std::int32_t>(nodes_.size());
+    nodes_.push_back({Box(points_[id(range.begin)]), range, Node::kLeaf, false});
+    if (range.size() <= kLeafCapacity) {
+      linkInside(node(self));
+      return self;
+    }
+    const std::int32_t middle = split(range, cells);
+    const bool byCell = cells.bits > 0;
+    const std::int32_t left = build({range.begin, middle}, byCell ? cells.lowerHalf() : cells);
+    const std::int32_t right = build({middle, range.end}, byCell ? cells.upperHalf() : cells);
+    node(self).right = right;
+    node(self).box = node(left).box;
+    node(self).box.extend(node(right).box);
+    joinChildren(node(self), node(left), node(right));
+    return self;
+  }
+
+  /// Finds the position that divides the range in two, between its cells as long as it has several.
+  /// Narrows `cells` to the smallest box that holds the range.
+  std::int32_t split(Range range, Cells& cells) {
+    while (cells.bits > 0) {
+      const std::int32_t middle = order_.start(cells.upperHalf().first);
+      if (middle > range.begin && middle < range.end) {
+        return middle;
+      }
+      cells = middle == range.begin ? cells.upperHalf() : cells.lowerHalf();
+    }
+    return splitInsideCell(range);
+  }
+
+  /// Halves the longest side of the box, or the number of points if that leaves one half with fewer
+  /// than a quarter of them, as in a cluster with outliers.
+  std::int32_t splitInsideCell(Range range) {
+    Box box(points_[id(range.begin)]);
+    for (std::int32_t i = range.begin + 1; i < range.end; ++i) {
+      box.extend(Box(points_[id(i)]));
+    }
+    const std::size_t axis = box.longestAxis();
+    const double center = box.lo[axis] + 0.5 * (box.hi[axis] - box.lo[axis]);
+    const auto positions = order_.points.begin();
+    const auto first = positions + range.begin;
+    const auto last = positions + range.end;
+    const auto middle = std::partition(
+        first, last, [this, axis, center](std::int32_t i) { return points_[i][axis] < center; });
+    if (std::min(middle - first, last - middle) >= range.size() / 4) {
+      return static_cast<std::int32_t>(middle - positions);
+    }
+    const auto median = first + range.size() / 2;
+    std::nth_element(first, median, last, [this, axis](std::int32_t i, std::int32_t j) {
+      return points_[i][axis] < points_[j][axis];
+    });
+    return static_cast<std::int32_t>(median - positions);
+  }
+
+  void joinChildren(Node& parent, const Node& left, const Node& right) {
+    if (parent.box.squaredDiagonal() < reach_) {
+      // So are the children's diagonals: each child is one cluster already.
+      forest_.link(id(left.range.begin), id(right.range.begin));
+      parent.oneCluster = true;
+      return;
+    }
+    linkAcross({left, left.oneCluster}, {right, right.oneCluster});
+    parent.oneCluster = left.oneCluster && right.oneCluster && isSameTree(left, right);
+  }
+
+  bool isSameTree(const Node& a, const Node& b) {
+    return forest_.root(id(a.range.begin)) == forest_.root(id(b.range.begin));
+  }
+
+  /// A node, and whether all its points are known to belong to one cluster: because the node says
+  /// so, or one that it is part of.
+  struct Side {
+    const Node& node;
+    bool oneCluster;
+  };
+  Side part(const Side& side, std::int32_t child) {
+    return {node(child), side.oneCluster || node(child).oneCluster};
+  }
+  Side leftPart(const Side& side) {
+    return part(side, static_cast<std::int32_t>(&side.node - nodes_.data()) + 1);
+  }
+  Side rightPart(const Side& side) { return part(side, side.node.right); }
+
+  /// Links every near pair with one point on either side. Between two clusters one pair is enough:
+  /// the calls after it return at once.
+  void linkAcross(const Side& a, const Side& b) {
+    if (!(squaredDistance(a.node.box, b.node.box) < reach_) || isJoined(a, b)) {
+      return;
+    }
+    if (a.node.isLeaf() && b.node.isLeaf()) {
+      linkLeaves(a, b);
+    } else if (b.node.isLeaf() ||
+               (!a.node.isLeaf() && a.node.range.size() >= b.node.range.size())) {
+      linkAcross(leftPart(a), b);
+      linkAcross(rightPart(a), b);
+    } else {
+      linkAcross(a, leftPart(b));
+      linkAcross(a, rightPart(b));
+    }
+  }
+
+  bool isJoined(const Side& a, const Side& b) {
+    return a.oneCluster && b.oneCluster && isSameTree(a.node, b.node);
+  }
+
+  void linkLeaves(const Side& a, const Side& b) {
+    PointBlock block;  // of the points in b that may be near to some in a
+    for (std::int32_t i = b.node.range.begin; i < b.node.range.end; ++i) {
+      if (squaredDistance(Box(points_[id(i)]), a.node.box) < reach_) {
+        block.add(id(i), points_[id(i)]);
+      }
+    }
+    for (std::int32_t i = a.node.range.begin; block.size() > 0 && i < a.node.range.end; ++i) {
+      const Point p = points_[id(i)];
+      if (!(squaredDistance(Box(p), b.node.box) < reach_)) {
+        continue;
+      }
+      for (PointBlock::Mask near = block.nearTo(p, reach_); near != 0; near &= near - 1) {
+        forest_.link(id(i), block.id(lowestBit(near)));
+        if (a.oneCluster && b.oneCluster) {
+          return;
+        }
+      }
+    }
+  }
+
+  /// Links the near pairs of a leaf, whose points are all still trees of their own, and fits its
+  /// box.
+  void linkInside(Node& leaf) {
+    PointBlock block;
+    for (std::int32_t i = leaf.range.begin; i < leaf.range.end; ++i) {
+      prefetch(points_[id(std::min(i + kLeafCapacity, lastPosition()))]);  // of the next leaf
+      block.add(id(i), points_[id(i)]);
+    }
+    leaf.box = block.box();
+    PointBlock::Mask unseen = block.all();
+    if (leaf.box.squaredDiagonal() < reach_) {
+      linkToSmallest(block, unseen);
+      leaf.oneCluster = true;
+      return;
+    }
+    std::array<PointBlock::Mask, PointBlock::kCapacity> near;
+    for (std::size_t j = 0; j < block.size(); ++j) {
+      near[j] = block.nearTo(points_[block.id(j)], reach_);
+    }
+    std::int32_t clusters = 0;
+    while (unseen != 0) {
+      const PointBlock::Mask cluster = reachable(lowestBit(unseen), near);
+      linkToSmallest(block, cluster);
+      unseen &= ~cluster;
+      ++clusters;
+    }
+    leaf.oneCluster = clusters == 1;
+  }
+
+  /// All points of a block that chains of near ones connect to the first.
+  static PointBlock::Mask reachable(
+      unsigned first, const std::array<PointBlock::Mask, PointBlock::kCapacity>& near) {
+    PointBlock::Mask reached = PointBlock::Mask{1} << first;
+    for (PointBlock::Mask pending = reached; pending != 0;) {
+      const PointBlock::Mask fresh = near[lowestBit(pending)] & ~reached;
+      pending = (pending & (pending - 1)) | fresh;
+      reached |= fresh;
+    }
+    return reached;
+  }
+
+  void linkToSmallest(const PointBlock& block, PointBlock::Mask cluster) {
+    std::int32_t smallest = block.id(lowestBit(cluster));
+    for (PointBlock::Mask rest = cluster; rest != 0; rest &= rest - 1) {
+      smallest = std::min(smallest, block.id(lowestBit(rest)));
+    }
+    for (PointBlock::Mask rest = cluster; rest != 0; rest &= rest - 1) {
+      forest_.parent(block.id(lowestBit(rest))) = smallest;
+    }
+  }
+
+  CellOrder order_;
+  PointArray points_;
+  PointForest forest_;
+  double reach_;
+  std::vector<Node> nodes_;
+};
+
+}  // namespace
+
+void linkNearPoints(const std::vector<std::int32_t>& selected, PointArray points,
+                    PointForest forest, double reach) {
+  NearPointLinker(orderByCell(selected, points), points, forest, reach).run();
+}
+
+}  // namespace quor

@@ -1,0 +1,42 @@
+#include "weld/weld.h"
+
+#include "weld/equal_points.h"
+#include "weld/near_points.h"
+#include "weld/point.h"
+#include "weld/point_forest.h"
+
+#include <cstddef>
+#include <numeric>
+
+namespace quor {
+
+void weldPoints(std::int32_t count, const double* points, double tolerance, std::int32_t* forest) {
+  const double reach = tolerance * tolerance;
+  if (!(reach > 0.0)) {  // no squared distance is below 0, not even that of identical points
+    std::iota(forest, forest + count, 0);
+    return;
+  }
+  const PointArray array(points);
+  const PointForest trees(forest);
+  linkNearPoints(linkEqualPoints(count, array, trees), array, trees, reach);
+}
+
+std::int32_t numberVertices(std::int32_t count, const double* points, std::int32_t* forest,
+                            double* vertices) {
+  std::int32_t vertexCount = 0;
+  for (std::int32_t i = 0; i < count; ++i) {
+    const auto point = static_cast<std::size_t>(i);
+    const std::int32_t parent = forest[point];
+    if (parent != i) {
+      forest[point] = forest[static_cast<std::size_t>(parent)];  // numbered already: parent < i
+      continue;
+    }
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      vertices[3 * static_cast<std::size_t>(vertexCount) + axis] = points[3 * point + axis];
+    }
+    forest[point] = vertexCount++;
+  }
+  return vertexCount;
+}
+
+}  // namespace quor
