@@ -1,0 +1,95 @@
+// Welding as the rule says it, with nothing clever: the oracle for small inputs.
+#pragma once
+
+#include "support.h"
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+#include <set>
+
+namespace test {
+
+struct Welded {
+  std::int32_t result = 99;
+  std::vector<double> vertices;
+  std::vector<std::int32_t> triangles;
+  std::vector<std::int32_t> map;
+};
+
+/// Compares every pair.
+inline Welded bruteForceWeld(const Mesh& soup, double tolerance) {
+  const auto n = std::size_t(soup.n());
+  const double* p = soup.vertices.data();
+  std::vector<std::int32_t> root(n);
+  std::iota(root.begin(), root.end(), 0);
+  const double r2 = tolerance * tolerance;
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t j = i + 1; j < n; ++j) {
+      const double dx = p[3 * i] - p[3 * j];
+      const double dy = p[3 * i + 1] - p[3 * j + 1];
+      const double dz = p[3 * i + 2] - p[3 * j + 2];
+      if ((dx * dx + dy * dy) + dz * dz < r2 && root[i] != root[j]) {
+        const std::int32_t from = std::max(root[i], root[j]);
+        const std::int32_t to = std::min(root[i], root[j]);
+        std::replace(root.begin(), root.end(), from, to);
+      }
+    }
+  }
+  Welded welded;
+  welded.result = 0;
+  welded.map.resize(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    if (root[i] == std::int32_t(i)) {
+      welded.map[i] = std::int32_t(welded.vertices.size() / 3);
+      welded.vertices.insert(welded.vertices.end(), p + 3 * i, p + 3 * i + 3);
+    } else {
+      welded.map[i] = welded.map[std::size_t(root[i])];
+    }
+  }
+  std::set<std::array<std::int32_t, 3>> seen;
+  for (std::size_t t = 0; t < soup.triangles.size(); t += 3) {
+    std::array<std::int32_t, 3> corners{};
+    for (std::size_t k = 0; k < 3; ++k) {
+      corners[k] = welded.map[std::size_t(soup.triangles[t + k])];
+    }
+    std::array<std::int32_t, 3> key = corners;
+    std::sort(key.begin(), key.end());
+    if (key[0] != key[1] && key[1] != key[2] && seen.insert(key).second) {
+      welded.triangles.insert(welded.triangles.end(), corners.begin(), corners.end());
+    }
+  }
+  return welded;
+}
+
+/// Calls quorWeld with outputs that have the documented room, and checks that what lies behind the
+/// written part is untouched.
+inline Welded weld(const Mesh& soup, double tolerance) {
+  constexpr double untouched = 12345.678;
+  constexpr std::int32_t untouchedIndex = -77;
+  Welded welded;
+  welded.vertices.assign(soup.vertices.size() + 1, untouched);
+  welded.triangles.assign(soup.triangles.size() + 1, untouchedIndex);
+  welded.map.assign(std::size_t(soup.n()) + 1, untouchedIndex);
+  std::int32_t vertexCount = -5;
+  std::int32_t triangleCount = -5;
+  welded.result = quorWeld(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(),
+                           welded.vertices.data(), welded.triangles.data(), welded.map.data(),
+                           &vertexCount, &triangleCount, tolerance);
+  const auto isUntouched = [&](auto& array, std::size_t written, auto value) {
+    EXPECT_TRUE(std::all_of(array.begin() + std::ptrdiff_t(written), array.end(),
+                            [&](auto x) { return x == value; }));
+    array.resize(written);
+  };
+  isUntouched(welded.vertices, 3 * std::size_t(vertexCount), untouched);
+  isUntouched(welded.triangles, 3 * std::size_t(triangleCount), untouchedIndex);
+  isUntouched(welded.map, std::size_t(soup.n()), untouchedIndex);
+  return welded;
+}
+
+inline bool same(const Welded& a, const Welded& b) {
+  return a.result == b.result && sameBits(a.vertices, b.vertices) && a.triangles == b.triangles &&
+         a.map == b.map;
+}
+
+}  // namespace test

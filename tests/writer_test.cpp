@@ -1,0 +1,175 @@
+// wobj from outside: both files to the byte.
+
+#include "export/obj_writer.h"
+#include "support.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+using namespace test;
+namespace fs = std::filesystem;
+
+namespace {
+
+const char* const kMaterial =
+    "newmtl Heat \n"
+    "Kd 1 1 1             \n"
+    "Ns 96.0784\t\t\t \n"
+    "d 1\t\t\t\t\t \n"
+    "illum 1\t\t\t\t \n"
+    "Ka 0 0 0\t\t\t \n"
+    "Ks 1 1 1\t\t\t \n"
+    "map_Kd viridis.PNG\n";
+
+class Writer : public testing::Test {
+ protected:
+  Writer() {
+    directory_ = fs::temp_directory_path() /
+                 ("quor-writer-" + std::to_string(reinterpret_cast<std::uintptr_t>(this)) + "-" +
+                  testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::create_directories(directory_);
+  }
+  ~Writer() override { fs::remove_all(directory_); }
+
+  std::string base(const std::string& name) const { return (directory_ / name).string(); }
+
+  static std::string read(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+  }
+
+  /// The "vt" lines for a field over vertices in solver order, all prescribed.
+  std::string textureLines(const std::vector<double>& field) const {
+    Mesh mesh;
+    for (std::size_t i = 0; i < field.size(); ++i) {
+      mesh.vertices.insert(mesh.vertices.end(), {double(i), double(i * i), 1});
+    }
+    for (std::int32_t i = 0; i < mesh.n(); ++i) {
+      mesh.triangles.insert(mesh.triangles.end(), {i, (i + 1) % mesh.n(), (i + 2) % mesh.n()});
+    }
+    const Handle handle = build(mesh, std::vector<std::int32_t>(field.size(), 1));
+    wobj(handle.get(), field.data(), base("t").c_str());
+    std::istringstream lines(read(base("t.obj")));
+    std::string result;
+    for (std::string line; std::getline(lines, line);) {
+      if (line.rfind("vt ", 0) == 0) {
+        result += line.substr(3) + "\n";
+      }
+    }
+    return result;
+  }
+
+  fs::path directory_;
+};
+
+const Mesh kTriangle{{0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2}};
+
+TEST_F(Writer, WritesBothFilesToTheByte) {
+  const Handle handle = build(kTriangle, {1, 1, 1});
+  const double field[] = {0, 2, 1};
+  std::ofstream(base("a b.obj")) << std::string(5000, 'x');  // longer than what replaces it
+  testing::internal::CaptureStderr();
+  wobj(handle.get(), field, base("a b").c_str());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(read(base("a b.obj")), "mtllib " + base("a b") +
+                                       ".mtl\n"
+                                       "usemtl Heat\n"
+                                       "v 0 0 0\nv 1 0 0\nv 0 1 0\n"
+                                       "vt 1 0.5\nvt 0 0.5\nvt 0.5 0.5\n"
+                                       "f 1/1 2/2 3/3\n");
+  EXPECT_EQ(read(base("a b.mtl")), kMaterial);
+}
+
+TEST_F(Writer, FieldAndMeshAreInSolverOrder) {
+  const Mesh square{{0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, {0, 1, 2, 0, 2, 3}};
+  const Handle handle = build(square, {0, 1, 0, 0});  // stored order 1 3 2 0
+  const double field[] = {4, 3, 2, 0};
+  wobj(handle.get(), field, base("s").c_str());
+  EXPECT_EQ(read(base("s.obj")), "mtllib " + base("s") +
+                                     ".mtl\n"
+                                     "usemtl Heat\n"
+                                     "v 1 0 0\nv 0 1 0\nv 1 1 0\nv 0 0 0\n"
+                                     "vt 0 0.5\nvt 0.25 0.5\nvt 0.5 0.5\nvt 1 0.5\n"
+                                     "f 4/4 1/1 3/3\nf 4/4 3/3 2/2\n");
+}
+
+TEST_F(Writer, SixSignificantDigits) {
+  const Mesh mesh{{0.1234567, 1234567, 0.00001, -0.0, 1e-5, 123456, 999999.5, 1e300, -2.5e-310},
+                  {0, 1, 2}};
+  const Handle handle = build(mesh, {1, 1, 1});
+  const double field[] = {0, 0.1, 0.3};
+  wobj(handle.get(), field, base("d").c_str());
+  const std::string text = read(base("d.obj"));
+  EXPECT_NE(text.find("v 0.123457 1.23457e+06 1e-05\nv -0 1e-05 123456\nv 1e+06 1e+300 -2.5e-310\n"
+                      "vt 1 0.5\nvt 0.666667 0.5\nvt 0 0.5\n"),
+            std::string::npos)
+      << text;
+}
+
+TEST_F(Writer, OrderOfOperationsInU) {
+  EXPECT_EQ(textureLines({0, 49, 24.5}), "1 0.5\n1.11022e-16 0.5\n0.5 0.5\n");
+  EXPECT_EQ(textureLines({0, 0.1, 0.05}), "1 0.5\n0 0.5\n0.5 0.5\n");
+  EXPECT_EQ(textureLines({3, 0, 1.5}), "0 0.5\n1 0.5\n0.5 0.5\n");
+}
+
+TEST_F(Writer, EqualAndNanValues) {
+  std::ostringstream nan;  // the platform's text for 0 times infinity plus 1
+  volatile double zero = 0;
+  nan << zero * (1.0 / zero) + 1.0 << " 0.5\n";
+  EXPECT_EQ(textureLines({5, 5, 5}), nan.str() + nan.str() + nan.str());
+
+  // One min-max pass, pairs first: where NaN stands decides what it hides.
+  const std::vector<std::vector<double>> fields = {
+      {kNaN, 1, 2, 3}, {1, kNaN, 2, 3}, {3, 1, kNaN, 2}, {1, 2, 3, kNaN}, {2, kNaN, kNaN, 1, 5}};
+  for (const std::vector<double>& field : fields) {
+    const auto [low, high] = std::minmax_element(field.begin(), field.end());
+    const double s = 1.0 / (*high - *low);
+    std::ostringstream expected;
+    for (const double value : field) {
+      expected << (*low - value) * s + 1.0 << " 0.5\n";
+    }
+    EXPECT_EQ(textureLines(field), expected.str());
+  }
+}
+
+TEST_F(Writer, ReportsAFileThatCannotBeOpened) {
+  const Handle handle = build(kTriangle, {1, 1, 1});
+  const double field[] = {0, 2, 1};
+  const auto message = [](const std::string& name) {
+    return "couldn't open file " + name + " for writing.\n";
+  };
+  testing::internal::CaptureStderr();
+  wobj(handle.get(), field, base("missing/a").c_str());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), message(base("missing/a")));
+  EXPECT_FALSE(fs::exists(base("missing")));
+
+  fs::create_directory(base("b.obj"));
+  testing::internal::CaptureStderr();
+  wobj(handle.get(), field, base("b").c_str());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), message(base("b")));
+  EXPECT_FALSE(fs::exists(base("b.mtl")));
+
+  fs::create_directory(base("c.mtl"));
+  testing::internal::CaptureStderr();
+  wobj(handle.get(), field, base("c").c_str());
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), message(base("c")));
+  EXPECT_EQ(read(base("c.obj")).substr(read(base("c.obj")).size() - 14), "f 1/1 2/2 3/3\n");
+}
+
+TEST_F(Writer, NoVerticesLeavesTwoLines) {
+  try {
+    quor::writeObjAndMtl({}, {}, nullptr, base("e").c_str());
+    FAIL();
+  } catch (const std::length_error& error) {
+    EXPECT_STREQ(error.what(), "vector");
+  }
+  EXPECT_EQ(read(base("e.obj")), "mtllib " + base("e") + ".mtl\nusemtl Heat\n");
+  EXPECT_FALSE(fs::exists(base("e.mtl")));
+}
+
+}  // namespace
