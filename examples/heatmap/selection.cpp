@@ -1,0 +1,107 @@
+#include "selection.h"
+
+#include <cmath>
+#include <limits>
+#include <sstream>
+#include <stdexcept>
+
+namespace heatmap {
+namespace {
+
+constexpr double kDefaultFraction = 0.02;
+
+[[noreturn]] void refuse(const std::string& rule, const std::string& why) {
+  throw std::runtime_error("rule \"" + rule + "\" " + why);
+}
+
+// Exactly `count` comma-separated finite numbers.
+std::vector<double> numbers(const std::string& rule, const std::string& text, std::size_t count) {
+  std::vector<double> values;
+  std::istringstream stream(text);
+  for (std::string item; std::getline(stream, item, ',');) {
+    std::size_t used = 0;
+    try {
+      values.push_back(std::stod(item, &used));
+    } catch (const std::logic_error&) {
+      refuse(rule, "has \"" + item + "\" where a number should be");
+    }
+    if (used != item.size() || !std::isfinite(values.back())) {
+      refuse(rule, "has \"" + item + "\" where a number should be");
+    }
+  }
+  if (values.size() != count) {
+    refuse(rule, "needs " + std::to_string(count) + " numbers, separated by commas");
+  }
+  return values;
+}
+
+double distance(const double* p, const std::vector<double>& q) {
+  return std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
+}
+
+template <typename Predicate>
+std::vector<std::int32_t> verticesWhere(const Mesh& mesh, const Predicate& predicate) {
+  std::vector<std::int32_t> selected;
+  for (std::int32_t i = 0; i < mesh.vertexCount(); ++i) {
+    if (predicate(mesh.vertex(i))) {
+      selected.push_back(i);
+    }
+  }
+  return selected;
+}
+
+std::vector<std::int32_t> nearest(const Mesh& mesh, const std::vector<double>& point) {
+  double best = std::numeric_limits<double>::infinity();
+  std::int32_t vertex = 0;
+  for (std::int32_t i = 0; i < mesh.vertexCount(); ++i) {
+    const double d = distance(mesh.vertex(i), point);
+    if (d < best) {
+      best = d;
+      vertex = i;
+    }
+  }
+  return {vertex};
+}
+
+std::vector<std::int32_t> axisEnd(const Mesh& mesh, std::size_t axis, bool upper, double fraction) {
+  const Bounds bounds = boundsOf(mesh);
+  const double depth = fraction * (bounds.high[axis] - bounds.low[axis]);
+  return verticesWhere(mesh, [&](const double* p) {
+    return upper ? p[axis] >= bounds.high[axis] - depth : p[axis] <= bounds.low[axis] + depth;
+  });
+}
+
+std::vector<std::int32_t> apply(const Mesh& mesh, const std::string& rule) {
+  const std::size_t colon = rule.find(':');
+  const std::string name = rule.substr(0, colon);
+  const std::string arguments = colon == std::string::npos ? "" : rule.substr(colon + 1);
+  if (name == "ball") {
+    const std::vector<double> ball = numbers(rule, arguments, 4);
+    return verticesWhere(mesh, [&](const double* p) { return distance(p, ball) <= ball[3]; });
+  }
+  if (name == "nearest") {
+    return nearest(mesh, numbers(rule, arguments, 3));
+  }
+  const std::size_t axis = std::string("xyz").find(name.empty() ? ' ' : name[0]);
+  if (name.size() == 2 && axis != std::string::npos && (name[1] == '+' || name[1] == '-')) {
+    const double fraction =
+        colon == std::string::npos ? kDefaultFraction : numbers(rule, arguments, 1)[0];
+    if (!(fraction >= 0.0 && fraction <= 1.0)) {
+      refuse(rule, "needs a fraction between 0 and 1");
+    }
+    return axisEnd(mesh, axis, name[1] == '+', fraction);
+  }
+  refuse(rule, "is none of x+ x- y+ y- z+ z-, ball:X,Y,Z,R, nearest:X,Y,Z");
+}
+
+}  // namespace
+
+std::vector<std::int32_t> select(const Mesh& mesh, const std::string& rule) {
+  std::vector<std::int32_t> selected = apply(mesh, rule);
+  if (selected.empty()) {
+    refuse(rule, "selects no vertex");
+  }
+  return selected;
+}
+
+}  // namespace heatmap

@@ -1,0 +1,27 @@
+// From a soup to a mesh that the solver accepts.
+#pragma once
+
+#include "mesh.h"
+
+#include <vector>
+
+namespace heatmap {
+
+// Makes one vertex of points that are nearer than the tolerance, drops triangles that collapse or
+// repeat. Throws std::runtime_error if nothing is left.
+Mesh weld(const Mesh& soup, double tolerance);
+
+// Drops triangles of no area, whose entries in the matrix would be NaN. Returns how many.
+std::int32_t dropFlatTriangles(Mesh& mesh);
+
+// Drops vertices that no triangle uses, which the solver would reject. Returns how many.
+std::int32_t dropUnusedVertices(Mesh& mesh);
+
+// Numbers the pieces of the mesh that no edge connects: the piece of every vertex, in the order of
+// their first vertices.
+std::vector<std::int32_t> componentsOf(const Mesh& mesh);
+
+// Keeps the triangles of the component with most vertices. Returns how many went.
+std::int32_t keepLargestComponent(Mesh& mesh);
+
+}  // namespace heatmap
