@@ -9,121 +9,149 @@
 namespace quor {
 namespace {
 
-/// One axis of the grid: `cells.size()` slabs of equal width from `origin` on.
-struct GridAxis {
-  double origin = 0.0;
-  double extent = 0.0;
-  double slabsPerUnit = 0.0;
-  std::vector<std::uint32_t> bitsOfSlab;  ///< the slab's number, its bits spread to their places
-
-  std::uint32_t bitsAt(double coordinate) const {
-    const auto last = static_cast<double>(bitsOfSlab.size() - 1);
-    const double slab = (coordinate - origin) * slabsPerUnit;  // NaN (infinity times 0) gives 0
-    return bitsOfSlab[static_cast<std::size_t>(std::min(std::max(0.0, slab), last))];
-  }
-};
-
 constexpr std::size_t kSamples = 1024;
 constexpr std::size_t kMaxBitsPerAxis = 12;
 constexpr std::size_t kMaxBits = 28;
 constexpr std::size_t kAhead = 32;  ///< points asked for before their turn
 
-/// Covers the bulk of the coordinates along one axis: the range of a sample without the outermost
-/// 1/64 on either side, and a little more, but not beyond the sample's own range. An outlier far
-/// away must not shrink everything else into one cell.
-void coverBulk(std::vector<double>& sample, GridAxis& axis) {
-  std::sort(sample.begin(), sample.end());
-  const std::size_t trimmed = sample.size() / 64;
-  const double low = sample[trimmed];
-  const double high = sample[sample.size() - 1 - trimmed];
-  const double more = (high - low) / 16;
-  axis.origin = std::max(low - more, sample.front());
-  axis.extent = std::min(high + more, sample.back()) - axis.origin;
-  // Extents that would overflow or underflow the slab arithmetic leave the axis undivided.
-  if (!(axis.extent > 1e-290 && axis.extent < 1e290)) {
-    axis.extent = 0.0;
-  }
-}
+/// One axis of the grid: `bitsOfSlab.size()` slabs of equal width between two planes.
+struct GridAxis {
+  double low = 0.0;
+  double high = 0.0;
+  double slabsPerUnit = 0.0;
+  std::vector<std::uint32_t> bitsOfSlab;  ///< the slab's number, its bits spread to their places
 
-std::array<GridAxis, 3> coverBulk(const std::vector<std::int32_t>& selected, PointArray points) {
-  std::array<GridAxis, 3> axes;
-  std::vector<double> sample;
-  const std::size_t step = std::max<std::size_t>(1, selected.size() / kSamples);
-  for (std::size_t axis = 0; axis < 3; ++axis) {
-    sample.clear();
-    for (std::size_t i = 0; i < selected.size(); i += step) {
-      sample.push_back(points[selected[i]][axis]);
+  bool covers(double coordinate) const { return coordinate >= low && coordinate <= high; }
+
+  /// @param coordinate  one that the axis covers
+  std::uint32_t bitsAt(double coordinate) const {
+    const double slab = (coordinate - low) * slabsPerUnit;  // NaN if an infinite range is undivided
+    return bitsOfSlab[slab > 0.0 ? std::min(static_cast<std::size_t>(slab), bitsOfSlab.size() - 1)
+                                 : 0];
+  }
+};
+
+/// A grid over the bulk of some points.
+class Grid {
+ public:
+  /// @param cells  how many to make, about
+  Grid(const std::vector<std::int32_t>& selected, PointArray points, std::size_t cells) {
+    std::size_t bits = 0;
+    while ((std::size_t{1} << bits) < cells && bits < kMaxBits) {
+      ++bits;
     }
-    coverBulk(sample, axes[axis]);
+    coverBulk(selected, points);
+    divide(bits);
   }
-  return axes;
-}
 
-/// Halves the widest side again and again until there are `bits` halvings, the first of which gets
-/// the uppermost bit of the cell number.
-/// @return the number of halvings made: fewer if no side can be halved further
-unsigned divide(std::array<GridAxis, 3>& axes, std::size_t bits) {
-  std::array<double, 3> width{axes[0].extent, axes[1].extent, axes[2].extent};
-  std::array<std::size_t, 3> halvings{};
-  std::vector<std::size_t> axisOfBit;
-  while (axisOfBit.size() < bits) {
-    const auto widest =
-        static_cast<std::size_t>(std::max_element(width.begin(), width.end()) - width.begin());
-    if (!(width[widest] > 0.0)) {
-      break;
+  unsigned bits() const { return bits_; }
+  std::uint32_t outside() const { return std::uint32_t{1} << bits_; }
+
+  std::uint32_t cellOf(Point p) const {
+    const bool covered = axes_[0].covers(p[0]) && axes_[1].covers(p[1]) && axes_[2].covers(p[2]);
+    return covered ? axes_[0].bitsAt(p[0]) | axes_[1].bitsAt(p[1]) | axes_[2].bitsAt(p[2])
+                   : outside();
+  }
+
+ private:
+  void coverBulk(const std::vector<std::int32_t>& selected, PointArray points) {
+    const std::vector<std::int32_t> sampled = sample(selected);
+    std::vector<double> coordinates(sampled.size());
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      std::transform(sampled.begin(), sampled.end(), coordinates.begin(),
+                     [&](std::int32_t i) { return points[i][axis]; });
+      coverBulk(coordinates, axes_[axis]);
     }
-    axisOfBit.push_back(widest);
-    ++halvings[widest];
-    width[widest] = halvings[widest] < kMaxBitsPerAxis ? width[widest] / 2 : 0.0;
   }
-  std::reverse(axisOfBit.begin(), axisOfBit.end());
 
-  for (std::size_t a = 0; a < 3; ++a) {
-    GridAxis& axis = axes[a];
-    axis.bitsOfSlab.assign(std::size_t{1} << halvings[a], 0);
-    for (std::size_t slab = 0; slab < axis.bitsOfSlab.size(); ++slab) {
-      std::size_t rest = slab;
-      for (std::size_t bit = 0; bit < axisOfBit.size(); ++bit) {
-        if (axisOfBit[bit] == a) {
-          axis.bitsOfSlab[slab] |= static_cast<std::uint32_t>((rest & 1U) << bit);
-          rest >>= 1U;
+  /// One out of every equal share, at a place in it that no regular pattern of points follows.
+  static std::vector<std::int32_t> sample(const std::vector<std::int32_t>& selected) {
+    const std::size_t share = std::max<std::size_t>(1, selected.size() / kSamples);
+    std::vector<std::int32_t> sampled;
+    std::uint32_t noise = 1;
+    for (std::size_t first = 0; first + share <= selected.size(); first += share) {
+      noise = noise * 1664525U + 1013904223U;  // Knuth's linear congruential generator
+      sampled.push_back(selected[first + (std::uint64_t{noise} * share >> 32U)]);
+    }
+    return sampled;
+  }
+
+  /// The range of the sample without the outermost 1/64 on either side, and 1/16 more.
+  static void coverBulk(std::vector<double>& coordinates, GridAxis& axis) {
+    std::sort(coordinates.begin(), coordinates.end());
+    const std::size_t trimmed = coordinates.size() / 64;
+    axis.low = coordinates[trimmed];
+    axis.high = coordinates[coordinates.size() - 1 - trimmed];
+    const double extent = axis.high - axis.low;
+    axis.low -= extent / 16;
+    axis.high += extent / 16;
+  }
+
+  /// Halves the widest side of a cell again and again. The first halving gets the uppermost bit of
+  /// the cell number.
+  void divide(std::size_t bits) {
+    std::array<double, 3> width{};
+    for (std::size_t a = 0; a < 3; ++a) {
+      const double extent = axes_[a].high - axes_[a].low;
+      // Where the slab arithmetic would overflow or underflow, the axis stays in one piece.
+      width[a] = extent > 1e-290 && extent < 1e290 ? extent : 0.0;
+    }
+    std::array<std::size_t, 3> halvings{};
+    std::vector<std::size_t> axisOfBit;
+    while (axisOfBit.size() < bits) {
+      const auto widest =
+          static_cast<std::size_t>(std::max_element(width.begin(), width.end()) - width.begin());
+      if (!(width[widest] > 0.0) || halvings[widest] == kMaxBitsPerAxis) {
+        break;
+      }
+      axisOfBit.push_back(widest);
+      ++halvings[widest];
+      width[widest] /= 2;
+    }
+    std::reverse(axisOfBit.begin(), axisOfBit.end());
+    bits_ = static_cast<unsigned>(axisOfBit.size());
+    for (std::size_t a = 0; a < 3; ++a) {
+      spreadBits(a, axisOfBit, axes_[a]);
+    }
+  }
+
+  static void spreadBits(std::size_t number, const std::vector<std::size_t>& axisOfBit,
+                         GridAxis& axis) {
+    axis.bitsOfSlab = {0};
+    for (std::size_t bit = 0; bit < axisOfBit.size(); ++bit) {
+      if (axisOfBit[bit] == number) {  // the next bit of the slab number: twice as many slabs
+        const std::size_t slabs = axis.bitsOfSlab.size();
+        for (std::size_t slab = 0; slab < slabs; ++slab) {
+          axis.bitsOfSlab.push_back(axis.bitsOfSlab[slab] | std::uint32_t{1} << bit);
         }
       }
     }
-    axis.slabsPerUnit =
-        halvings[a] > 0 ? static_cast<double>(axis.bitsOfSlab.size()) / axis.extent : 0.0;
+    if (axis.bitsOfSlab.size() > 1) {
+      axis.slabsPerUnit = static_cast<double>(axis.bitsOfSlab.size()) / (axis.high - axis.low);
+    }
   }
-  return static_cast<unsigned>(axisOfBit.size());
-}
 
-std::size_t bitsToNumber(std::size_t count) {
-  std::size_t bits = 0;
-  while ((std::size_t{1} << bits) < count && bits < kMaxBits) {
-    ++bits;
-  }
-  return bits;
-}
+  std::array<GridAxis, 3> axes_;
+  unsigned bits_ = 0;
+};
 
 }  // namespace
 
 CellOrder orderByCell(const std::vector<std::int32_t>& selected, PointArray points) {
   CellOrder order;
   if (selected.empty()) {
-    order.cellStart.assign(2, 0);
     return order;
   }
-  std::array<GridAxis, 3> axes = coverBulk(selected, points);
-  order.cellBits = divide(axes, bitsToNumber(selected.size()));
+  const Grid grid(selected, points, selected.size());
+  order.cellBits = grid.bits() + 1;
 
-  // Counting sort. The counts are kept one place further on than the starts that they add up to,
-  // and filling a cell moves its start to its end, that is to where the next one's belongs.
-  const std::size_t cells = std::size_t{1} << order.cellBits;
-  order.cellStart.assign(cells + 2, 0);
+  // Counting sort. The counts stand one place further on than the starts that they add up to, and
+  // filling a cell moves its start to its end, that is to where the next one's belongs.
+  order.cellStart.assign(std::size_t{grid.outside()} + 3, 0);
   std::vector<std::uint32_t> cellOf(selected.size());
   for (std::size_t i = 0; i < selected.size(); ++i) {
     prefetch(points[selected[std::min(i + kAhead, selected.size() - 1)]]);
-    const Point p = points[selected[i]];
-    cellOf[i] = axes[0].bitsAt(p[0]) | axes[1].bitsAt(p[1]) | axes[2].bitsAt(p[2]);
+    cellOf[i] = grid.cellOf(points[selected[i]]);
     ++order.cellStart[cellOf[i] + 2];
   }
   for (std::size_t cell = 2; cell < order.cellStart.size(); ++cell) {
@@ -133,7 +161,6 @@ CellOrder orderByCell(const std::vector<std::int32_t>& selected, PointArray poin
   for (std::size_t i = 0; i < selected.size(); ++i) {
     order.points[order.cellStart[cellOf[i] + 1]++] = selected[i];
   }
-  order.cellStart.pop_back();
   return order;
 }
 

@@ -55,6 +55,7 @@ class NearPointLinker {
   }
 
  private:
+  using Mask = PointBlock::Mask;
   static constexpr std::int32_t kLeafCapacity = PointBlock::kCapacity;
 
   std::int32_t id(std::int32_t position) const {
@@ -175,19 +176,20 @@ class NearPointLinker {
   }
 
   void linkLeaves(const Side& a, const Side& b) {
-    PointBlock block;  // of the points in b that may be near to some in a
-    for (std::int32_t i = b.node.range.begin; i < b.node.range.end; ++i) {
-      if (squaredDistance(Box(points_[id(i)]), a.node.box) < reach_) {
-        block.add(id(i), points_[id(i)]);
-      }
+    const PointBlock inB = blockOf(b.node.range);
+    PointBlock candidates;  // in b, for points in a
+    for (Mask rest = inB.nearTo(a.node.box, reach_); rest != 0; rest &= rest - 1) {
+      const std::int32_t j = inB.id(lowestBit(rest));
+      candidates.add(j, points_[j]);
     }
-    for (std::int32_t i = a.node.range.begin; block.size() > 0 && i < a.node.range.end; ++i) {
-      const Point p = points_[id(i)];
-      if (!(squaredDistance(Box(p), b.node.box) < reach_)) {
-        continue;
-      }
-      for (PointBlock::Mask near = block.nearTo(p, reach_); near != 0; near &= near - 1) {
-        forest_.link(id(i), block.id(lowestBit(near)));
+    if (candidates.size() == 0) {
+      return;
+    }
+    const PointBlock inA = blockOf(a.node.range);
+    for (Mask rest = inA.nearTo(b.node.box, reach_); rest != 0; rest &= rest - 1) {
+      const std::int32_t i = inA.id(lowestBit(rest));
+      for (Mask near = candidates.nearTo(points_[i], reach_); near != 0; near &= near - 1) {
+        forest_.link(i, candidates.id(lowestBit(near)));
         if (a.oneCluster && b.oneCluster) {
           return;
         }
@@ -195,28 +197,35 @@ class NearPointLinker {
     }
   }
 
+  PointBlock blockOf(Range range) const {
+    PointBlock block;
+    for (std::int32_t i = range.begin; i < range.end; ++i) {
+      block.add(id(i), points_[id(i)]);
+    }
+    return block;
+  }
+
   /// Links the near pairs of a leaf, whose points are all still trees of their own, and fits its
   /// box.
   void linkInside(Node& leaf) {
-    PointBlock block;
-    for (std::int32_t i = leaf.range.begin; i < leaf.range.end; ++i) {
-      prefetch(points_[id(std::min(i + kLeafCapacity, lastPosition()))]);  // of the next leaf
-      block.add(id(i), points_[id(i)]);
+    for (std::int32_t i = leaf.range.begin; i < leaf.range.end; ++i) {  // of the next leaf
+      prefetch(points_[id(std::min(i + kLeafCapacity, lastPosition()))]);
     }
+    const PointBlock block = blockOf(leaf.range);
     leaf.box = block.box();
-    PointBlock::Mask unseen = block.all();
+    Mask unseen = block.all();
     if (leaf.box.squaredDiagonal() < reach_) {
       linkToSmallest(block, unseen);
       leaf.oneCluster = true;
       return;
     }
-    std::array<PointBlock::Mask, PointBlock::kCapacity> near;
+    std::array<Mask, PointBlock::kCapacity> near;
     for (std::size_t j = 0; j < block.size(); ++j) {
       near[j] = block.nearTo(points_[block.id(j)], reach_);
     }
     std::int32_t clusters = 0;
     while (unseen != 0) {
-      const PointBlock::Mask cluster = reachable(lowestBit(unseen), near);
+      const Mask cluster = reachable(lowestBit(unseen), near);
       linkToSmallest(block, cluster);
       unseen &= ~cluster;
       ++clusters;
@@ -225,23 +234,22 @@ class NearPointLinker {
   }
 
   /// All points of a block that chains of near ones connect to the first.
-  static PointBlock::Mask reachable(
-      unsigned first, const std::array<PointBlock::Mask, PointBlock::kCapacity>& near) {
-    PointBlock::Mask reached = PointBlock::Mask{1} << first;
-    for (PointBlock::Mask pending = reached; pending != 0;) {
-      const PointBlock::Mask fresh = near[lowestBit(pending)] & ~reached;
+  static Mask reachable(unsigned first, const std::array<Mask, PointBlock::kCapacity>& near) {
+    Mask reached = Mask{1} << first;
+    for (Mask pending = reached; pending != 0;) {
+      const Mask fresh = near[lowestBit(pending)] & ~reached;
       pending = (pending & (pending - 1)) | fresh;
       reached |= fresh;
     }
     return reached;
   }
 
-  void linkToSmallest(const PointBlock& block, PointBlock::Mask cluster) {
+  void linkToSmallest(const PointBlock& block, Mask cluster) {
     std::int32_t smallest = block.id(lowestBit(cluster));
-    for (PointBlock::Mask rest = cluster; rest != 0; rest &= rest - 1) {
+    for (Mask rest = cluster; rest != 0; rest &= rest - 1) {
       smallest = std::min(smallest, block.id(lowestBit(rest)));
     }
-    for (PointBlock::Mask rest = cluster; rest != 0; rest &= rest - 1) {
+    for (Mask rest = cluster; rest != 0; rest &= rest - 1) {
       forest_.parent(block.id(lowestBit(rest))) = smallest;
     }
   }

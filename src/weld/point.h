@@ -42,7 +42,9 @@ inline bool isEqual(Point p, Point q) {
   return p[0] == q[0] && p[1] == q[1] && p[2] == q[2];
 }
 
-inline double squaredLength(double dx, double dy, double dz) {
+/// Of a double, or of several at once in a vector type.
+template <typename Number>
+Number squaredLength(Number dx, Number dy, Number dz) {
   return (dx * dx + dy * dy) + dz * dz;
 }
 
@@ -79,9 +81,15 @@ struct Box {
   }
 };
 
+template <typename Number>
+Number larger(Number a, Number b) {
+  return a > b ? a : b;
+}
+
 /// The length of the gap between two intervals, 0 if they overlap.
-inline double gap(double lo1, double hi1, double lo2, double hi2) {
-  return std::max(std::max(lo1 - hi2, lo2 - hi1), 0.0);
+template <typename Number>
+Number gap(Number lo1, Number hi1, Number lo2, Number hi2) {
+  return larger(larger(lo1 - hi2, lo2 - hi1), Number{});
 }
 
 /// Squared distance of two boxes.
