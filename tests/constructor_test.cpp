@@ -1,6 +1,6 @@
 // quorctorTagged, quorinfo, quoverts, quotris, quorfree from outside.
 
-#include "support.h"
+#include "support/handle.h"
 
 #include <array>
 #include <stdexcept>

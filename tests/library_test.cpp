@@ -1,6 +1,6 @@
 // The shared library as a host sees it: exported names, loading, unloading, small stacks.
 
-#include "support.h"
+#include "support/handle.h"
 
 #include <dlfcn.h>
 #include <pthread.h>

@@ -5,7 +5,7 @@
 #include "operator/stiffness_assembly.h"
 #include "operator/vertex_partition.h"
 #include "solve/residual.h"
-#include "support.h"
+#include "support/handle.h"
 
 #include <Eigen/Dense>
 

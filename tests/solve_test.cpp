@@ -1,6 +1,6 @@
 // The two solves from outside.
 
-#include "support.h"
+#include "support/handle.h"
 
 #include <array>
 

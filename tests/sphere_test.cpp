@@ -1,6 +1,6 @@
 // The integer-on-sphere code: its domain is small enough to be tested whole.
 
-#include "support.h"
+#include "support/handle.h"
 
 using namespace test;
 

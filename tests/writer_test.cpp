@@ -1,7 +1,7 @@
 // wobj from outside: both files to the byte.
 
 #include "export/obj_writer.h"
-#include "support.h"
+#include "support/handle.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -3,9 +3,11 @@
 
 #include "weld/machine.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace quor {
@@ -17,40 +19,35 @@ inline std::uint64_t mixHash(std::uint64_t hash, std::uint64_t word) {
   return hash ^ (hash >> 32U);
 }
 
-/// Open addressing with linear probing. A slot is 32 bits wide: the index in its lower bits and
-/// above it as much of the hash as there is room for, so that nearly every comparison of records
-/// finds equal ones. The caller keeps the table at most half full.
+/// Open addressing with linear probing, at most half full. A slot is 32 bits wide: the index in its
+/// lower bits and above it as much of the hash as there is room for, so that nearly every record
+/// looked at is one with the hash in question.
 class HashIndex {
  public:
   static constexpr std::int32_t kNone = -1;
 
-  /// @param expected    at least twice as many slots are made
+  /// @param expected    entries that fit without growing
   /// @param indexLimit  all indices are below it
   HashIndex(std::size_t expected, std::int32_t indexLimit) {
-    while ((std::size_t{1} << slotBits_) < 2 * expected) {
-      ++slotBits_;
-    }
     // Wide enough for the limit itself, so that no index has all bits set.
     while ((std::uint64_t{1} << indexBits_) <= static_cast<std::uint64_t>(indexLimit)) {
       ++indexBits_;
     }
-    slots_.assign(std::size_t{1} << slotBits_, kEmpty);
+    resize(expected);
   }
-
-  /// How many entries keep the table at most half full.
-  std::size_t capacity() const { return slots_.size() / 2; }
 
   void prefetchSlot(std::uint64_t hash) const { prefetch(&slots_[home(hash)]); }
 
-  /// The index that stands first where `hash` leads: likely, not surely, the one of its record.
+  /// The index that stands first where `hash` leads: likely, not surely, one with that hash.
   std::int32_t guess(std::uint64_t hash) const { return index(home(hash)); }
 
-  /// @param isSame  tells whether the record of a given index is the one looked for
-  /// @return the slot that holds it, or the empty one where it belongs
-  template <typename IsSame>
-  std::size_t locate(std::uint64_t hash, const IsSame& isSame) const {
+  /// Offers the entries with this hash, and now and then another one, until one is accepted.
+  /// @param accept  takes an index
+  /// @return the slot of the accepted one, or the empty slot where a new one belongs
+  template <typename Accept>
+  std::size_t locate(std::uint64_t hash, const Accept& accept) const {
     std::size_t slot = home(hash);
-    while (slots_[slot] != kEmpty && !(isTagged(slots_[slot], hash) && isSame(index(slot)))) {
+    while (slots_[slot] != kEmpty && !(isTagged(slots_[slot], hash) && accept(index(slot)))) {
       slot = (slot + 1) & (slots_.size() - 1);
     }
     return slot;
@@ -61,13 +58,42 @@ class HashIndex {
     return slots_[slot] == kEmpty ? kNone : static_cast<std::int32_t>(slots_[slot] & indexMask());
   }
 
+  /// Fills an empty slot that locate returned.
   void fill(std::size_t slot, std::uint64_t hash, std::int32_t index) {
     slots_[slot] =
         (static_cast<std::uint32_t>(hash) & ~indexMask()) | static_cast<std::uint32_t>(index);
+    ++size_;
+  }
+
+  std::size_t size() const { return size_; }
+  bool isFull() const { return 2 * size_ >= slots_.size(); }
+
+  /// Makes room for more entries, at least for twice as many.
+  /// @param hashOf  takes an index and returns the hash of its record
+  template <typename HashOf>
+  void grow(std::size_t expected, const HashOf& hashOf) {
+    const std::vector<std::uint32_t> old = std::move(slots_);
+    resize(std::max(expected, old.size()));
+    for (const std::uint32_t entry : old) {
+      if (entry != kEmpty) {
+        const auto index = static_cast<std::int32_t>(entry & indexMask());
+        const std::uint64_t hash = hashOf(index);
+        fill(locate(hash, [](std::int32_t) { return false; }), hash, index);
+      }
+    }
   }
 
  private:
   static constexpr std::uint32_t kEmpty = std::numeric_limits<std::uint32_t>::max();
+
+  void resize(std::size_t entries) {
+    slotBits_ = 6;
+    while ((std::size_t{1} << slotBits_) < 2 * entries) {
+      ++slotBits_;
+    }
+    slots_.assign(std::size_t{1} << slotBits_, kEmpty);
+    size_ = 0;
+  }
 
   // The slot comes from the upper bits of the hash, the tag from bits 31 downwards.
   std::size_t home(std::uint64_t hash) const {
@@ -79,7 +105,8 @@ class HashIndex {
   }
 
   std::vector<std::uint32_t> slots_;
-  unsigned slotBits_ = 6;
+  std::size_t size_ = 0;
+  unsigned slotBits_ = 0;
   unsigned indexBits_ = 0;
 };
 

@@ -18,6 +18,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace quor {
 
@@ -36,6 +37,18 @@ class PointArray {
 
 inline bool isFinite(Point p) {
   return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
+}
+
+inline std::uint64_t bitsOf(double value) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+
+/// Equal points have the same bits, but for zeros of different sign.
+inline bool hasSameBits(Point p, Point q) {
+  return ((bitsOf(p[0]) ^ bitsOf(q[0])) | (bitsOf(p[1]) ^ bitsOf(q[1])) |
+          (bitsOf(p[2]) ^ bitsOf(q[2]))) == 0;
 }
 
 inline bool isEqual(Point p, Point q) {

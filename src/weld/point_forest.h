@@ -24,6 +24,15 @@ class PointForest {
     return i;
   }
 
+  /// Links point i to an earlier one. Cheap as long as i is a tree of its own.
+  void attach(std::int32_t i, std::int32_t earlier) {
+    if (parent(i) == i) {
+      parent(i) = earlier;
+    } else {
+      link(i, earlier);
+    }
+  }
+
   void link(std::int32_t i, std::int32_t j) {
     const std::int32_t ri = root(i);
     const std::int32_t rj = root(j);

@@ -4,6 +4,7 @@
 #include "weld/near_points.h"
 #include "weld/point.h"
 #include "weld/point_forest.h"
+#include "weld/sparse_cells.h"
 
 #include <cstddef>
 #include <numeric>
@@ -18,7 +19,9 @@ void weldPoints(std::int32_t count, const double* points, double tolerance, std:
   }
   const PointArray array(points);
   const PointForest trees(forest);
-  linkNearPoints(linkEqualPoints(count, array, trees), array, trees, reach);
+  if (!linkInSparseCells(count, array, trees, tolerance)) {
+    linkNearPoints(linkEqualPoints(count, array, trees), array, trees, reach);
+  }
 }
 
 std::int32_t numberVertices(std::int32_t count, const double* points, std::int32_t* forest,

@@ -1,7 +1,7 @@
 // Welding as the rule says it, with nothing clever: the oracle for small inputs.
 #pragma once
 
-#include "support.h"
+#include "mesh.h"
 
 #include <algorithm>
 #include <array>
@@ -59,31 +59,6 @@ inline Welded bruteForceWeld(const Mesh& soup, double tolerance) {
       welded.triangles.insert(welded.triangles.end(), corners.begin(), corners.end());
     }
   }
-  return welded;
-}
-
-/// Calls quorWeld with outputs that have the documented room, and checks that what lies behind the
-/// written part is untouched.
-inline Welded weld(const Mesh& soup, double tolerance) {
-  constexpr double untouched = 12345.678;
-  constexpr std::int32_t untouchedIndex = -77;
-  Welded welded;
-  welded.vertices.assign(soup.vertices.size() + 1, untouched);
-  welded.triangles.assign(soup.triangles.size() + 1, untouchedIndex);
-  welded.map.assign(std::size_t(soup.n()) + 1, untouchedIndex);
-  std::int32_t vertexCount = -5;
-  std::int32_t triangleCount = -5;
-  welded.result = quorWeld(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(),
-                           welded.vertices.data(), welded.triangles.data(), welded.map.data(),
-                           &vertexCount, &triangleCount, tolerance);
-  const auto isUntouched = [&](auto& array, std::size_t written, auto value) {
-    EXPECT_TRUE(std::all_of(array.begin() + std::ptrdiff_t(written), array.end(),
-                            [&](auto x) { return x == value; }));
-    array.resize(written);
-  };
-  isUntouched(welded.vertices, 3 * std::size_t(vertexCount), untouched);
-  isUntouched(welded.triangles, 3 * std::size_t(triangleCount), untouchedIndex);
-  isUntouched(welded.map, std::size_t(soup.n()), untouchedIndex);
   return welded;
 }
 

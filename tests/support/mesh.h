@@ -1,16 +1,12 @@
-// What the tests share: meshes, a handle that frees itself, arrays that notice stray writes.
+// Meshes for tests, benchmarks and fuzzers, always the same for the same arguments.
 #pragma once
 
-#include "quor.h"
-
-#include <gtest/gtest.h>
-
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <memory>
 #include <random>
 #include <vector>
 
@@ -68,28 +64,6 @@ inline Mesh soupOf(const Mesh& mesh) {
     }
   }
   return soup;
-}
-
-struct Free {
-  void operator()(void* handle) const { quorfree(handle); }
-};
-using Handle = std::unique_ptr<void, Free>;
-
-inline Handle build(const Mesh& mesh, const std::vector<std::int32_t>& tags) {
-  StatusCode status = 99;
-  void* handle = nullptr;
-  quorctorTagged(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), tags.data(),
-                 nullptr, &status, &handle);
-  EXPECT_EQ(status, 0U);
-  return Handle(handle);
-}
-
-inline std::vector<double> solve(const Handle& handle, const std::vector<double>& prescribed) {
-  std::vector<double> field(prescribed.size(), kNaN);
-  StatusCode status = 99;
-  quorsolveTagged(handle.get(), prescribed.data(), field.data(), &status);
-  EXPECT_EQ(status, 0U);
-  return field;
 }
 
 /// Tags of a grid mesh: its first column 1, its last column 3, all others 0.

@@ -1,0 +1,70 @@
+#include "memory_meter.h"
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+// The library asks for memory through operator new and, inside Eigen, through malloc. Both arrive
+// here: the operators by replacement, malloc by interposition on the C library's own.
+
+extern "C" {
+void* __libc_malloc(std::size_t size);                  // NOLINT(bugprone-reserved-identifier)
+void* __libc_realloc(void* block, std::size_t size);    // NOLINT(bugprone-reserved-identifier)
+void* __libc_calloc(std::size_t count, std::size_t n);  // NOLINT(bugprone-reserved-identifier)
+void __libc_free(void* block);                          // NOLINT(bugprone-reserved-identifier)
+}
+
+namespace {
+
+bool metering = false;
+std::size_t held = 0;
+std::size_t peak = 0;
+
+void* noteTaken(void* block) {
+  if (metering && block != nullptr) {
+    held += malloc_usable_size(block);
+    peak = std::max(peak, held);
+  }
+  return block;
+}
+
+void noteGiven(void* block) {
+  if (metering && block != nullptr) {
+    held -= malloc_usable_size(block);
+  }
+}
+
+}  // namespace
+
+extern "C" {
+void* malloc(std::size_t size) {
+  return noteTaken(__libc_malloc(size));
+}
+void* calloc(std::size_t count, std::size_t size) {
+  return noteTaken(__libc_calloc(count, size));
+}
+void* realloc(void* block, std::size_t size) {
+  noteGiven(block);
+  return noteTaken(__libc_realloc(block, size));
+}
+void free(void* block) {
+  noteGiven(block);
+  __libc_free(block);
+}
+}
+
+namespace bench {
+
+MemoryUse memoryOf(const std::function<void()>& job) {
+  // Counted from a high mark, so that giving back older blocks does not wrap around.
+  constexpr std::size_t mark = std::size_t{1} << 60U;
+  held = peak = mark;
+  metering = true;
+  job();
+  metering = false;
+  return {peak - mark, held - mark};
+}
+
+}  // namespace bench

@@ -1,0 +1,132 @@
+#include "weld/sparse_cells.h"
+
+#include "weld/point_hash.h"
+
+#include <cmath>
+
+namespace quor {
+namespace {
+
+/// Numbers of a cell along the axes, as the bit patterns that CellNumbers makes.
+using Cell = std::array<std::uint64_t, 3>;
+
+std::uint64_t hashOf(const Cell& cell) {
+  // The sum of odd multiples tells apart all cells of any real extent, the mixing spreads them.
+  const std::uint64_t sum =
+      cell[0] * 0x9E3779B97F4A7C15U + cell[1] * 0xD6E8FEB86659FD93U + cell[2] * 0xA0761D6478BD642FU;
+  return mixHash(sum, sum >> 32U);
+}
+
+/// Numbers cells along an axis: a coordinate's cell is the integer nearest to its product with the
+/// number of cells per unit. Adding 1.5 * 2^52 leaves just that integer in the lower bits of a
+/// double, so that bit patterns count like the integers as long as those are below 2^51. The number
+/// of a coordinate is a monotonic function of it, since the product and the sum are.
+///
+/// If p and q are near, |fl(p - q)| < tolerance on each axis (see point.h), hence
+/// fl(p - tolerance) <= q <= fl(p + tolerance): were q above, then q > p + tolerance exactly, since
+/// q itself is a double, and fl(q - p) >= tolerance. So q's cell is one from that of
+/// fl(p - tolerance) to that of fl(p + tolerance). These two are 1/32 of a cell apart, and their
+/// products are off by at most 1/4 each: they have the same number or two that follow each other.
+class CellNumbers {
+ public:
+  explicit CellNumbers(double tolerance)
+      : tolerance_(tolerance), cellsPerUnit_(1 / (64 * tolerance)) {}
+
+  /// Whether the tolerance is neither too large nor too small for cells at all.
+  bool isUsable() const { return cellsPerUnit_ > 0.0 && std::isfinite(cellsPerUnit_); }
+  bool canNumber(Point p) const { return canNumber(p[0]) && canNumber(p[1]) && canNumber(p[2]); }
+  Cell of(Point p) const { return {of(p[0]), of(p[1]), of(p[2])}; }
+  Cell first(Point p) const {
+    return {of(p[0] - tolerance_), of(p[1] - tolerance_), of(p[2] - tolerance_)};
+  }
+  Cell last(Point p) const {
+    return {of(p[0] + tolerance_), of(p[1] + tolerance_), of(p[2] + tolerance_)};
+  }
+
+ private:
+  bool canNumber(double coordinate) const {
+    return std::abs(coordinate * cellsPerUnit_) < 0x1p51 - 1;
+  }
+  std::uint64_t of(double coordinate) const {
+    return bitsOf(coordinate * cellsPerUnit_ + 0x1.8p52);
+  }
+
+  double tolerance_;
+  double cellsPerUnit_;
+};
+
+/// More looks than a search tree would need.
+bool isCrowded(std::int64_t looks, std::int64_t points) {
+  return looks > 8 * (points + 64);
+}
+
+/// Fewer than one in 32 was an equal of an earlier point. Where equal points do not save the work,
+/// a search tree is faster.
+bool isMostlyDifferent(std::int64_t different, std::int64_t points) {
+  return different > 64 + points - points / 32;
+}
+
+}  // namespace
+
+bool linkInSparseCells(std::int32_t count, PointArray points, PointForest forest,
+                       double tolerance) {
+  const double reach = tolerance * tolerance;
+  const CellNumbers numbers(tolerance);
+  if (!numbers.isUsable()) {
+    return false;
+  }
+  PointHash table(count, points, [&](Point p) { return hashOf(numbers.of(p)); });
+  std::int64_t different = 0;  // points, so far
+  std::int64_t looks = 0;      // at points different from the one in question
+
+  const auto linkIfNear = [&](std::int32_t i, std::int32_t j) {
+    ++looks;
+    if (squaredDistance(points[i], points[j]) < reach) {
+      forest.attach(i, j);
+    }
+  };
+  // Points of other cells that are near to point i lie beyond a wall that it stands close to.
+  const auto linkBeyondWalls = [&](std::int32_t i) {
+    const Cell own = numbers.of(points[i]);
+    const Cell first = numbers.first(points[i]);
+    const Cell last = numbers.last(points[i]);
+    for (std::uint64_t x = first[0]; x <= last[0]; ++x) {
+      for (std::uint64_t y = first[1]; y <= last[1]; ++y) {
+        for (std::uint64_t z = first[2]; z <= last[2]; ++z) {
+          if (const Cell cell{x, y, z}; cell != own) {
+            table.locate(hashOf(cell), [&](std::int32_t j) {
+              linkIfNear(i, j);
+              return false;
+            });
+          }
+        }
+      }
+    }
+  };
+
+  const std::int32_t linked = table.forEach([&](std::int32_t i, std::uint64_t hash) {
+    const Point p = points[i];
+    forest.parent(i) = i;
+    const std::size_t slot = table.locate(hash, [&](std::int32_t j) {
+      if (hasSameBits(p, points[j])) {
+        forest.attach(i, j);
+        return true;  // whatever is near to point i has been linked to j, or will be
+      }
+      linkIfNear(i, j);
+      return false;
+    });
+    if (table.index(slot) != HashIndex::kNone) {
+      return true;
+    }
+    if (!numbers.canNumber(p)) {
+      return !isFinite(p);  // one that is not finite is near nothing
+    }
+    table.add(slot, hash, i);
+    linkBeyondWalls(i);
+    ++different;
+    return !isCrowded(looks, i) && !(i > count / 32 && isMostlyDifferent(different, i));
+  });
+  return linked == count;
+}
+
+}  // namespace quor

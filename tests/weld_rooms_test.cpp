@@ -1,0 +1,77 @@
+// The two ways of finding near points, each on its own, against brute force.
+
+#include "support/nasty_points.h"
+#include "support/weld_oracle.h"
+#include "weld/equal_points.h"
+#include "weld/near_points.h"
+#include "weld/sparse_cells.h"
+#include "weld/weld.h"
+
+#include <gtest/gtest.h>
+
+using namespace test;
+
+namespace {
+
+/// The vertex of each point once the forest is complete.
+std::vector<std::int32_t> mapOf(const std::vector<double>& points,
+                                std::vector<std::int32_t> forest) {
+  std::vector<double> vertices(points.size());
+  quor::numberVertices(std::int32_t(forest.size()), points.data(), forest.data(), vertices.data());
+  return forest;
+}
+
+TEST(WeldRooms, BothWaysMatchBruteForce) {
+  Random random(31);
+  int inCells = 0;
+  for (const Nasty& nasty : kNasty) {
+    for (int round = 0; round < 400; ++round) {
+      double tolerance = 0;
+      const int count = 2 + below(random, round % 10 == 0 ? 600 : 90);
+      const std::vector<double> points = nasty.points(random, count, tolerance);
+      const double reach = tolerance * tolerance;
+      if (!(reach > 0)) {
+        continue;
+      }
+      const auto n = std::int32_t(points.size() / 3);
+      const std::vector<std::int32_t> expected = bruteForceWeld({points, {}}, tolerance).map;
+      const quor::PointArray array(points.data());
+
+      std::vector<std::int32_t> forest(std::size_t(n), -1);
+      const quor::PointForest trees(forest.data());
+      quor::linkNearPoints(quor::linkEqualPoints(n, array, trees), array, trees, reach);
+      ASSERT_EQ(mapOf(points, forest), expected) << "tree: " << nasty.name << ", round " << round;
+
+      forest.assign(std::size_t(n), -1);
+      if (quor::linkInSparseCells(n, array, trees, tolerance)) {
+        ASSERT_EQ(mapOf(points, forest), expected)
+            << "cells: " << nasty.name << ", round " << round;
+        ++inCells;
+      }
+    }
+  }
+  EXPECT_GT(inCells, 1000);  // the others are too crowded for cells
+}
+
+TEST(WeldRooms, EqualPointsLeaveTheFirstOfEach) {
+  Random random(32);
+  std::vector<double> points;
+  for (int i = 0; i < 3 * 5000; ++i) {
+    points.push_back(below(random, 9) == 0 ? -0.0 : below(random, 7));
+  }
+  points[0] = kNaN;
+  points[3] = points[6] = kInfinity;
+  std::vector<std::int32_t> forest(points.size() / 3);
+  const std::vector<std::int32_t> distinct = quor::linkEqualPoints(
+      5000, quor::PointArray(points.data()), quor::PointForest(forest.data()));
+  EXPECT_TRUE(std::is_sorted(distinct.begin(), distinct.end()));
+  EXPECT_EQ(distinct.size(), 7U * 7U * 7U);
+  std::set<std::array<double, 3>> seen;
+  for (const std::int32_t i : distinct) {
+    const double* p = points.data() + 3 * std::size_t(i);
+    EXPECT_TRUE(seen.insert({p[0], p[1], p[2]}).second);
+    EXPECT_EQ(forest[std::size_t(i)], i);
+  }
+}
+
+}  // namespace
