@@ -25,8 +25,9 @@ std::uint64_t hashOf(const Cell& cell) {
 /// If p and q are near, |fl(p - q)| < tolerance on each axis (see point.h), hence
 /// fl(p - tolerance) <= q <= fl(p + tolerance): were q above, then q > p + tolerance exactly, since
 /// q itself is a double, and fl(q - p) >= tolerance. So q's cell is one from that of
-/// fl(p - tolerance) to that of fl(p + tolerance). These two are 1/32 of a cell apart, and their
-/// products are off by at most 1/4 each: they have the same number or two that follow each other.
+/// fl(p - tolerance) to that of fl(p + tolerance). These two are 1/32 of a cell apart, and as long
+/// as numbers stay below 2^48 rounding moves either by less than 1/16: they have the same number,
+/// or two that follow each other.
 class CellNumbers {
  public:
   explicit CellNumbers(double tolerance)
@@ -45,7 +46,7 @@ class CellNumbers {
 
  private:
   bool canNumber(double coordinate) const {
-    return std::abs(coordinate * cellsPerUnit_) < 0x1p51 - 1;
+    return (std::abs(coordinate) + tolerance_) * cellsPerUnit_ < 0x1p48;
   }
   std::uint64_t of(double coordinate) const {
     return bitsOf(coordinate * cellsPerUnit_ + 0x1.8p52);
