@@ -127,17 +127,17 @@ double difference(const Eigen::ArrayXd& a, const Eigen::ArrayXd& b) {
   return a.size() == 0 ? 0.0 : ((a - b).abs() / (b.abs() + 1e-300)).maxCoeff();
 }
 
+bool sameBits(const double* a, const double* b, Eigen::Index count) {
+  return test::sameBits({a, a + count}, {b, b + count});
+}
+
 void expectSameBits(const BlockedFactorization& ours, const EigenFactor& eigen) {
   ASSERT_EQ(ours.info(), eigen.info());
-  const SparseMatrix& L = ours.matrixL().nestedExpression();
   if (eigen.info() == Eigen::Success) {
+    const SparseMatrix& L = ours.matrixL().nestedExpression();
     expectSamePattern(L, eigen.L());
-    EXPECT_EQ(
-        std::memcmp(L.valuePtr(), eigen.L().valuePtr(), std::size_t(L.nonZeros()) * sizeof(double)),
-        0);
-    EXPECT_EQ(std::memcmp(ours.vectorD().data(), eigen.vectorD().data(),
-                          std::size_t(L.cols()) * sizeof(double)),
-              0);
+    EXPECT_TRUE(sameBits(L.valuePtr(), eigen.L().valuePtr(), L.nonZeros()));
+    EXPECT_TRUE(sameBits(ours.vectorD().data(), eigen.vectorD().data(), L.cols()));
   }
 }
 
