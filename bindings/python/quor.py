@@ -9,7 +9,8 @@ rules, is the header quor.h. Arrays are numpy arrays:
     values, fields     (n,)   float64
 
 Other real and integer types, strides and byte orders are accepted and copied; an aligned and
-contiguous array of the type above is passed as it is. Shapes, types and indices are checked before a call:
+contiguous array of the type above is passed as it is. Shapes, types and indices are checked before
+a call:
 
     TypeError     numbers of the wrong kind (complex values, fractional indices)
     ValueError    a wrong shape, a wrong size, a closed solver
