@@ -5,9 +5,9 @@
 // triangles a b c a b c ... with 0-based indices, tags and values one entry per vertex. The library
 // reads and writes them in place, pinned for the duration of a call.
 //
-// Nulls, lengths and indices are checked before a call. When memory runs out, or a factor would need
-// more than 2,147,483,647 entries, a C++ exception leaves the library: only .NET on Windows makes an
-// SEHException of it, elsewhere the process ends.
+// Nulls, lengths and indices are checked before a call. When memory runs out, or a factor would
+// need more than 2,147,483,647 entries, a C++ exception leaves the library: only .NET on Windows
+// makes an SEHException of it, elsewhere the process ends.
 //
 // C# 7 without unsafe code, for .NET Framework 4.6, .NET and mono; the tests run with mono.
 
@@ -96,9 +96,10 @@ namespace Quor
             var vertices = new double[points.Length];
             var kept = new int[triangles.Length];
             var pointMap = new int[pointCount];
-            if (Native.quorWeld(pointCount, points, triangleCount, triangles, vertices, kept, pointMap,
-                                out var n, out var m, tolerance) != 0)
-                throw new ArgumentOutOfRangeException(nameof(tolerance), tolerance, "is not 0 or more");
+            if (Native.quorWeld(pointCount, points, triangleCount, triangles, vertices, kept,
+                                pointMap, out var n, out var m, tolerance) != 0)
+                throw new ArgumentOutOfRangeException(nameof(tolerance), tolerance,
+                                                      "is not 0 or more");
             Array.Resize(ref vertices, 3 * n);
             Array.Resize(ref kept, 3 * m);
             return new WeldedMesh(vertices, kept, pointMap);
@@ -106,8 +107,8 @@ namespace Quor
     }
 
     /// <summary>
-    /// The cotangent Laplacian of a mesh, factorized once for any number of solves. Values and fields
-    /// are in the caller's order of vertices; only <see cref="GetVertices"/>,
+    /// The cotangent Laplacian of a mesh, factorized once for any number of solves. Values and
+    /// fields are in the caller's order of vertices; only <see cref="GetVertices"/>,
     /// <see cref="GetTriangles"/> and <see cref="Write"/> speak solver order, to which
     /// <see cref="ToSolverOrder"/> brings a field: prescribed vertices first, then the free ones in
     /// reverse. Any number of threads may use one solver. The memory goes with
@@ -129,11 +130,12 @@ namespace Quor
         /// triangles, and free vertices that no edges connect to a prescribed one, are not refused:
         /// look at <see cref="Info"/> before solving.</param>
         /// <param name="tags">One per vertex: 1, 2, 3 prescribed, all others free.</param>
-        /// <exception cref="QuorException">The mesh is refused, see <see cref="Status"/>.</exception>
+        /// <exception cref="QuorException">The mesh is refused, see
+        /// <see cref="Status"/>.</exception>
         /// <exception cref="ArgumentNullException">An array is null.</exception>
         /// <exception cref="ArgumentException">An array has the wrong length.</exception>
-        /// <exception cref="ArgumentOutOfRangeException">A triangle has an index that no vertex has.
-        /// </exception>
+        /// <exception cref="ArgumentOutOfRangeException">A triangle has an index that no vertex
+        /// has.</exception>
         public Solver(double[] vertices, int[] triangles, int[] tags)
         {
             VertexCount = Check.Triples(vertices, nameof(vertices));
@@ -169,8 +171,8 @@ namespace Quor
         public Factorization Info => (Factorization)Native.quorinfo(handle);
 
         /// <summary>
-        /// Computes the field that has the given values at the prescribed vertices and is harmonic at
-        /// the free ones.
+        /// Computes the field that has the given values at the prescribed vertices and is harmonic
+        /// at the free ones.
         /// </summary>
         /// <param name="prescribed">One value per vertex, of which those at prescribed vertices are
         /// read.</param>
@@ -192,14 +194,15 @@ namespace Quor
         /// with the stiffness matrix K. A positive source value lowers the field.
         /// </summary>
         /// <param name="prescribed">As for <see cref="Solve"/>.</param>
-        /// <param name="source">One value s per vertex, of which those at free vertices are read. Not
-        /// weighted by area.</param>
+        /// <param name="source">One value s per vertex, of which those at free vertices are read.
+        /// Not weighted by area.</param>
         /// <param name="output">As for <see cref="Solve"/>; may also be the array
         /// <paramref name="source"/>.</param>
         /// <returns>As <see cref="Solve"/>.</returns>
         /// <exception cref="ArgumentException">An array is missing or has the wrong length.
         /// </exception>
-        public double[] SolveWithSource(double[] prescribed, double[] source, double[] output = null)
+        public double[] SolveWithSource(double[] prescribed, double[] source,
+                                        double[] output = null)
         {
             Check.Length(prescribed, VertexCount, nameof(prescribed));
             Check.Length(source, VertexCount, nameof(source));
@@ -244,17 +247,17 @@ namespace Quor
         }
 
         /// <summary>
-        /// Writes the mesh and a field as two files, <paramref name="baseName"/> + ".obj" and ".mtl",
-        /// which show the field as colours: the smallest value at the right end of the image
-        /// viridis.PNG, the largest at the left end. Put that image beside the files. Numbers have six
-        /// significant digits; if all values are equal every texture coordinate is NaN. A disk that
-        /// runs full is not noticed.
+        /// Writes the mesh and a field as two files, <paramref name="baseName"/> + ".obj" and
+        /// ".mtl", which show the field as colours: the smallest value at the right end of the
+        /// image viridis.PNG, the largest at the left end. Put that image beside the files. Numbers
+        /// have six significant digits; if all values are equal every texture coordinate is NaN. A
+        /// disk that runs full is not noticed.
         /// </summary>
         /// <param name="field">One value per vertex in SOLVER order, see
         /// <see cref="ToSolverOrder"/>.</param>
         /// <param name="baseName">Path without extension. The OBJ names its material by the same
-        /// text, so a viewer finds it only when there is no directory in it: set the current directory
-        /// first, or move both files afterwards.</param>
+        /// text, so a viewer finds it only when there is no directory in it: set the current
+        /// directory first, or move both files afterwards.</param>
         /// <exception cref="ArgumentException">The field is missing or has the wrong length, or the
         /// name is missing or cannot be one.</exception>
         /// <exception cref="IOException">A file cannot be opened.</exception>
@@ -266,7 +269,8 @@ namespace Quor
                 throw new ArgumentNullException(nameof(baseName));
             WhileAlive(() =>
             {
-                foreach (var extension in new[] { ".obj", ".mtl" })  // the library only prints a line
+                // The library only prints a line when it cannot open one.
+                foreach (var extension in new[] { ".obj", ".mtl" })
                     new FileStream(baseName + extension, FileMode.Append).Dispose();
                 Native.wobj(handle, field, baseName);
             });
@@ -319,15 +323,17 @@ namespace Quor
     public static class SphereLabel
     {
         /// <summary>Packs a label into a unit vector around +z.</summary>
-        /// <exception cref="ArgumentOutOfRangeException">The label is not in -1 .. 65534.</exception>
+        /// <exception cref="ArgumentOutOfRangeException">The label is not in -1 ..
+        /// 65534.</exception>
         public static void Encode(int label, out float x, out float y, out float z)
         {
             if (Native.encode_integer_to_sphere(label, out x, out y, out z) != 0)
-                throw new ArgumentOutOfRangeException(nameof(label), label, "is not in -1 .. 65534");
+                throw new ArgumentOutOfRangeException(nameof(label), label,
+                                                      "is not in -1 .. 65534");
         }
 
-        /// <summary>Unpacks the label from a vector made by <see cref="Encode"/>, or from its mirror
-        /// image. Any other vector gives some label.</summary>
+        /// <summary>Unpacks the label from a vector made by <see cref="Encode"/>, or from its
+        /// mirror image. Any other vector gives some label.</summary>
         public static int Decode(float x, float y, float z) =>
             Native.decode_integer_from_sphere(x, y, z);
     }

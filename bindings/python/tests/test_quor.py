@@ -172,11 +172,12 @@ class Solve(unittest.TestCase):
             for thread in threads:
                 thread.start()
             started.wait()
-            while len(outcomes) < 20:
+            while len(outcomes) < 20 and any(thread.is_alive() for thread in threads):
                 pass
             solver.close()
             for thread in threads:
                 thread.join()
+            self.assertGreaterEqual(len(outcomes), 20)
             self.assertTrue(all(outcomes))
 
     def test_memory_is_given_back(self):
