@@ -120,7 +120,8 @@ const spoilt = [
 test('says what is wrong with files', async (t) => {
   const copies = mkdtempSync(join(tmpdir(), 'viewer-'));
   t.after(() => rmSync(copies, {recursive: true}));
-  await withViewer(copies, size, async (page, address) => {
+  const small = {viewport: {width: 300, height: 200}};
+  await withViewer(copies, small, async (page, address) => {
     for (const [name, spoil, words, state] of spoilt) {
       await t.test(name, async () => {
         const copy = join(copies, name);
