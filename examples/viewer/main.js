@@ -4,6 +4,7 @@
 //   obj=FILE.obj       what to open, relative to the page
 //   high=TEXT low=TEXT what the ends of the legend stand for; the files themselves keep no values
 //   direction=X,Y,Z    from the middle of the model towards the camera
+//   wireframe          with the edges of the triangles
 //   plain              no tools and no status line, for pictures
 
 import {Vector3} from 'three';
@@ -109,6 +110,9 @@ function start() {
     direction.set(...given);
   }
   listen();
+  if (parameters.has('wireframe')) {
+    element('wireframe').click();
+  }
   if (parameters.has('obj')) {
     const obj = parameters.get('obj');
     open(sourceAtAddress(new URL(obj, location.href)), obj.split('/').pop());

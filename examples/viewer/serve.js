@@ -33,7 +33,9 @@ if (process.argv[1] === fileURLToPath(import.meta.url)) {
       console.log(`${address} (no OBJ file in ${directory} yet)`);
     }
   } catch (error) {
-    console.error(`view: ${error.message}`);
+    console.error(error.code === 'EADDRINUSE'
+      ? `view: port ${port} is in use; name another after the directory`
+      : `view: ${error.message}`);
     process.exit(1);
   }
 }

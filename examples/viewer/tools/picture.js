@@ -1,14 +1,12 @@
 // picture.js OBJ PNG [NAME=VALUE...]: what the viewer shows of an OBJ. The rest are parameters of
-// the viewer's address (main.js): direction=X,Y,Z high=TEXT low=TEXT.
+// the viewer's address (main.js): direction=X,Y,Z high=TEXT low=TEXT
+// wireframe=.
 
 import {basename, dirname} from 'node:path';
 import {opened, withViewer} from './browser.js';
 
 const [obj, png, ...parameters] = process.argv.slice(2);
-const query = new URLSearchParams(parameters.map((parameter) => {
-  const at = parameter.indexOf('=');
-  return [parameter.slice(0, at), parameter.slice(at + 1)];
-}));
+const query = new URLSearchParams(parameters.map((parameter) => parameter.split('=', 2)));
 query.set('obj', basename(obj));
 query.set('plain', '');
 
