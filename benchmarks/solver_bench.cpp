@@ -281,13 +281,15 @@ int runCommand(int argc, char** argv) {
   std::string what;
   std::vector<std::string> parts;
   std::string dragon;
+  std::string bunny;
   int rounds = 5;
   CLI::App app("Measures construction and solve beside their peers.", "solver_bench");
   app.add_option("what", what, "construct or solve")
       ->required()
       ->check(CLI::IsMember({"construct", "solve"}));
   app.add_option("--part", parts, "CAD parts, from fine to coarse")->required();
-  app.add_option("--dragon", dragon, "the scanned mesh")->required();
+  app.add_option("--dragon", dragon, "a scanned mesh")->required();
+  app.add_option("--bunny", bunny, "another, coarser")->required();
   app.add_option("--rounds", rounds, "measurements of each")->capture_default_str();
   CLI11_PARSE(app, argc, argv);
 
@@ -300,8 +302,13 @@ int runCommand(int argc, char** argv) {
   }
   const Soup scan = readSoup(dragon);
   meshes.push_back(tagEnds("dragon", scan, 1));
-  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.4), 1));
-  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.08), 1));
+  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.4), 0));
+  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.08), 0));
+  Soup subdividedBunny = readSoup(bunny);
+  for (int cut = 0; cut < 3; ++cut) {
+    subdividedBunny = subdivided(subdividedBunny);
+  }
+  meshes.push_back(tagEnds("bunny, subdivided", subdividedBunny, 1));
   if (what == "construct") {
     construct(meshes, rounds);
   } else {
