@@ -4,6 +4,7 @@
 #include "memory_meter.h"
 #include "operator/blocked_factorization.h"
 #include "operator/elimination_tree.h"
+#include "operator/front_tree.h"
 #include "operator/multifrontal.h"
 #include "operator/supernodes.h"
 #include "peers/cholmod_solver.h"

@@ -2,6 +2,7 @@
 
 #include "operator/blocked_factorization.h"
 #include "operator/elimination_tree.h"
+#include "operator/front_tree.h"
 #include "operator/multifrontal.h"
 #include "operator/stiffness_assembly.h"
 #include "support/mesh.h"

@@ -1,6 +1,7 @@
 #include "operator/blocked_factorization.h"
 
 #include "operator/elimination_tree.h"
+#include "operator/front_tree.h"
 #include "operator/multifrontal.h"
 #include "operator/supernodes.h"
 
@@ -79,9 +80,8 @@ bool BlockedFactorization::factorizeBlocks(const SparseMatrix& upper, const Spar
   }
   const Supernodes supernodes(upper, m_parent, m_nonZerosPerCol);
   const FrontTree tree = groupIntoFronts(supernodes);
-  const std::size_t bytesOfL =
-      static_cast<std::size_t>(m_matrix.nonZeros()) * (sizeof(double) + sizeof(int));
-  if (workSize(tree) * sizeof(double) > bytesOfL) {
+  constexpr std::int64_t entrySize = sizeof(double) + sizeof(int);  // in L
+  if (workSize(tree) * std::int64_t{sizeof(double)} > m_matrix.nonZeros() * entrySize) {
     return false;
   }
   m_diag.resize(upper.cols());

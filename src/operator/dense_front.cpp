@@ -1,6 +1,7 @@
 #include "operator/dense_front.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -46,8 +47,8 @@ QUOR_INLINE void store(double* to, const Vector& vector) {
 
 /// Distances between columns that are a multiple of 512 bytes would crowd a panel into few sets of
 /// the cache.
-std::ptrdiff_t strideFor(int size) {
-  const std::ptrdiff_t stride = (static_cast<std::ptrdiff_t>(size) + 7) / 8 * 8;
+std::ptrdiff_t strideFor(std::ptrdiff_t size) {
+  const std::ptrdiff_t stride = (size + 7) / 8 * 8;
   return stride % 64 == 0 ? stride + 8 : stride;
 }
 
@@ -75,114 +76,116 @@ VectorWidth widestVectors() {
   return VectorWidth::two;
 }
 
-DenseFront::DenseFront(int largest, VectorWidth width)
+DenseFront::DenseFront(Index largest, VectorWidth width)
     : width_(width),
-      entries_(static_cast<std::size_t>(strideFor(largest) * ((largest + 7) / 8 * 8))),
-      scaled_(static_cast<std::size_t>(strideFor(largest) * kPanel)),
-      unscaled_(static_cast<std::size_t>(strideFor(largest) * kPanel)) {}
+      entries_(strideFor(largest) * strideFor(largest)),
+      scaled_(strideFor(largest) * kPanel),
+      unscaled_(strideFor(largest) * kPanel),
+      diagonal_(kPanel * kPanel) {}
 
-std::size_t DenseFront::room(int largest) {
-  return static_cast<std::size_t>(strideFor(largest) * ((largest + 7) / 8 * 8 + 2 * kPanel));
+DenseFront::Index DenseFront::room(Index largest) {
+  return strideFor(largest) * (strideFor(largest) + 2 * kPanel) + kPanel * kPanel;
 }
 
-void DenseFront::reset(int size) {
+void DenseFront::reset(Index size) {
   size_ = size;
   stride_ = strideFor(size);
-  for (int j = 0; j < blocks() * kBlock; ++j) {
-    std::fill(column(j) + j / kBlock * kBlock, column(j) + blocks() * kBlock, 0.0);
+  const Index end = blocks() * kBlock;
+  for (Index j = 0; j < end; ++j) {
+    std::fill(column(j) + j / kBlock * kBlock, column(j) + end, 0.0);
   }
 }
 
-/// Columns and rows begin .. end-1, one column after the other.
-bool DenseFront::factorizeDiagonal(int begin, int end) {
-  std::array<double, kPanel> unscaled;
-  for (int j = begin; j < end; ++j) {
-    double* const pivotColumn = column(j);
-    const double pivot = pivotColumn[j];
+/// Columns and rows begin .. end-1, one column after the other. L D is kept above the diagonal.
+bool DenseFront::factorizeDiagonal(Index begin, Index end) {
+  for (Index j = begin; j < end; ++j) {
+    double* const source = column(j);
+    const double pivot = source[j];
     if (pivot == 0.0 || !std::isfinite(pivot)) {
       return false;
     }
-    for (int i = j + 1; i < end; ++i) {
-      unscaled[static_cast<std::size_t>(i - begin)] = pivotColumn[i];
-      pivotColumn[i] /= pivot;
-      diagonal_[static_cast<std::size_t>(i - begin)][static_cast<std::size_t>(j - begin)] =
-          pivotColumn[i];
+    for (Index i = j + 1; i < end; ++i) {
+      column(i)[j] = source[i];
+      source[i] /= pivot;
+      diagonalRow(i - begin)[j - begin] = source[i];
     }
-    for (int k = j + 1; k < end; ++k) {
-      const double factor = unscaled[static_cast<std::size_t>(k - begin)];
+    for (Index k = j + 1; k < end; ++k) {
       double* const target = column(k);
-      for (int i = k; i < end; ++i) {
-        target[i] -= pivotColumn[i] * factor;
+      const double factor = target[j];
+      for (Index i = k; i < end; ++i) {
+        target[i] -= source[i] * factor;
       }
     }
   }
   return true;
 }
 
-/// The rows below the diagonal block: L D from the block's L, then L; both into their packed
-/// copies, where rows of the block itself are zeros, and L into the columns.
+/// The rows below the diagonal block: first L D, by substitution, then L. Both go into their packed
+/// copies, where rows of the diagonal block itself are zeros, and L into the columns.
 template <typename Vectors>
-QUOR_INLINE void DenseFront::solveRows(int begin, int end) {
+QUOR_INLINE void DenseFront::solveRows(Index begin, Index end) {
   using Vector = typename Vectors::Type;
-  constexpr int lanes = sizeof(Vector) / sizeof(double);
-  constexpr int parts = kBlock / lanes;
-  const int width = end - begin;
-  for (int block = end / kBlock; block < blocks(); ++block) {
-    const int row = block * kBlock;
-    double* const x = unscaled_.data() + static_cast<std::ptrdiff_t>(row) * kPanel;
-    double* const l = scaled_.data() + static_cast<std::ptrdiff_t>(row) * kPanel;
-    const int ownRows = std::max(end - row, 0);
-    for (int t = 0; t < width; ++t) {
+  constexpr Index lanes = sizeof(Vector) / sizeof(double);
+  constexpr Index parts = kBlock / lanes;
+  for (Index row = end / kBlock * kBlock; row < size_; row += kBlock) {
+    double* const unscaled = unscaled_.data() + row * kPanel;
+    double* const scaled = scaled_.data() + row * kPanel;
+    const Index ownRows = std::max(end - row, Index{0});
+    for (Index t = 0; t < end - begin; ++t) {
       double* const source = column(begin + t) + row;
-      Vector sum[parts];
-      for (int part = 0; part < parts; ++part) {
-        load(sum[part], source + part * lanes);
+      std::array<Vector, parts> sum;
+      for (Index part = 0; part < parts; ++part) {
+        load(sum.data()[part], source + part * lanes);
       }
-      for (int s = 0; s < t; ++s) {
-        const double factor = diagonal_[static_cast<std::size_t>(t)][static_cast<std::size_t>(s)];
-        for (int part = 0; part < parts; ++part) {
+      for (Index s = 0; s < t; ++s) {
+        const double factor = diagonalRow(t)[s];
+        for (Index part = 0; part < parts; ++part) {
           Vector earlier;
-          load(earlier, x + s * kBlock + part * lanes);
-          sum[part] -= earlier * factor;
+          load(earlier, unscaled + s * kBlock + part * lanes);
+          sum.data()[part] -= earlier * factor;
         }
       }
       const double pivot = column(begin + t)[begin + t];
-      for (int part = 0; part < parts; ++part) {
-        store(x + t * kBlock + part * lanes, sum[part]);
-        store(l + t * kBlock + part * lanes, sum[part] / pivot);
+      double* const x = unscaled + t * kBlock;
+      double* const l = scaled + t * kBlock;
+      for (Index part = 0; part < parts; ++part) {
+        store(x + part * lanes, sum.data()[part]);
+        store(l + part * lanes, sum.data()[part] / pivot);
       }
-      std::fill(x + t * kBlock, x + t * kBlock + ownRows, 0.0);
-      std::fill(l + t * kBlock, l + t * kBlock + ownRows, 0.0);
-      std::copy(l + t * kBlock + ownRows, l + (t + 1) * kBlock, source + ownRows);
+      std::fill(x, x + ownRows, 0.0);
+      std::fill(l, l + ownRows, 0.0);
+      std::copy(l + ownRows, l + kBlock, source + ownRows);
     }
   }
 }
 
 /// A tile of 8 rows and 4 columns: minus the product of 8 rows of L and 4 of L D.
 template <typename Vectors>
-QUOR_INLINE void DenseFront::updateTile(double* tile, std::ptrdiff_t stride, const double* left,
-                                        const double* right, int depth) {
+QUOR_INLINE void DenseFront::updateTile(double* tile, Index stride, const double* left,
+                                        const double* right, Index depth) {
   using Vector = typename Vectors::Type;
-  constexpr int lanes = sizeof(Vector) / sizeof(double);
-  for (int row = 0; row < kBlock; row += 2 * lanes) {  // as many rows as registers can hold
-    Vector sum[4][2];
-    for (int j = 0; j < 4; ++j) {
-      load(sum[j][0], tile + j * stride + row);
-      load(sum[j][1], tile + j * stride + row + lanes);
+  constexpr Index lanes = sizeof(Vector) / sizeof(double);
+  for (Index row = 0; row < kBlock; row += 2 * lanes) {  // as many rows as registers can hold
+    std::array<Vector, 4> upper;
+    std::array<Vector, 4> lower;
+    for (Index j = 0; j < 4; ++j) {
+      load(upper.data()[j], tile + j * stride + row);
+      load(lower.data()[j], tile + j * stride + row + lanes);
     }
-    for (int t = 0; t < depth; ++t) {
-      Vector upper;
-      Vector lower;
-      load(upper, left + t * kBlock + row);
-      load(lower, left + t * kBlock + row + lanes);
-      for (int j = 0; j < 4; ++j) {
-        sum[j][0] -= upper * right[t * kBlock + j];
-        sum[j][1] -= lower * right[t * kBlock + j];
+    for (Index t = 0; t < depth; ++t) {
+      Vector leftUpper;
+      Vector leftLower;
+      load(leftUpper, left + t * kBlock + row);
+      load(leftLower, left + t * kBlock + row + lanes);
+      for (Index j = 0; j < 4; ++j) {
+        const double factor = right[t * kBlock + j];
+        upper.data()[j] -= leftUpper * factor;
+        lower.data()[j] -= leftLower * factor;
       }
     }
-    for (int j = 0; j < 4; ++j) {
-      store(tile + j * stride + row, sum[j][0]);
-      store(tile + j * stride + row + lanes, sum[j][1]);
+    for (Index j = 0; j < 4; ++j) {
+      store(tile + j * stride + row, upper.data()[j]);
+      store(tile + j * stride + row + lanes, lower.data()[j]);
     }
   }
 }
@@ -191,21 +194,17 @@ QUOR_INLINE void DenseFront::updateTile(double* tile, std::ptrdiff_t stride, con
 /// innermost cache. Where the panel ends inside a block, the packed zeros keep the block's finished
 /// columns as they are.
 template <typename Vectors>
-QUOR_INLINE void DenseFront::updateRest(int begin, int end) {
-  constexpr int kBand = 8;
-  const int depth = end - begin;
-  const auto packed = [](const WorkArray& rows, int block) {
-    return rows.data() + static_cast<std::ptrdiff_t>(block) * kBlock * kPanel;
-  };
-  const int first = end / kBlock;
-  for (int band = first; band < blocks(); band += kBand) {
-    const int bandEnd = std::min(band + kBand, blocks());
-    for (int columns = first; columns < bandEnd; ++columns) {
-      for (int half = 0; half < kBlock; half += 4) {
-        const double* const right = packed(unscaled_, columns) + half;
-        for (int rows = std::max(band, columns); rows < bandEnd; ++rows) {
-          updateTile<Vectors>(column(columns * kBlock + half) + rows * kBlock, stride_,
-                              packed(scaled_, rows), right, depth);
+QUOR_INLINE void DenseFront::updateRest(Index begin, Index end) {
+  constexpr Index band = 8 * kBlock;
+  const Index first = end / kBlock * kBlock;
+  for (Index bandBegin = first; bandBegin < size_; bandBegin += band) {
+    const Index bandEnd = std::min(bandBegin + band, size_);
+    for (Index columns = first; columns < bandEnd; columns += kBlock) {
+      for (Index half = 0; half < kBlock; half += 4) {
+        const double* const right = unscaled_.data() + columns * kPanel + half;
+        for (Index rows = std::max(bandBegin, columns); rows < bandEnd; rows += kBlock) {
+          updateTile<Vectors>(column(columns + half) + rows, stride_,
+                              scaled_.data() + rows * kPanel, right, end - begin);
         }
       }
     }
@@ -213,9 +212,9 @@ QUOR_INLINE void DenseFront::updateRest(int begin, int end) {
 }
 
 template <typename Vectors>
-QUOR_INLINE bool DenseFront::eliminateWith(int pivots) {
-  for (int begin = 0; begin < pivots; begin += kPanel) {
-    const int end = std::min(begin + kPanel, pivots);
+QUOR_INLINE bool DenseFront::eliminateWith(Index pivots) {
+  for (Index begin = 0; begin < pivots; begin += kPanel) {
+    const Index end = std::min(begin + kPanel, pivots);
     if (!factorizeDiagonal(begin, end)) {
       return false;
     }
@@ -227,16 +226,16 @@ QUOR_INLINE bool DenseFront::eliminateWith(int pivots) {
 
 #if defined(QUOR_WIDE_VECTORS)
 // Without fused multiply-add, which would round once where the others round twice.
-__attribute__((target("avx2"))) bool DenseFront::eliminateWithFour(int pivots) {
+__attribute__((target("avx2"))) bool DenseFront::eliminateWithFour(Index pivots) {
   return eliminateWith<Vectors4>(pivots);
 }
 #else
-bool DenseFront::eliminateWithFour(int pivots) {
+bool DenseFront::eliminateWithFour(Index pivots) {
   return eliminateWith<Vectors2>(pivots);
 }
 #endif
 
-bool DenseFront::eliminate(int pivots) {
+bool DenseFront::eliminate(Index pivots) {
   return width_ == VectorWidth::four ? eliminateWithFour(pivots) : eliminateWith<Vectors2>(pivots);
 }
 

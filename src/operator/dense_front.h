@@ -7,7 +7,6 @@
 
 #include "operator/work_array.h"
 
-#include <array>
 #include <cstddef>
 
 namespace quor {
@@ -21,58 +20,61 @@ VectorWidth widestVectors();
 
 /// Room for one dense symmetric matrix at a time, stored by columns.
 ///
-/// Rows and columns are worked on in blocks of eight, counted from 0. The matrix is its lower
-/// triangle; the rest of a block that holds a part of it is there to be overwritten with anything
-/// finite, up to the end of the last block. The elimination goes in panels of 32 columns, and keeps
-/// two packed copies of the panel's rows: those of L and, unscaled, those of L D. In both, block b
-/// holds rows 8b .. 8b+7, eight numbers per column of the panel.
+/// The matrix is its lower triangle; what is above belongs to the algorithm, which works on rows
+/// and columns in blocks of eight, counted from 0, and to the end of the last block. The
+/// elimination goes in panels of 32 columns, and keeps two packed copies of the panel's rows: those
+/// of L and, unscaled, those of L D. In both, rows 8b .. 8b+7 stand side by side, eight numbers per
+/// column.
 class DenseFront {
  public:
+  using Index = std::ptrdiff_t;
+
   /// @param largest  the largest number of rows that it will have
-  DenseFront(int largest, VectorWidth width);
+  DenseFront(Index largest, VectorWidth width);
 
   /// How many doubles it allocates for this largest number of rows.
-  static std::size_t room(int largest);
+  static Index room(Index largest);
 
   /// Starts a matrix of zeros with this many rows.
-  void reset(int size);
+  void reset(Index size);
 
   /// Column j, whose entries j .. size-1 are of the matrix.
-  double* column(int j) { return entries_.data() + static_cast<std::ptrdiff_t>(j) * stride_; }
+  double* column(Index j) { return entries_.data() + j * stride_; }
 
   /// Eliminates the first columns. They become those of L, with D on the diagonal in place of the
   /// ones; the others become the Schur complement.
   /// @param pivots  how many, at most size
   /// @return false, and the matrix is spoilt, if a pivot is zero or not finite
-  bool eliminate(int pivots);
+  bool eliminate(Index pivots);
 
  private:
-  static constexpr int kBlock = 8;
-  static constexpr int kPanel = 32;
+  static constexpr Index kBlock = 8;
+  static constexpr Index kPanel = 32;
   struct Vectors2;
   struct Vectors4;
 
   template <typename Vectors>
-  bool eliminateWith(int pivots);
-  bool eliminateWithFour(int pivots);
-  bool factorizeDiagonal(int begin, int end);
+  bool eliminateWith(Index pivots);
+  bool eliminateWithFour(Index pivots);
+  bool factorizeDiagonal(Index begin, Index end);
   template <typename Vectors>
-  void solveRows(int begin, int end);
+  void solveRows(Index begin, Index end);
   template <typename Vectors>
-  void updateRest(int begin, int end);
+  void updateRest(Index begin, Index end);
   template <typename Vectors>
-  static void updateTile(double* tile, std::ptrdiff_t stride, const double* left,
-                         const double* right, int depth);
+  static void updateTile(double* tile, Index stride, const double* left, const double* right,
+                         Index depth);
 
-  int blocks() const { return (size_ + kBlock - 1) / kBlock; }
+  double* diagonalRow(Index row) { return diagonal_.data() + row * kPanel; }
+  Index blocks() const { return (size_ + kBlock - 1) / kBlock; }
 
   VectorWidth width_;
-  int size_ = 0;
-  std::ptrdiff_t stride_ = 0;
+  Index size_ = 0;
+  Index stride_ = 0;
   WorkArray entries_;
-  WorkArray scaled_;                                           ///< rows of L
-  WorkArray unscaled_;                                         ///< rows of L D
-  std::array<std::array<double, kPanel>, kPanel> diagonal_{};  ///< rows of the panel's own L
+  WorkArray scaled_;    ///< rows of L
+  WorkArray unscaled_;  ///< rows of L D
+  WorkArray diagonal_;  ///< the block of L on the panel's diagonal, by rows
 };
 
 }  // namespace quor

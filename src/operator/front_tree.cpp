@@ -1,8 +1,8 @@
+#include "operator/front_tree.h"
+
 #include "operator/elimination_tree.h"
-#include "operator/supernodes.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace quor {
 namespace {

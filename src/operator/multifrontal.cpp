@@ -15,7 +15,7 @@ class Multifrontal {
         tree_(tree),
         factor_(factor),
         dense_(tree.largestFront, width),
-        stack_(static_cast<std::size_t>(tree.largestStack)),
+        stack_(tree.largestStack),
         stackTop_(stack_.data()),
         places_(lower.cols()) {
     indices_.reserve(static_cast<std::size_t>(tree.largestFront));
@@ -157,8 +157,8 @@ class Multifrontal {
 
 }  // namespace
 
-std::size_t workSize(const FrontTree& tree) {
-  return DenseFront::room(tree.largestFront) + static_cast<std::size_t>(tree.largestStack);
+std::int64_t workSize(const FrontTree& tree) {
+  return DenseFront::room(tree.largestFront) + tree.largestStack;
 }
 
 bool factorizeFronts(const SparseMatrix& lower, const Supernodes& supernodes, const FrontTree& tree,

@@ -6,9 +6,10 @@
 #pragma once
 
 #include "operator/dense_front.h"
+#include "operator/front_tree.h"
 #include "operator/supernodes.h"
 
-#include <cstddef>
+#include <cstdint>
 
 namespace quor {
 
@@ -22,7 +23,7 @@ struct FactorArrays {
 };
 
 /// How many doubles factorizeFronts allocates.
-std::size_t workSize(const FrontTree& tree);
+std::int64_t workSize(const FrontTree& tree);
 
 /// Factorizes. Every front adds up the entries of its columns and what is left of its children's
 /// fronts, eliminates its columns, stores them, and leaves the rest on a stack for its parent. The

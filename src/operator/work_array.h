@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
+#include <new>
 
 namespace quor {
 
@@ -11,16 +11,17 @@ namespace quor {
 class WorkArray {
  public:
   /// Throws std::bad_alloc.
-  explicit WorkArray(std::size_t count) : memory_(new double[count + kLine - 1]) {
-    const auto address = reinterpret_cast<std::uintptr_t>(memory_.get()) / sizeof(double);
-    data_ = memory_.get() + (kLine - address % kLine) % kLine;
-  }
-  double* data() const { return data_; }
+  explicit WorkArray(std::ptrdiff_t count)
+      : data_(static_cast<double*>(
+            ::operator new(static_cast<std::size_t>(count) * sizeof(double), kLine))) {}
+  double* data() const { return data_.get(); }
 
  private:
-  static constexpr std::size_t kLine = 64 / sizeof(double);
-  std::unique_ptr<double[]> memory_;
-  double* data_;
+  static constexpr std::align_val_t kLine{64};
+  struct Release {
+    void operator()(double* data) const { ::operator delete(data, kLine); }
+  };
+  std::unique_ptr<double, Release> data_;
 };
 
 }  // namespace quor
