@@ -18,9 +18,7 @@
  *   corners   weld and the solver look at every corner index: std::out_of_range outside the mesh.
  *   status    quor::Error with the status code, or the code itself (Solver::make).
  *
- * and passes std::bad_alloc and std::length_error of the library on. Catching those needs one C++
- * runtime for the library and the program: on Windows not the stand-alone quor.dll. With MSVC
- * compile with /EHs, see quor.h.
+ * and passes std::bad_alloc and std::length_error of the library on, to be caught as quor.h tells.
  *
  * To work without the copies into new vectors call the C functions with Solver::handle().
  */
