@@ -14,7 +14,7 @@ namespace {
 // line reaches the file in one write: a reader that follows the growing file sees whole lines.
 
 bool openFile(std::ofstream& file, const std::string& baseName, const char* extension) {
-  file.open(baseName + extension);
+  file.open(baseName + extension, std::ios::binary);  // a line ends in one byte everywhere
   if (!file.is_open()) {
     std::cerr << "couldn't open file " + baseName + " for writing." << std::endl;
   }
