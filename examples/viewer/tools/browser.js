@@ -8,8 +8,10 @@ export async function withViewer(directory, size, use) {
   const {server, address} = await serve(directory, 0);
   const browser = await chromium.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
-    // Drawn by the processor: the same pixels on every machine. The sandbox cannot start as root.
-    args: ['--use-angle=swiftshader', '--enable-unsafe-swiftshader', '--no-sandbox'],
+    // Drawn by the processor: no graphics card is needed. The sandbox cannot start as root, and
+    // containers have little shared memory.
+    args: ['--use-angle=swiftshader', '--enable-unsafe-swiftshader', '--no-sandbox',
+      '--disable-dev-shm-usage'],
   });
   try {
     await use(await browser.newPage(size), address);

@@ -13,8 +13,8 @@ const mtlName = objName.replace('.obj', '.mtl');
 const count = (word) => text.split('\n').filter((line) => line.startsWith(`${word} `)).length;
 const HOT = [253, 231, 37];  // left end of the ramp
 const COLD = [68, 1, 84];
-const LEAST = 500;  // pixels that show a colour
-const size = {viewport: {width: 900, height: 600}};
+const LEAST = 200;  // pixels that show a colour
+const size = {viewport: {width: 480, height: 320}};
 
 // Numbers of pixels of the 3D view that have exactly these colours.
 async function pixels(page, colours) {
@@ -71,9 +71,9 @@ test('opens the demo by address', () => withViewer(directory, size, async (page,
   await page.check('#wireframe');
   assert.ok((await pixels(page, [COLD]))[0] < before / 2, 'lines are drawn over the surface');
   await page.uncheck('#wireframe');
-  await page.mouse.move(400, 300);
+  await page.mouse.move(200, 160);
   await page.mouse.down();
-  await page.mouse.move(600, 200, {steps: 4});
+  await page.mouse.move(300, 100, {steps: 4});
   await page.mouse.up();
   assert.notEqual((await pixels(page, [COLD]))[0], before, 'dragging turns the part');
   await page.click('#fit');
