@@ -1,6 +1,0 @@
-file(READ "${README}" readme)
-file(READ "${PROGRAM}" program)
-string(FIND "${readme}" "```c\n${program}```" position)
-if(position EQUAL -1)
-  message(FATAL_ERROR "README.md does not show ${PROGRAM} as it is")
-endif()
