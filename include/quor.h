@@ -2,13 +2,13 @@
  * quor - numeric geometry on triangle meshes, for plug-ins of CAD hosts.
  *
  * Four jobs, eleven functions:
- *   1. weld a triangle soup              quorWeld
- *   2. build a Laplace solver            quorctorTagged, quorinfo, quorfree
- *      on a tagged mesh
- *   3. solve for a field, any number     quorsolveTagged, quorsolvePTagged
- *      of times
- *   4. read the stored mesh, write mesh  quoverts, quotris, wobj
- *      and field as a coloured OBJ
+ *
+ *   1. weld a triangle soup                       quorWeld
+ *   2. build a Laplace solver on a tagged mesh    quorctorTagged, quorinfo, quorfree
+ *   3. solve for a field, any number of times     quorsolveTagged, quorsolvePTagged
+ *   4. read the stored mesh back                  quoverts, quotris
+ *      write mesh and field as a coloured OBJ     wobj
+ *
  * and two helpers that carry a label in a direction: encode_integer_to_sphere,
  * decode_integer_from_sphere.
  *
@@ -91,14 +91,17 @@ enum {
 /*
  * Welds an indexed mesh whose points may be repeated (typically every triangle owning three).
  *
- * Two points with squared distance ((dx*dx + dy*dy) + dz*dz) < tolerance*tolerance, both sides
- * computed in double, become one vertex, and so do the ends of every chain of such pairs. The rule
- * is exact: a pair at exactly the tolerance stays apart, nothing is snapped or averaged. A vertex
- * takes the coordinates of its point of lowest index, and vertices are numbered in the order of
- * these points, so outPointMap[0] is always 0. With tolerance 0 (or one whose square underflows to
- * 0) nothing merges, not even identical points; with +infinity all points merge whose distances
- * are finite. A point with a NaN or infinite coordinate merges with nothing. Points that no
- * triangle uses become vertices like all others.
+ * Two points whose differences dx, dy, dz satisfy
+ *
+ *   ((dx*dx + dy*dy) + dz*dz) < tolerance*tolerance,
+ *
+ * both sides computed in double, become one vertex, and so do the ends of every chain of such pairs.
+ * The rule is exact: a pair at exactly the tolerance stays apart, nothing is snapped or averaged. A
+ * vertex takes the coordinates of its point of lowest index, and vertices are numbered in the order
+ * of these points, so outPointMap[0] is always 0. With tolerance 0 (or one whose square underflows
+ * to 0) nothing merges, not even identical points; with +infinity all points merge whose distances
+ * are finite. A point with a NaN or infinite coordinate merges with nothing. Points that no triangle
+ * uses become vertices like all others.
  *
  * A triangle is dropped when two of its corners have become one vertex, or when an earlier kept
  * triangle has the same three vertices in whatever order. Kept triangles keep their order and
