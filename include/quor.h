@@ -95,13 +95,13 @@ enum {
  *
  *   ((dx*dx + dy*dy) + dz*dz) < tolerance*tolerance,
  *
- * both sides computed in double, become one vertex, and so do the ends of every chain of such pairs.
- * The rule is exact: a pair at exactly the tolerance stays apart, nothing is snapped or averaged. A
- * vertex takes the coordinates of its point of lowest index, and vertices are numbered in the order
- * of these points, so outPointMap[0] is always 0. With tolerance 0 (or one whose square underflows
- * to 0) nothing merges, not even identical points; with +infinity all points merge whose distances
- * are finite. A point with a NaN or infinite coordinate merges with nothing. Points that no triangle
- * uses become vertices like all others.
+ * both sides computed in double, become one vertex, and so do the ends of every chain of such
+ * pairs. The rule is exact: a pair at exactly the tolerance stays apart, nothing is snapped or
+ * averaged. A vertex takes the coordinates of its point of lowest index, and vertices are numbered
+ * in the order of these points, so outPointMap[0] is always 0. With tolerance 0 (or one whose
+ * square underflows to 0) nothing merges, not even identical points; with +infinity all points
+ * merge whose distances are finite. A point with a NaN or infinite coordinate merges with nothing.
+ * Points that no triangle uses become vertices like all others.
  *
  * A triangle is dropped when two of its corners have become one vertex, or when an earlier kept
  * triangle has the same three vertices in whatever order. Kept triangles keep their order and
