@@ -6,7 +6,9 @@
 #include "operator/elimination_tree.h"
 #include "operator/front_tree.h"
 #include "operator/multifrontal.h"
+#include "operator/stiffness_assembly.h"
 #include "operator/supernodes.h"
+#include "operator/vertex_partition.h"
 #include "peers/cholmod_solver.h"
 #include "peers/plain_solver.h"
 #include "side_by_side.h"
@@ -49,7 +51,7 @@ struct Plain {
   PlainAssembly assembly;
   PlainFactor factor;
   explicit Plain(const TaggedMesh& mesh) : assembly(plainAssemble(mesh)) {
-    factor.compute(assembly.stiffnessFF);
+    factor.compute(*assembly.stiffnessFF);
   }
 };
 
@@ -57,8 +59,8 @@ struct Cholmod {
   PlainAssembly assembly;
   CholmodSolver solver;
   explicit Cholmod(const TaggedMesh& mesh) : assembly(plainAssemble(mesh)) {
-    solver.analyze(assembly.stiffnessFF);
-    solver.factorize(assembly.stiffnessFF);
+    solver.analyze(*assembly.stiffnessFF);
+    solver.factorize(*assembly.stiffnessFF);
   }
 };
 
@@ -98,6 +100,26 @@ void printTotals(const std::vector<TaggedMesh>& meshes, int rounds) {
   }
 }
 
+/// All that the library's construction does besides the factorization.
+PlainAssembly ourAssembly(const TaggedMesh& mesh) {
+  quor::VertexPartition partition = quor::partitionVertices(mesh.n(), mesh.tags.data());
+  PlainAssembly a;
+  a.prescribed = static_cast<std::int32_t>(partition.prescribedCount);
+  a.vertices = std::make_shared<const std::vector<double>>(
+      quor::reorderCoordinates(mesh.vertices.data(), partition.callerToSolver));
+  a.triangles = std::make_shared<const std::vector<std::int32_t>>(
+      quor::reorderTriangles(mesh.m(), mesh.triangles.data(), partition.callerToSolver));
+  a.tags = mesh.tags;
+  Matrix stiffness;
+  quor::assembleStiffness(mesh.n(), *a.vertices, *a.triangles, stiffness);
+  const Eigen::Index free = mesh.n() - a.prescribed;
+  a.stiffnessFF = quor::copyBlock(stiffness, a.prescribed, a.prescribed, free, free);
+  a.stiffnessFP = quor::copyBlock(stiffness, a.prescribed, 0, free, a.prescribed);
+  a.callerToSolver = std::move(partition.callerToSolver);
+  a.solverToCaller = std::move(partition.solverToCaller);
+  return a;
+}
+
 /// Our factorization, step by step.
 struct OurSteps {
   Eigen::PermutationMatrix<Eigen::Dynamic, Eigen::Dynamic, int> inverse, permutation;
@@ -121,7 +143,7 @@ struct OurSteps {
     supernodes = std::make_unique<quor::Supernodes>(upper, parent, counts);
     tree = quor::groupIntoFronts(*supernodes);
   }
-  void factorize() {
+  void factorize(quor::VectorWidth width) {
     starts = Eigen::VectorXi::Zero(counts.size() + 1);
     for (Eigen::Index j = 0; j < counts.size(); ++j) {
       starts[j + 1] = starts[j] + counts[j];
@@ -129,7 +151,7 @@ struct OurSteps {
     rows.resize(starts[counts.size()]);
     values.resize(starts[counts.size()]);
     diagonal.resize(counts.size());
-    quor::factorizeFronts(lower, *supernodes, tree, quor::widestVectors(),
+    quor::factorizeFronts(lower, *supernodes, tree, width,
                           {starts.data(), rows.data(), values.data(), diagonal.data()});
   }
 };
@@ -138,36 +160,28 @@ void printSteps(const std::vector<TaggedMesh>& meshes, int rounds) {
   std::printf(
       "\n### Steps of the construction\n\nSeconds. Assembly is all that is not a step of the "
       "factorization: partition, copies, triplets, blocks. CHOLMOD orders and analyzes in one "
-      "step.\n\n| Mesh | | Assembly | Ordering | Symbolic | Numeric "
+      "step. In brackets our numeric step with the narrowest vectors.\n\n| Mesh | | Assembly | "
+      "Ordering | Symbolic | Numeric "
       "|\n|---|---|---|---|---|---|\n");
   for (const TaggedMesh& mesh : meshes) {
     const PlainAssembly reference = plainAssemble(mesh);
-    const Matrix& matrix = reference.stiffnessFF;
-    PlainAssembly assembly;
+    const Matrix& matrix = *reference.stiffnessFF;
     auto ours = std::make_unique<OurSteps>();
     auto plain = std::make_unique<PlainFactor>();
     auto cholmod = std::make_unique<CholmodSolver>();
-    Handle handle;
-    std::unique_ptr<quor::BlockedFactorization> factor;
-    const std::vector<double> whole =
-        sideBySide(rounds,
-                   {[&] { handle.construct(mesh); },
-                    [&] { factor = std::make_unique<quor::BlockedFactorization>(matrix); },
-                    [&] { assembly = plainAssemble(mesh); }},
-                   [&] {
-                     handle.clear();
-                     factor.reset();
-                     assembly = {};
-                   });
+    PlainAssembly assembly;
+    const std::vector<double> assemblies = sideBySide(
+        rounds, {[&] { assembly = ourAssembly(mesh); }, [&] { assembly = plainAssemble(mesh); }},
+        [&] { assembly = {}; });
     const std::vector<double> t = sideBySide(
         rounds, {[&] { ours->order(matrix); }, [&] { ours->analyze(); }, [&] { ours->factorize(); },
                  [&] { plain->order(matrix); }, [&] { plain->analyze(); },
                  [&] { plain->factorizeNumerically(); }, [&] { cholmod->analyze(matrix); },
                  [&] { cholmod->factorize(matrix); }});
-    std::printf("| %s | ours | %.4f | %.4f | %.4f | %.4f |\n", mesh.name.c_str(),
-                whole[0] - whole[1], t[0], t[1], t[2]);
-    std::printf("| | plain | %.4f | %.4f | %.4f | %.4f |\n", whole[2], t[3], t[4], t[5]);
-    std::printf("| | CHOLMOD | %.4f | | %.4f | %.4f |\n", whole[2], t[6], t[7]);
+    std::printf("| %s | ours | %.4f | %.4f | %.4f | %.4f (%.4f) |\n", mesh.name.c_str(),
+                assemblies[0], t[0], t[1], t[2], t[3]);
+    std::printf("| | plain | %.4f | %.4f | %.4f | %.4f |\n", assemblies[1], t[4], t[5], t[6]);
+    std::printf("| | CHOLMOD | %.4f | | %.4f | %.4f |\n", assemblies[1], t[7], t[8]);
     std::fflush(stdout);
   }
 }
@@ -281,7 +295,7 @@ void solve(const std::vector<TaggedMesh>& meshes, int rounds) {
 int runCommand(int argc, char** argv) {
   std::string what;
   std::vector<std::string> parts;
-  std::string dragon;
+  std::vector<std::string> dragons;
   std::string bunny;
   int rounds = 5;
   CLI::App app("Measures construction and solve beside their peers.", "solver_bench");
@@ -289,7 +303,7 @@ int runCommand(int argc, char** argv) {
       ->required()
       ->check(CLI::IsMember({"construct", "solve"}));
   app.add_option("--part", parts, "CAD parts, from fine to coarse")->required();
-  app.add_option("--dragon", dragon, "a scanned mesh")->required();
+  app.add_option("--dragon", dragons, "a scanned mesh, from fine to coarse")->required();
   app.add_option("--bunny", bunny, "another, coarser")->required();
   app.add_option("--rounds", rounds, "measurements of each")->capture_default_str();
   CLI11_PARSE(app, argc, argv);
@@ -301,10 +315,10 @@ int runCommand(int argc, char** argv) {
   for (const int side : {700, 186, 69}) {
     meshes.push_back(tagEnds("planar grid", planarGrid(side), 0));
   }
-  const Soup scan = readSoup(dragon);
-  meshes.push_back(tagEnds("dragon", scan, 1));
-  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.4), 0));
-  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.08), 0));
+  for (const std::string& dragon : dragons) {
+    meshes.push_back(tagEnds("dragon", readSoup(dragon), 1));
+  }
+  meshes.push_back(tagEnds("part of the dragon", lowestShare(readSoup(dragons[0]), 0.4), 0));
   Soup subdividedBunny = readSoup(bunny);
   for (int cut = 0; cut < 3; ++cut) {
     subdividedBunny = subdivided(subdividedBunny);

@@ -168,9 +168,12 @@ QUOR_API int32_t quorWeld(int32_t pointCount, const double* points, int32_t tria
  * came out as exactly 0, otherwise the field there is meaningless.
  *
  * Throws std::length_error("vector") when 3n or 9m has no place in the 32-bit indices of the
- * matrices (n > 1,431,655,765 or m > 238,609,294), before any array is read, and when the factor
- * would have more than 2,147,483,647 entries, before it is computed. On any exception *handleOut
- * is null, *prescribedOut is 0 and *statusOut is untouched.
+ * matrices (n > 1,431,655,765 or m > 238,609,294), before any array is read; and when the ordering
+ * or the factor would need more than 2,147,483,647 entries, before the factor is computed. On any
+ * exception *handleOut is null, *prescribedOut is 0 and *statusOut is untouched.
+ *
+ * Large problems are factorized with the widest vector instructions that the machine has, which
+ * changes the time and not a bit of the result.
  *
  * The arrays are not referenced after the call. Release the handle with quorfree.
  */

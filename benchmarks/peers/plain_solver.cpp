@@ -64,8 +64,10 @@ PlainAssembly plainAssemble(const TaggedMesh& mesh) {
   Matrix stiffness(n, n);
   stiffness.setFromTriplets(triplets.begin(), triplets.end());
   const std::int32_t free = n - a.prescribed;
-  a.stiffnessFF = stiffness.block(a.prescribed, a.prescribed, free, free);
-  a.stiffnessFP = stiffness.block(a.prescribed, 0, free, a.prescribed);
+  a.stiffnessFF =
+      std::make_shared<const Matrix>(stiffness.block(a.prescribed, a.prescribed, free, free));
+  a.stiffnessFP =
+      std::make_shared<const Matrix>(stiffness.block(a.prescribed, 0, free, a.prescribed));
   return a;
 }
 

@@ -22,8 +22,8 @@ struct PlainAssembly {
   std::shared_ptr<const std::vector<double>> vertices;
   std::shared_ptr<const std::vector<std::int32_t>> triangles;
   std::int32_t prescribed = 0;
-  Matrix stiffnessFF;
-  Matrix stiffnessFP;
+  std::shared_ptr<const Matrix> stiffnessFF;
+  std::shared_ptr<const Matrix> stiffnessFP;
 };
 
 PlainAssembly plainAssemble(const TaggedMesh& mesh);

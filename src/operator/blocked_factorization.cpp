@@ -73,9 +73,10 @@ void BlockedFactorization::analyze(const SparseMatrix& upper, const SparseMatrix
   m_analysisIsOk = true;
 }
 
-/// The numeric step by blocks. @return false if Eigen's must do it
+/// The numeric step by blocks. An entry that is not finite comes to a pivot that is not finite.
+/// @return false if Eigen's must do it
 bool BlockedFactorization::factorizeBlocks(const SparseMatrix& upper, const SparseMatrix& lower) {
-  if (operations(m_nonZerosPerCol) < kBlocksPay || !lower.coeffs().isFinite().all()) {
+  if (operations(m_nonZerosPerCol) < kBlocksPay) {
     return false;
   }
   const Supernodes supernodes(upper, m_parent, m_nonZerosPerCol);

@@ -121,7 +121,8 @@ bool DenseFront::factorizeDiagonal(Index begin, Index end) {
 }
 
 /// The rows below the diagonal block: first L D, by substitution, then L. Both go into their packed
-/// copies, where rows of the diagonal block itself are zeros, and L into the columns.
+/// copies, and L into the columns. Rows of the diagonal block itself become zeros in the copy of L
+/// D.
 template <typename Vectors>
 QUOR_INLINE void DenseFront::solveRows(Index begin, Index end) {
   using Vector = typename Vectors::Type;
@@ -153,7 +154,6 @@ QUOR_INLINE void DenseFront::solveRows(Index begin, Index end) {
         store(l + part * lanes, sum.data()[part] / pivot);
       }
       std::fill(x, x + ownRows, 0.0);
-      std::fill(l, l + ownRows, 0.0);
       std::copy(l + ownRows, l + kBlock, source + ownRows);
     }
   }
