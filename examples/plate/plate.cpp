@@ -3,24 +3,28 @@
 #include <quor.hpp>
 
 int main() try {
-  const int side = 40, m = 2 * side * side;
-  const int dx[] = {0, 1, 1, 0, 1, 0}, dy[] = {0, 0, 1, 0, 1, 1};  // two triangles of a cell
+  constexpr int side = 40;
+  constexpr std::array<double, 6> dx{0, 1, 1, 0, 1, 0};  // two triangles of a cell
+  constexpr std::array<double, 6> dy{0, 0, 1, 0, 1, 1};
   std::vector<double> points;
   std::vector<std::int32_t> triangles;
-  for (int point = 0; point < 3 * m; ++point) {  // every triangle owns its points
-    const int cell = point / 6;
-    points.push_back(cell % side + dx[point % 6]);
-    points.push_back(cell / side + dy[point % 6]);
-    points.push_back(0);
-    triangles.push_back(point);
+  for (int y = 0; y < side; ++y) {
+    for (int x = 0; x < side; ++x) {
+      for (std::size_t corner = 0; corner < 6; ++corner) {  // every triangle owns its points
+        triangles.push_back(static_cast<std::int32_t>(triangles.size()));
+        points.insert(points.end(), {x + dx[corner], y + dy[corner], 0.0});
+      }
+    }
   }
 
   const quor::Welded mesh = quor::weld(points, triangles, 1e-6);
   std::vector<std::int32_t> tags;  // 0: free
   std::vector<double> degrees;     // read where the tag is not 0
   for (std::size_t i = 0; i < mesh.vertices.size(); i += 3) {
-    const double x = mesh.vertices[i], y = mesh.vertices[i + 1];
-    tags.push_back(x == 0 ? 1 : x + y > 2 * side - 8 ? 2 : 0);
+    const double x = mesh.vertices[i];
+    const double y = mesh.vertices[i + 1];
+    const int hot = x + y > 2 * side - 8 ? 2 : 0;
+    tags.push_back(x == 0 ? 1 : hot);
     degrees.push_back(tags.back() == 2 ? 100 : 20);
   }
 
