@@ -245,7 +245,8 @@ QUOR_API uint64_t quotris(const void* handle, const int32_t** trianglesOut);
  * unmasked, a field whose values are all equal traps (1/0).
  *
  * Throws std::length_error("vector") after the first two lines when the handle has no vertices
- * (quorctorTagged makes no such) or more than 715,827,882.
+ * (quorctorTagged makes no such) or more than 715,827,882. When an exception leaves, the files hold
+ * what had been written by then.
  */
 QUOR_API void wobj(const void* handle, const double* field, const char* baseName);
 

@@ -1,6 +1,7 @@
 // The shared library as a host sees it: exported names, loading, unloading, small stacks.
 
 #include "support/handle.h"
+#include "support/sanitizers.h"
 
 #include <dlfcn.h>
 #include <pthread.h>
@@ -9,16 +10,6 @@
 #include <cstdio>
 #include <fstream>
 #include <string>
-
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define QUOR_SANITIZED 1
-#endif
-#endif
-#else
-#define QUOR_SANITIZED 1
-#endif
 
 using namespace test;
 
