@@ -32,20 +32,12 @@ Mesh readMesh(fuzz::Input& input) {
   return mesh;
 }
 
-/// Now and then as many random triangles over as many vertices as fill the factor, so that the work
-/// is worth blocking; the first vertices keep their coordinates and the others get plain ones.
+/// Now and then so many triangles that the factor is worth computing in blocks. The coordinates
+/// read so far stay.
 void enlarge(Mesh& mesh, unsigned seed) {
-  std::mt19937 random(seed);
-  while (mesh.n() < 300) {
-    for (int axis = 0; axis < 3; ++axis) {
-      mesh.vertices.push_back(std::ldexp(double(random()), -32));
-    }
-  }
-  for (int t = 0; t < 600; ++t) {
-    const int a = t % 300;
-    mesh.triangles.insert(mesh.triangles.end(), {a, (a + 1 + int(random() % 149)) % 300,
-                                                 (a + 150 + int(random() % 149)) % 300});
-  }
+  Mesh large = test::tangledMesh(300, 600, seed);
+  std::copy(mesh.vertices.begin(), mesh.vertices.end(), large.vertices.begin());
+  mesh = large;
 }
 
 /// The documented order of the checks: any triangle with repeated corners, then any unused vertex.

@@ -4,7 +4,6 @@
 #include "support/sanitizers.h"
 
 #include <dlfcn.h>
-#include <pthread.h>
 
 #include <array>
 #include <cstdio>
@@ -72,49 +71,5 @@ TEST(Library, LoadsAndReallyUnloads) {
   }
   std::remove(copy.c_str());
 }
-
-#if !defined(QUOR_SANITIZED)  // sanitizers need larger stacks than the code they watch
-
-void* useEverything(void* failure) {
-  // 8,000 to 17,000 unknowns are where work arrays of up to 128 KB would go to the stack.
-  for (const int side : {20, 70, 95, 110, 128}) {
-    const Mesh soup = soupOf(bumpyMesh(side, side, 2));
-    std::vector<double> vertices(soup.vertices.size());
-    std::vector<std::int32_t> triangles(soup.triangles.size());
-    std::vector<std::int32_t> map(std::size_t(soup.n()));
-    std::int32_t n = 0;
-    std::int32_t m = 0;
-    quorWeld(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(), vertices.data(),
-             triangles.data(), map.data(), &n, &m, 1e-9);
-    std::vector<std::int32_t> tags(std::size_t(n), 0);
-    tags[0] = 1;
-    StatusCode status = 99;
-    void* handle = nullptr;
-    quorctorTagged(n, vertices.data(), m, triangles.data(), tags.data(), nullptr, &status, &handle);
-    std::vector<double> field(std::size_t(n), 1.0);
-    const std::vector<double> source(std::size_t(n), 0.5);
-    quorsolveTagged(handle, field.data(), field.data(), &status);
-    quorsolvePTagged(handle, field.data(), source.data(), field.data(), &status);
-    if (n != side * side || status != 0 || quorinfo(handle) != 0) {
-      *static_cast<int*>(failure) = side;
-    }
-    quorfree(handle);
-  }
-  return nullptr;
-}
-
-TEST(Library, RunsOnA128KilobyteStack) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, 128 * 1024), 0);
-  pthread_t thread{};
-  int failure = 0;
-  ASSERT_EQ(pthread_create(&thread, &attributes, useEverything, &failure), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
-  EXPECT_EQ(failure, 0);
-}
-
-#endif
 
 }  // namespace
