@@ -7,6 +7,7 @@
 #include <quor.h>
 
 #include <cstdlib>
+#include <numeric>
 
 namespace {
 
@@ -97,16 +98,20 @@ void compareWithDense(const Problem& problem, const std::vector<double>& field) 
   if (!problem.source.empty()) {
     rhs -= Eigen::VectorXd::Map(problem.source.data(), K.rows())(free);
   }
+  if (free.empty() || !rhs.allFinite() || x.norm() > 1e100 || rhs.norm() > 1e100) {
+    return;
+  }
   const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> eigen(K(free, free));
   const Eigen::VectorXd& lambda = eigen.eigenvalues();
-  if (free.empty() || !rhs.allFinite() || rhs.norm() > 1e100 ||
-      !(lambda[0] > 1e-6 * lambda.maxCoeff())) {
+  if (!(lambda[0] > 1e-6 * lambda.maxCoeff())) {
     return;
   }
   const Eigen::VectorXd expected =
       eigen.eigenvectors() * (eigen.eigenvectors().transpose() * rhs).cwiseQuotient(lambda);
   const Eigen::VectorXd actual = Eigen::VectorXd::Map(field.data(), K.rows())(free);
-  require((actual - expected).norm() <= 1e-6 * rhs.norm() / lambda[0] + 1e-300);
+  // The sums that make the right-hand side may cancel.
+  const double size = K.norm() * x.norm() + rhs.norm();
+  require((actual - expected).norm() <= 1e-6 * size / lambda[0] + 1e-300);
 }
 
 }  // namespace
@@ -115,7 +120,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::Input input(data, size);
   const int mode = input.byte();
   Problem problem{readMesh(input), {}, {}, {}};
-  const bool isLarge = mode == 255;
+  // The sum makes sure that few of the inputs that come from a slow one are slow themselves.
+  const bool isLarge = mode == 255 && std::accumulate(data, data + size, 0U) % 16 == 0;
   if (isLarge) {
     enlarge(problem.mesh, unsigned(input.byte()));
   }

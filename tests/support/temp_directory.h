@@ -1,23 +1,23 @@
 // A directory of one test, gone when it is over.
 #pragma once
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 namespace test {
 
 class TempDirectory {
  public:
-  TempDirectory()
-      : path_(std::filesystem::temp_directory_path() /
-              ("quor-" + std::to_string(getpid()) + "-" +
-               testing::UnitTest::GetInstance()->current_test_info()->name())) {
-    std::filesystem::create_directories(path_);
+  TempDirectory() {
+    std::string path = (std::filesystem::temp_directory_path() / "quor-XXXXXX").string();
+    if (mkdtemp(path.data()) == nullptr) {
+      throw std::runtime_error("no directory for temporary files");
+    }
+    path_ = path;
   }
   ~TempDirectory() { std::filesystem::remove_all(path_); }
   TempDirectory(const TempDirectory&) = delete;
