@@ -14,8 +14,9 @@
 namespace quor {
 namespace {
 
-// Every line ends in std::endl, and one with a long text is inserted as one string, so that each
-// line reaches the file in one write: a reader that follows the growing file sees whole lines.
+// Every line is flushed, and one with a long text is inserted as one string, line feed included,
+// since a stream writes long strings at once: so each line reaches the file in one write, and a
+// reader that follows the growing file sees whole lines.
 
 /// @return whether the file is open; if not, that has been reported
 bool openFile(std::ofstream& file, const std::string& baseName, const char* extension) {
@@ -89,7 +90,7 @@ void writeObjAndMtl(const std::vector<double>& vertices, const std::vector<std::
   if (!openFile(file, baseName, ".obj")) {
     return;
   }
-  file << std::string("mtllib ") + baseName + ".mtl" << std::endl;
+  file << std::string("mtllib ") + baseName + ".mtl\n" << std::flush;
   file << "usemtl Heat" << std::endl;
 
   const auto length = static_cast<std::int32_t>(vertices.size());
