@@ -22,15 +22,20 @@ inline double median(std::vector<double> values) {
 }
 
 /// Calls every job once to warm up, then all of them in turn, `rounds` times.
+/// @param clear  called after every job, outside the time
 /// @return the median seconds of each
-inline std::vector<double> sideBySide(int rounds, const std::vector<std::function<void()>>& jobs) {
+inline std::vector<double> sideBySide(
+    int rounds, const std::vector<std::function<void()>>& jobs,
+    const std::function<void()>& clear = [] {}) {
   std::vector<std::vector<double>> times(jobs.size());
   for (const auto& job : jobs) {
     job();
+    clear();
   }
   for (int round = 0; round < rounds; ++round) {
     for (std::size_t k = 0; k < jobs.size(); ++k) {
       times[k].push_back(seconds(jobs[k]));
+      clear();
     }
   }
   std::vector<double> medians;

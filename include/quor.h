@@ -31,8 +31,10 @@
  * EXCEPTIONS. When memory runs out std::bad_alloc leaves the function; when a size cannot be
  * represented (each function says which) std::length_error with the text "vector" does. All memory
  * of the call has been released by then, no status has been written, a handle lives on unharmed.
- * The functions are callable from C, but only a C++ caller can catch these. With MSVC compile the
- * catching code with /EHs: plain /EHsc takes every extern "C" function for one that never throws.
+ * The functions are callable from C, but only a C++ caller can catch these, and on Windows only one
+ * from the same kind of compiler as the library: MSVC does not catch what a DLL made with mingw-w64
+ * throws. With MSVC compile the catching code with /EHs: plain /EHsc takes every extern "C"
+ * function for one that never throws.
  *
  * THREADS. No function starts a thread, takes a lock or keeps global state, and every one of them
  * runs on a 128 KB stack. Calls on different data run at the same time freely. On one handle any
@@ -236,9 +238,9 @@ QUOR_API uint64_t quotris(const void* handle, const int32_t** trianglesOut);
  *                 directory first, or move both files afterwards.
  *
  * Existing files are replaced. Numbers have six significant digits. If all values are equal every u
- * is NaN; a NaN value has a NaN u. Each line is flushed when it is written. A file that cannot be
- * opened is reported by one line on the standard error stream; an OBJ written before stays. Nothing
- * reports a disk that runs full.
+ * is NaN; a NaN value has a NaN u. Each line ends in a line feed alone, on Windows too, and is
+ * flushed when it is written. A file that cannot be opened is reported by one line on the standard
+ * error stream; an OBJ written before stays. Nothing reports a disk that runs full.
  *
  * The streams use the global C++ locale of the moment (std::locale::global): keep it at the classic
  * one, or numbers come out with its decimal comma and digit grouping. With floating-point traps

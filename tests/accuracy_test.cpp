@@ -38,6 +38,7 @@ bool isOnBorder(std::size_t vertex, int nx, int ny) {
 }
 
 constexpr int kSide = 40;
+constexpr double kFullAngle = 6.283185307179586;
 
 using Shape = std::function<std::array<double, 3>(double, double)>;
 
@@ -117,7 +118,7 @@ TEST(Accuracy, DegradesGentlyOffTheOrdinary) {
 double ringError(int refinement, const Shape& shape, const Function& exact) {
   const int rows = 6 * refinement + 1;
   const int columns = 24 * refinement + 1;
-  Mesh ring = gridMesh(rows, columns, [&](double u, double v) { return shape(u, 2 * M_PI * v); });
+  Mesh ring = gridMesh(rows, columns, [&](double u, double v) { return shape(u, kFullAngle * v); });
   std::vector<std::int32_t> map(std::size_t(ring.n()));
   std::int32_t n = 0;
   std::int32_t m = 0;

@@ -22,7 +22,7 @@ namespace {
 bool openFile(std::ofstream& file, const std::string& baseName, const char* extension) {
   const std::string name = baseName + extension;
   errno = 0;
-  file.open(name);
+  file.open(name, std::ios::binary);  // a line ends in one byte everywhere
   if (!file.is_open()) {
     if (errno == ENOMEM) {
       throw std::bad_alloc();

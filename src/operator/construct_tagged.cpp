@@ -1,5 +1,6 @@
 #include "operator/construct_tagged.h"
 
+#include "operator/blocked_factorization.h"
 #include "operator/stiffness_assembly.h"
 #include "operator/vertex_partition.h"
 
@@ -59,7 +60,7 @@ void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
     handle->stiffnessFF = copyBlock(stiffness, prescribed, prescribed, free, free);
     handle->stiffnessFP = copyBlock(stiffness, prescribed, 0, free, prescribed);
   }
-  handle->factorFF = std::make_shared<const Factorization>(*handle->stiffnessFF);
+  handle->factorFF = std::make_shared<const BlockedFactorization>(*handle->stiffnessFF);
   *handleOut = std::move(handle);
 }
 

@@ -1,11 +1,10 @@
 // A directory of one test, gone when it is over.
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 
 namespace test {
@@ -13,11 +12,10 @@ namespace test {
 class TempDirectory {
  public:
   TempDirectory() {
-    std::string path = (std::filesystem::temp_directory_path() / "quor-XXXXXX").string();
-    if (mkdtemp(path.data()) == nullptr) {
-      throw std::runtime_error("no directory for temporary files");
-    }
-    path_ = path;
+    std::random_device random;
+    do {
+      path_ = std::filesystem::temp_directory_path() / ("quor-" + std::to_string(random()));
+    } while (!std::filesystem::create_directory(path_));
   }
   ~TempDirectory() { std::filesystem::remove_all(path_); }
   TempDirectory(const TempDirectory&) = delete;

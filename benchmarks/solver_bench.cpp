@@ -1,0 +1,330 @@
+// Construction and solve beside plain Eigen and CHOLMOD, on one core. Prints Markdown tables.
+
+#include "api/solver_handle.h"
+#include "memory_meter.h"
+#include "operator/blocked_factorization.h"
+#include "operator/elimination_tree.h"
+#include "operator/front_tree.h"
+#include "operator/multifrontal.h"
+#include "operator/supernodes.h"
+#include "peers/cholmod_solver.h"
+#include "peers/plain_solver.h"
+#include "side_by_side.h"
+#include "tagged_mesh.h"
+
+#include <quor.h>
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <stdexcept>
+
+namespace {
+
+using namespace bench;
+
+struct Handle {
+  void* pointer = nullptr;
+  void construct(const TaggedMesh& mesh) {
+    StatusCode status = 0;
+    quorctorTagged(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(),
+                   mesh.tags.data(), nullptr, &status, &pointer);
+    if (status != QUOR_SUCCESS || quorinfo(pointer) != QUOR_INFO_SUCCESS) {
+      throw std::runtime_error("construction failed");
+    }
+  }
+  void clear() {
+    quorfree(pointer);
+    pointer = nullptr;
+  }
+  const quor::SolverHandle& operator*() const {
+    return *static_cast<const quor::SolverHandle*>(pointer);
+  }
+};
+
+/// What a plain program keeps.
+struct Plain {
+  PlainAssembly assembly;
+  PlainFactor factor;
+  explicit Plain(const TaggedMesh& mesh) : assembly(plainAssemble(mesh)) {
+    factor.compute(assembly.stiffnessFF);
+  }
+};
+
+struct Cholmod {
+  PlainAssembly assembly;
+  CholmodSolver solver;
+  explicit Cholmod(const TaggedMesh& mesh) : assembly(plainAssemble(mesh)) {
+    solver.analyze(assembly.stiffnessFF);
+    solver.factorize(assembly.stiffnessFF);
+  }
+};
+
+void printTotals(const std::vector<TaggedMesh>& meshes, int rounds) {
+  std::printf(
+      "\n### Construction\n\nSeconds from mesh and tags to the factorized solver; in brackets "
+      "plain Eigen over ours, and ours over CHOLMOD, which is given the plain way's assembly.\n\n"
+      "| Mesh | Vertices | quorctorTagged | plain Eigen | CHOLMOD |\n|---|---|---|---|---|\n");
+  for (const TaggedMesh& mesh : meshes) {
+    Handle ours;
+    std::unique_ptr<Plain> plain;
+    std::unique_ptr<Cholmod> cholmod;
+    const int repeats = std::max(1, 40000 / mesh.n());
+    const auto times = [repeats](const std::function<void()>& job) {
+      return [repeats, job] {
+        for (int i = 0; i < repeats; ++i) {
+          job();
+        }
+      };
+    };
+    const std::vector<double> t =
+        sideBySide(rounds,
+                   {times([&] {
+                      ours.clear();
+                      ours.construct(mesh);
+                    }),
+                    times([&] { plain = std::make_unique<Plain>(mesh); }),
+                    times([&] { cholmod = std::make_unique<Cholmod>(mesh); })},
+                   [&] {
+                     ours.clear();
+                     plain.reset();
+                     cholmod.reset();
+                   });
+    std::printf("| %s | %d | %.4f | %.4f (%.2fx) | %.4f (%.2f) |\n", mesh.name.c_str(), mesh.n(),
+                t[0] / repeats, t[1] / repeats, t[1] / t[0], t[2] / repeats, t[0] / t[2]);
+    std::fflush(stdout);
+  }
+}
+
+/// Our factorization, step by step.
+struct OurSteps {
+  Eigen::PermutationMatrix<Eigen::Dynamic, Eigen::Dynamic, int> inverse, permutation;
+  Matrix upper, lower;
+  Eigen::VectorXi parent, counts, starts, rows;
+  Eigen::VectorXd values, diagonal;
+  std::unique_ptr<quor::Supernodes> supernodes;
+  quor::FrontTree tree;
+
+  void order(const Matrix& matrix) {
+    Eigen::AMDOrdering<int>()(matrix.selfadjointView<Eigen::Lower>(), inverse);
+    permutation = inverse.inverse();
+    upper.resize(matrix.rows(), matrix.cols());
+    upper.selfadjointView<Eigen::Upper>() =
+        matrix.selfadjointView<Eigen::Lower>().twistedBy(permutation);
+    lower = upper.transpose();
+  }
+  void analyze() {
+    parent = quor::eliminationTree(upper);
+    counts = quor::columnCounts(lower, parent);
+    supernodes = std::make_unique<quor::Supernodes>(upper, parent, counts);
+    tree = quor::groupIntoFronts(*supernodes);
+  }
+  void factorize() {
+    starts = Eigen::VectorXi::Zero(counts.size() + 1);
+    for (Eigen::Index j = 0; j < counts.size(); ++j) {
+      starts[j + 1] = starts[j] + counts[j];
+    }
+    rows.resize(starts[counts.size()]);
+    values.resize(starts[counts.size()]);
+    diagonal.resize(counts.size());
+    quor::factorizeFronts(lower, *supernodes, tree, quor::widestVectors(),
+                          {starts.data(), rows.data(), values.data(), diagonal.data()});
+  }
+};
+
+void printSteps(const std::vector<TaggedMesh>& meshes, int rounds) {
+  std::printf(
+      "\n### Steps of the construction\n\nSeconds. Assembly is all that is not a step of the "
+      "factorization: partition, copies, triplets, blocks. CHOLMOD orders and analyzes in one "
+      "step.\n\n| Mesh | | Assembly | Ordering | Symbolic | Numeric "
+      "|\n|---|---|---|---|---|---|\n");
+  for (const TaggedMesh& mesh : meshes) {
+    const PlainAssembly reference = plainAssemble(mesh);
+    const Matrix& matrix = reference.stiffnessFF;
+    PlainAssembly assembly;
+    auto ours = std::make_unique<OurSteps>();
+    auto plain = std::make_unique<PlainFactor>();
+    auto cholmod = std::make_unique<CholmodSolver>();
+    Handle handle;
+    std::unique_ptr<quor::BlockedFactorization> factor;
+    const std::vector<double> whole =
+        sideBySide(rounds,
+                   {[&] { handle.construct(mesh); },
+                    [&] { factor = std::make_unique<quor::BlockedFactorization>(matrix); },
+                    [&] { assembly = plainAssemble(mesh); }},
+                   [&] {
+                     handle.clear();
+                     factor.reset();
+                     assembly = {};
+                   });
+    const std::vector<double> t = sideBySide(
+        rounds, {[&] { ours->order(matrix); }, [&] { ours->analyze(); }, [&] { ours->factorize(); },
+                 [&] { plain->order(matrix); }, [&] { plain->analyze(); },
+                 [&] { plain->factorizeNumerically(); }, [&] { cholmod->analyze(matrix); },
+                 [&] { cholmod->factorize(matrix); }});
+    std::printf("| %s | ours | %.4f | %.4f | %.4f | %.4f |\n", mesh.name.c_str(),
+                whole[0] - whole[1], t[0], t[1], t[2]);
+    std::printf("| | plain | %.4f | %.4f | %.4f | %.4f |\n", whole[2], t[3], t[4], t[5]);
+    std::printf("| | CHOLMOD | %.4f | | %.4f | %.4f |\n", whole[2], t[6], t[7]);
+    std::fflush(stdout);
+  }
+}
+
+constexpr double kMegabyte = 1e6;
+
+double peakOf(const std::function<void()>& job) {
+  return static_cast<double>(memoryOf(job).peak) / kMegabyte;
+}
+
+void printMemory(const std::vector<TaggedMesh>& meshes) {
+  std::printf(
+      "\n### Memory of the construction\n\nMegabytes: the peak, and L of it.\n\n"
+      "| Mesh | quorctorTagged | plain Eigen | L |\n|---|---|---|---|\n");
+  for (const TaggedMesh& mesh : meshes) {
+    Handle ours;
+    const double ourPeak = peakOf([&] { ours.construct(mesh); });
+    const auto entries = (*ours).factorFF->matrixL().nestedExpression().nonZeros();
+    ours.clear();
+    std::unique_ptr<Plain> plain;
+    const double plainPeak = peakOf([&] { plain = std::make_unique<Plain>(mesh); });
+    std::printf("| %s | %.0f | %.0f | %.0f |\n", mesh.name.c_str(), ourPeak, plainPeak,
+                static_cast<double>(entries) * 12 / kMegabyte);
+    std::fflush(stdout);
+  }
+}
+
+void printAccuracy(const std::vector<TaggedMesh>& meshes) {
+  std::printf(
+      "\n### Agreement with Eigen's factor\n\nThe largest relative difference of an entry of L "
+      "or D, and the residual |K x - b| of one solve.\n\n"
+      "| Mesh | Same pattern | Difference | Residual, ours | Residual, Eigen |\n"
+      "|---|---|---|---|---|\n");
+  for (const TaggedMesh& mesh : meshes) {
+    Handle ours;
+    ours.construct(mesh);
+    const Plain plain(mesh);
+    const auto& handle = *ours;
+    const Matrix& matrix = *handle.stiffnessFF;
+    PlainFactor eigen;
+    eigen.compute(matrix);
+    const Matrix& a = handle.factorFF->matrixL().nestedExpression();
+    const Matrix& b = eigen.matrixL().nestedExpression();
+    const bool same =
+        a.nonZeros() == b.nonZeros() &&
+        std::equal(a.innerIndexPtr(), a.innerIndexPtr() + a.nonZeros(), b.innerIndexPtr());
+    const auto difference = [](const auto& x, const auto& y) {
+      return ((x - y).abs() / (y.abs() + 1e-300)).maxCoeff();
+    };
+    const double largest =
+        std::max(difference(a.coeffs(), b.coeffs()),
+                 difference(handle.factorFF->vectorD().array(), eigen.vectorD().array()));
+    const Eigen::VectorXd rhs =
+        -(*handle.stiffnessFP * Eigen::VectorXd::LinSpaced(handle.stiffnessFP->cols(), 1.0, 2.0));
+    const Eigen::VectorXd x = handle.factorFF->solve(rhs);
+    const Eigen::VectorXd y = eigen.solve(rhs);
+    std::printf("| %s | %s | %.1e | %.2e | %.2e |\n", mesh.name.c_str(), same ? "yes" : "NO",
+                largest, (matrix * x - rhs).norm(), (matrix * y - rhs).norm());
+    std::fflush(stdout);
+  }
+}
+
+void construct(const std::vector<TaggedMesh>& meshes, int rounds) {
+  printTotals(meshes, rounds);
+  printSteps(meshes, rounds);
+  printMemory(meshes);
+  printAccuracy(meshes);
+}
+
+void solve(const std::vector<TaggedMesh>& meshes, int rounds) {
+  std::printf(
+      "\n### Solve\n\nMilliseconds. The factor's own solve is that of the handle's factor with a "
+      "right-hand side at hand; in brackets ours over it, and CHOLMOD's over ours. Memory is what "
+      "quorsolveTagged holds at its peak, in bytes a vertex.\n\n"
+      "| Mesh | Vertices | quorsolveTagged | factor's own | CHOLMOD | Memory |\n"
+      "|---|---|---|---|---|---|\n");
+  for (const TaggedMesh& mesh : meshes) {
+    Handle ours;
+    ours.construct(mesh);
+    Cholmod cholmod(mesh);
+    const auto& handle = *ours;
+    std::vector<double> values(mesh.tags.begin(), mesh.tags.end());
+    std::vector<double> field(values.size());
+    const Eigen::VectorXd rhs =
+        -(*handle.stiffnessFP * Eigen::VectorXd::LinSpaced(handle.stiffnessFP->cols(), 1.0, 2.0));
+    Eigen::VectorXd x(rhs.size());
+    StatusCode status = 0;
+    const auto once = [&] { quorsolveTagged(ours.pointer, values.data(), field.data(), &status); };
+    const int repeats = std::max(1, 400000 / mesh.n());
+    const auto times = [repeats](const std::function<void()>& job) {
+      return [repeats, job] {
+        for (int i = 0; i < repeats; ++i) {
+          job();
+        }
+      };
+    };
+    std::vector<double> t =
+        sideBySide(3 * rounds, {times(once), times([&] { x = handle.factorFF->solve(rhs); }),
+                                times([&] { x = cholmod.solver.solve(rhs); })});
+    for (double& seconds : t) {
+      seconds *= 1e3 / repeats;
+    }
+    std::printf("| %s | %d | %.3f | %.3f (%.3f) | %.3f (%.2fx) | %.1f |\n", mesh.name.c_str(),
+                mesh.n(), t[0], t[1], t[0] / t[1], t[2], t[2] / t[0],
+                static_cast<double>(memoryOf(once).peak) / mesh.n());
+    std::fflush(stdout);
+    ours.clear();
+  }
+}
+
+int runCommand(int argc, char** argv) {
+  std::string what;
+  std::vector<std::string> parts;
+  std::string dragon;
+  std::string bunny;
+  int rounds = 5;
+  CLI::App app("Measures construction and solve beside their peers.", "solver_bench");
+  app.add_option("what", what, "construct or solve")
+      ->required()
+      ->check(CLI::IsMember({"construct", "solve"}));
+  app.add_option("--part", parts, "CAD parts, from fine to coarse")->required();
+  app.add_option("--dragon", dragon, "a scanned mesh")->required();
+  app.add_option("--bunny", bunny, "another, coarser")->required();
+  app.add_option("--rounds", rounds, "measurements of each")->capture_default_str();
+  CLI11_PARSE(app, argc, argv);
+
+  std::vector<TaggedMesh> meshes;
+  for (const std::string& part : parts) {
+    meshes.push_back(tagEnds("CAD part", readSoup(part), 2));
+  }
+  for (const int side : {700, 186, 69}) {
+    meshes.push_back(tagEnds("planar grid", planarGrid(side), 0));
+  }
+  const Soup scan = readSoup(dragon);
+  meshes.push_back(tagEnds("dragon", scan, 1));
+  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.4), 0));
+  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.08), 0));
+  Soup subdividedBunny = readSoup(bunny);
+  for (int cut = 0; cut < 3; ++cut) {
+    subdividedBunny = subdivided(subdividedBunny);
+  }
+  meshes.push_back(tagEnds("bunny, subdivided", subdividedBunny, 1));
+  if (what == "construct") {
+    construct(meshes, rounds);
+  } else {
+    solve(meshes, rounds);
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return runCommand(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "solver_bench: %s\n", error.what());
+  }
+  return 1;
+}

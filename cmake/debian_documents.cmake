@@ -1,0 +1,15 @@
+# Run by CPack over the staged trees: moves the documents of each component to where Debian has them,
+# /usr/share/doc/PACKAGE, with licence and notices in one file named copyright.
+set(documents "${CPACK_PACKAGING_INSTALL_PREFIX}/share/doc")
+foreach(component runtime development)
+  string(TOUPPER "${component}" upper)
+  set(tree "${CPACK_TEMPORARY_DIRECTORY}/${component}${documents}")
+  if(component STREQUAL "runtime")
+    file(READ "${tree}/quor/LICENSE" licence)
+    file(READ "${tree}/quor/NOTICE.md" notices)
+    file(REMOVE "${tree}/quor/LICENSE" "${tree}/quor/NOTICE.md")
+  endif()
+  set(own "${tree}/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}")
+  file(RENAME "${tree}/quor" "${own}")
+  file(WRITE "${own}/copyright" "${licence}\n${notices}")
+endforeach()

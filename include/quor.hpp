@@ -1,0 +1,300 @@
+/*
+ * quor.hpp - the C++ face of quor.h: the same eleven functions with vectors, a solver that frees
+ * itself, and exceptions. C++17, header only; link the same library.
+ *
+ *   const quor::Welded mesh = quor::weld(points, triangles, 1e-6);
+ *   const std::vector<std::int32_t> tags = ...;           // one per vertex: 1, 2, 3 are prescribed
+ *   const quor::Solver solver(mesh.vertices, mesh.triangles, tags);
+ *   const std::vector<double> field = solver.solve(values);
+ *   solver.writeObj(quor::toSolverOrder(field, tags), "plate");
+ *
+ * What the functions compute, and their orders, limits and threads, is told in quor.h and holds
+ * here word for word; the const members of a Solver are the calls that may overlap. This header
+ * adds
+ *
+ *   sizes     Every span is checked: std::invalid_argument when its length is not what the others
+ *             ask for or not a multiple of three, std::length_error when it holds more than
+ *             2,147,483,647 vertices or triangles.
+ *   corners   weld and the solver look at every corner index: std::out_of_range outside the mesh.
+ *   status    quor::Error with the status code, or the code itself (Solver::make).
+ *
+ * and passes std::bad_alloc and std::length_error of the library on, to be caught as quor.h tells.
+ *
+ * To work without the copies into new vectors call the C functions with Solver::handle().
+ */
+#ifndef QUOR_HPP
+#define QUOR_HPP
+
+#include "quor.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace quor {
+
+/*
+ * A view of `size()` values to be read, owned by somebody else: of a std::vector, a std::array, a
+ * C array, whatever else has data() and size() over exactly this type, or a pointer and a count.
+ * Functions take it by value and use it during the call only.
+ */
+template <class T>
+class Span {
+ public:
+  Span() = default;
+  Span(const T* data, std::size_t size) : data_(data), size_(size) {}
+
+  template <class Range, class Pointer = decltype(std::data(std::declval<const Range&>())),
+            class = std::enable_if_t<std::is_same_v<Pointer, const T*>>>
+  Span(const Range& range)
+      : data_(std::data(range)), size_(std::size(range)) {}  // NOLINT: implicit
+
+  const T* data() const { return data_; }
+  std::size_t size() const { return size_; }
+  const T& operator[](std::size_t i) const { return data_[i]; }
+  const T* begin() const { return data_; }
+  const T* end() const { return data_ + size_; }
+
+ private:
+  const T* data_ = nullptr;
+  std::size_t size_ = 0;
+};
+
+/* No solver for this mesh: its status is not 0, or it is and the factorization failed (info). */
+class Error : public std::runtime_error {
+ public:
+  Error(StatusCode status, std::uint32_t info, const char* text)
+      : std::runtime_error(text), status_(status), info_(info) {}
+
+  StatusCode status() const { return status_; } /* one of the status codes of quor.h */
+  std::uint32_t info() const { return info_; }  /* one of the QUOR_INFO_ numbers */
+
+ private:
+  StatusCode status_;
+  std::uint32_t info_;
+};
+
+/* What quorWeld writes. The vectors keep the capacity of the input: shrink_to_fit if that matters.
+ */
+struct Welded {
+  std::vector<double> vertices;        /* three coordinates each */
+  std::vector<std::int32_t> triangles; /* three vertex indices each */
+  std::vector<std::int32_t> pointMap;  /* one entry per point: the vertex that it became */
+};
+
+namespace detail {
+
+/// How many groups of `each` values there are.
+inline std::int32_t count(std::size_t size, std::size_t each, const char* what) {
+  if (size % each != 0) {
+    throw std::invalid_argument(std::string("quor: the length of ") + what +
+                                " is not a multiple of three");
+  }
+  if (size / each > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
+    throw std::length_error(std::string("quor: too many ") + what);
+  }
+  return static_cast<std::int32_t>(size / each);
+}
+
+inline void requireOnePerVertex(std::size_t size, std::size_t vertexCount, const char* what) {
+  if (size != vertexCount) {
+    throw std::invalid_argument(std::string("quor: there must be one of the ") + what +
+                                " per vertex");
+  }
+}
+
+inline void requireCorners(Span<std::int32_t> triangles, std::int32_t vertexCount) {
+  for (const std::int32_t corner : triangles) {
+    if (corner < 0 || corner >= vertexCount) {
+      throw std::out_of_range("quor: corner " + std::to_string(corner) + " of a mesh of " +
+                              std::to_string(vertexCount) + " vertices");
+    }
+  }
+}
+
+inline const char* textOf(StatusCode status) {
+  switch (status) {
+    case QUOR_NO_VERTEX:
+      return "quor: no vertex";
+    case QUOR_REPEATED_CORNER:
+      return "quor: a triangle has two equal corner indices";
+    case QUOR_UNUSED_VERTEX:
+      return "quor: no triangle, or a vertex that no triangle uses";
+    case QUOR_NULL_ARRAY:
+      return "quor: an array is null";
+    default:
+      return "quor: no factorization, a pivot was exactly zero";
+  }
+}
+
+}  // namespace detail
+
+/*
+ * quorWeld. Throws std::invalid_argument when the tolerance is negative or NaN.
+ *
+ *   points     three coordinates per point
+ *   triangles  three point indices per triangle
+ *   tolerance  absolute distance
+ */
+inline Welded weld(Span<double> points, Span<std::int32_t> triangles, double tolerance) {
+  const std::int32_t pointCount = detail::count(points.size(), 3, "points");
+  const std::int32_t triangleCount = detail::count(triangles.size(), 3, "triangles");
+  detail::requireCorners(triangles, pointCount);
+  Welded welded;
+  welded.vertices.resize(points.size());
+  welded.triangles.resize(triangles.size());
+  welded.pointMap.resize(points.size() / 3);
+  std::int32_t vertexCount = 0;
+  std::int32_t keptCount = 0;
+  if (quorWeld(pointCount, points.data(), triangleCount, triangles.data(), welded.vertices.data(),
+               welded.triangles.data(), welded.pointMap.data(), &vertexCount, &keptCount,
+               tolerance) != 0) {
+    throw std::invalid_argument("quor: the tolerance is negative or not a number");
+  }
+  welded.vertices.resize(3 * static_cast<std::size_t>(vertexCount));
+  welded.triangles.resize(3 * static_cast<std::size_t>(keptCount));
+  return welded;
+}
+
+/* A solver handle, owned: moves, does not copy, and is empty after a move. */
+class Solver {
+ public:
+  /* An empty solver: no vertices, info() says QUOR_INFO_NULL_HANDLE. */
+  Solver() = default;
+
+  /*
+   * quorctorTagged and quorinfo in one: throws quor::Error unless the mesh has been accepted and
+   * factorized.
+   *
+   *   vertices   three coordinates per vertex
+   *   triangles  three vertex indices per triangle
+   *   tags       one per vertex; 1, 2 and 3 are prescribed
+   */
+  Solver(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags) {
+    StatusCode status = QUOR_SUCCESS;
+    *this = make(vertices, triangles, tags, status);
+    if (status != QUOR_SUCCESS || info() != QUOR_INFO_SUCCESS) {
+      throw Error(status, info(), detail::textOf(status));
+    }
+  }
+
+  /*
+   * The same without quor::Error: writes the status, and returns an empty solver unless that is
+   * QUOR_SUCCESS. As in C, ask info() whether the factorization succeeded.
+   */
+  static Solver make(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags,
+                     StatusCode& status) {
+    const std::int32_t n = detail::count(vertices.size(), 3, "vertices");
+    const std::int32_t m = detail::count(triangles.size(), 3, "triangles");
+    detail::requireOnePerVertex(tags.size(), vertices.size() / 3, "tags");
+    detail::requireCorners(triangles, n);
+    Solver solver;
+    void* handle = nullptr;
+    quorctorTagged(n, vertices.data(), m, triangles.data(), tags.data(), &solver.prescribedCount_,
+                   &status, &handle);
+    solver.handle_.reset(handle);
+    solver.triangleCount_ = triangles.size() / 3;
+    return solver;
+  }
+
+  /* Whether there is a solver, factorized or not. */
+  explicit operator bool() const { return handle_ != nullptr; }
+
+  /* What the C functions take; null when empty. Stays owned: never pass it to quorfree. */
+  const void* handle() const { return handle_.get(); }
+
+  /* quorinfo. */
+  std::uint32_t info() const { return quorinfo(handle()); }
+
+  std::size_t vertexCount() const { return vertices().size() / 3; }
+  std::size_t prescribedCount() const { return handle_ ? prescribedCount_ : 0; }
+
+  /* quorsolveTagged, quorsolvePTagged: one value per vertex in and out, in the caller's order. */
+  std::vector<double> solve(Span<double> prescribedValues) const {
+    detail::requireOnePerVertex(prescribedValues.size(), vertexCount(), "prescribed values");
+    std::vector<double> field(prescribedValues.size());
+    StatusCode status = QUOR_SUCCESS;  // there is no other: an empty solver takes and gives nothing
+    quorsolveTagged(handle(), prescribedValues.data(), field.data(), &status);
+    return field;
+  }
+  std::vector<double> solve(Span<double> prescribedValues, Span<double> sourceValues) const {
+    detail::requireOnePerVertex(prescribedValues.size(), vertexCount(), "prescribed values");
+    detail::requireOnePerVertex(sourceValues.size(), vertexCount(), "source values");
+    std::vector<double> field(prescribedValues.size());
+    StatusCode status = QUOR_SUCCESS;
+    quorsolvePTagged(handle(), prescribedValues.data(), sourceValues.data(), field.data(), &status);
+    return field;
+  }
+
+  /* quoverts, quotris: views of the stored mesh in solver order, valid as long as the handle. */
+  Span<double> vertices() const {
+    const double* data = nullptr;
+    const auto n = static_cast<std::size_t>(quoverts(handle(), &data));
+    return {data, 3 * n};
+  }
+  Span<std::int32_t> triangles() const {
+    const std::int32_t* data = nullptr;
+    quotris(handle(), &data);
+    return {data, handle_ ? 3 * triangleCount_ : 0};
+  }
+
+  /*
+   * wobj: writes baseName + ".obj" and ".mtl". The field is in SOLVER order: see toSolverOrder. An
+   * empty solver writes nothing; a file that cannot be opened is told on standard error only.
+   */
+  void writeObj(Span<double> fieldInSolverOrder, const std::string& baseName) const {
+    detail::requireOnePerVertex(fieldInSolverOrder.size(), vertexCount(), "field values");
+    wobj(handle(), fieldInSolverOrder.data(), baseName.c_str());
+  }
+
+ private:
+  struct Free {
+    void operator()(void* handle) const { quorfree(handle); }
+  };
+  std::unique_ptr<void, Free> handle_;
+  std::size_t triangleCount_ = 0;
+  std::uint32_t prescribedCount_ = 0;
+};
+
+/*
+ * Values in the caller's order, one per vertex, put into solver order: those of prescribed vertices
+ * first, then the free ones reversed. `tags` are those that the solver was made with.
+ */
+inline std::vector<double> toSolverOrder(Span<double> values, Span<std::int32_t> tags) {
+  detail::requireOnePerVertex(values.size(), tags.size(), "values");
+  std::vector<double> ordered(values.size());
+  std::size_t prescribed = 0;
+  std::size_t next = values.size();
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const bool held = tags[i] >= 1 && tags[i] <= 3;
+    ordered[held ? prescribed++ : --next] = values[i];
+  }
+  return ordered;
+}
+
+/* encode_integer_to_sphere. Throws std::out_of_range unless the value is in -1 .. 65534. */
+inline std::array<float, 3> sphereFromInteger(std::int32_t value) {
+  std::array<float, 3> point{};
+  auto& [x, y, z] = point;
+  if (encode_integer_to_sphere(value, &x, &y, &z) != 0) {
+    throw std::out_of_range("quor: only -1 .. 65534 can be put on the sphere");
+  }
+  return point;
+}
+
+/* decode_integer_from_sphere. */
+inline std::int32_t integerFromSphere(const std::array<float, 3>& point) {
+  return decode_integer_from_sphere(point[0], point[1], point[2]);
+}
+
+}  // namespace quor
+
+#endif

@@ -1,0 +1,94 @@
+#include "operator/blocked_factorization.h"
+
+#include "operator/elimination_tree.h"
+#include "operator/front_tree.h"
+#include "operator/multifrontal.h"
+#include "operator/supernodes.h"
+
+#include <limits>
+#include <stdexcept>
+
+namespace quor {
+namespace {
+
+/// Products and sums from which on blocks pay; by measurement, and it hardly matters: up to twice
+/// as many either way takes about the same time.
+constexpr double kBlocksPay = 4e6;
+
+constexpr std::int64_t kMaxIndex = std::numeric_limits<int>::max();
+
+/// Eigen's ordering counts its working memory in indices of the matrix: an entry of both triangles
+/// and a fifth more, two numbers per row, and eight per row once more.
+void requireOrderingFits(const SparseMatrix& matrix) {
+  const std::int64_t n = matrix.cols();
+  const std::int64_t entries = matrix.nonZeros();
+  if (entries + entries / 5 + 2 * n > kMaxIndex || 8 * (n + 1) > kMaxIndex) {
+    throw std::length_error("vector");
+  }
+}
+
+/// The floating-point operations of the numeric step.
+double operations(const Eigen::VectorXi& columnCounts) {
+  return columnCounts.cast<double>().array().square().sum();
+}
+
+}  // namespace
+
+BlockedFactorization::BlockedFactorization(const SparseMatrix& matrix) {
+  order(matrix);
+  SparseMatrix upper(matrix.rows(), matrix.cols());
+  upper.selfadjointView<Eigen::Upper>() =
+      matrix.selfadjointView<Eigen::Lower>().twistedBy(this->m_P);
+  const SparseMatrix lower = upper.transpose();
+  analyze(upper, lower);
+  if (!factorizeBlocks(upper, lower)) {
+    this->template factorize_preordered<true>(upper);
+  }
+}
+
+/// Sets the permutation and its inverse.
+void BlockedFactorization::order(const SparseMatrix& matrix) {
+  requireOrderingFits(matrix);
+  Eigen::AMDOrdering<int>()(matrix.selfadjointView<Eigen::Lower>(), m_Pinv);
+  m_P = m_Pinv.inverse();
+}
+
+/// Sets the elimination tree and the column counts and makes room for L: the same as Eigen's
+/// analysis, which sums the counts in 32 bits, whatever they come to.
+void BlockedFactorization::analyze(const SparseMatrix& upper, const SparseMatrix& lower) {
+  m_parent = eliminationTree(upper);
+  m_nonZerosPerCol = columnCounts(lower, m_parent);
+  if (m_nonZerosPerCol.cast<std::int64_t>().sum() > kMaxIndex) {
+    throw std::length_error("vector");
+  }
+  m_matrix.resize(upper.rows(), upper.cols());
+  int* const columnStart = m_matrix.outerIndexPtr();
+  columnStart[0] = 0;
+  for (Eigen::Index j = 0; j < upper.cols(); ++j) {
+    columnStart[j + 1] = columnStart[j] + m_nonZerosPerCol[j];
+  }
+  m_matrix.resizeNonZeros(columnStart[upper.cols()]);
+  this->Eigen::SparseSolverBase<Factorization>::m_isInitialized = true;
+  m_info = Eigen::Success;
+  m_analysisIsOk = true;
+}
+
+/// The numeric step by blocks. @return false if Eigen's must do it
+bool BlockedFactorization::factorizeBlocks(const SparseMatrix& upper, const SparseMatrix& lower) {
+  if (operations(m_nonZerosPerCol) < kBlocksPay || !lower.coeffs().isFinite().all()) {
+    return false;
+  }
+  const Supernodes supernodes(upper, m_parent, m_nonZerosPerCol);
+  const FrontTree tree = groupIntoFronts(supernodes);
+  constexpr std::int64_t entrySize = sizeof(double) + sizeof(int);  // in L
+  if (workSize(tree) * std::int64_t{sizeof(double)} > m_matrix.nonZeros() * entrySize) {
+    return false;
+  }
+  m_diag.resize(upper.cols());
+  m_factorizationIsOk = factorizeFronts(
+      lower, supernodes, tree, widestVectors(),
+      {m_matrix.outerIndexPtr(), m_matrix.innerIndexPtr(), m_matrix.valuePtr(), m_diag.data()});
+  return m_factorizationIsOk;
+}
+
+}  // namespace quor

@@ -1,0 +1,169 @@
+#include "operator/multifrontal.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace quor {
+namespace {
+
+class Multifrontal {
+ public:
+  Multifrontal(const SparseMatrix& lower, const Supernodes& supernodes, const FrontTree& tree,
+               VectorWidth width, const FactorArrays& factor)
+      : lower_(lower),
+        supernodes_(supernodes),
+        tree_(tree),
+        factor_(factor),
+        dense_(tree.largestFront, width),
+        stack_(tree.largestStack),
+        stackTop_(stack_.data()),
+        places_(lower.cols()) {
+    indices_.reserve(static_cast<std::size_t>(tree.largestFront));
+    childPlaces_.reserve(static_cast<std::size_t>(tree.largestFront));
+    waiting_.reserve(tree.fronts.size());
+  }
+
+  bool run() {
+    for (const Front& front : tree_.fronts) {
+      listIndices(front);
+      dense_.reset(front.size());
+      addMatrix(front);
+      for (int child = 0; child < front.children; ++child) {
+        addRemainder(*waiting_.back());
+        waiting_.pop_back();
+      }
+      if (!dense_.eliminate(front.columns)) {
+        return false;
+      }
+      for (int member = front.memberBegin; member < front.memberEnd; ++member) {
+        storeColumns(tree_.members[member], front.size());
+      }
+      keepRemainder(front);
+    }
+    return true;
+  }
+
+ private:
+  /// The front's rows: its supernodes' columns, ascending, then the shared rows, all of which lie
+  /// below. From now on places_ says where in the front a row is.
+  void listIndices(const Front& front) {
+    indices_.clear();
+    for (int member = front.memberBegin; member < front.memberEnd; ++member) {
+      const IndexList columns = supernodes_.columns(tree_.members[member]);
+      indices_.insert(indices_.end(), columns.begin(), columns.end());
+    }
+    if (front.memberEnd - front.memberBegin > 1) {
+      std::sort(indices_.begin(), indices_.end());
+    }
+    const IndexList rows = supernodes_.rows(front.top);
+    indices_.insert(indices_.end(), rows.begin(), rows.end());
+    int place = 0;
+    for (const int index : indices_) {
+      places_[index] = place++;
+    }
+  }
+
+  void addMatrix(const Front& front) {
+    for (int place = 0; place < front.columns; ++place) {
+      double* const column = dense_.column(place);
+      for (SparseMatrix::InnerIterator entry(lower_, indices_[static_cast<std::size_t>(place)]);
+           entry; ++entry) {
+        column[places_[entry.index()]] += entry.value();
+      }
+    }
+  }
+
+  /// Takes the topmost remainder off the stack. Its rows are all among the front's, in order.
+  void addRemainder(const Front& child) {
+    childPlaces_.clear();
+    for (const int row : supernodes_.rows(child.top)) {
+      childPlaces_.push_back(places_[row]);
+    }
+    stackTop_ -= child.remainder();
+    const double* source = stackTop_;
+    const int* const end = childPlaces_.data() + child.rows;
+    // From some row on the places are most often consecutive.
+    const int* tail = end;
+    while (tail != childPlaces_.data() && tail[-1] == end[-1] - (end - tail)) {
+      --tail;
+    }
+    for (const int* place = childPlaces_.data(); place != end; ++place) {
+      double* const column = dense_.column(*place);
+      const int* row = place;
+      for (; row < tail; ++row) {
+        column[*row] += *source++;
+      }
+      double* const consecutive = column + *row;
+      const std::ptrdiff_t count = end - row;
+      for (std::ptrdiff_t i = 0; i < count; ++i) {
+        consecutive[i] += source[i];
+      }
+      source += count;
+    }
+  }
+
+  /// Stores the columns of one supernode. Other rows of the front hold zeros there.
+  void storeColumns(int supernode, int frontSize) {
+    const IndexList columns = supernodes_.columns(supernode);
+    const IndexList rows = supernodes_.rows(supernode);
+    rowPlaces_.clear();
+    for (const int column : columns) {
+      rowPlaces_.push_back(places_[column]);
+    }
+    for (const int row : rows) {
+      rowPlaces_.push_back(places_[row]);
+    }
+    const auto count = rowPlaces_.size();
+    for (std::size_t c = 0; c < static_cast<std::size_t>(columns.size()); ++c) {
+      const int j = columns[static_cast<int>(c)];
+      const double* const values = dense_.column(rowPlaces_[c]);
+      factor_.diagonal[j] = values[rowPlaces_[c]];
+      int* const rowsOut = factor_.rows + factor_.columnStart[j];
+      double* const valuesOut = factor_.values + factor_.columnStart[j];
+      std::copy(rows.begin(), rows.end(),
+                std::copy(columns.begin() + c + 1, columns.end(), rowsOut));
+      if (rowPlaces_[c] + static_cast<int>(count - c) == frontSize) {
+        std::copy(values + rowPlaces_[c] + 1, values + frontSize, valuesOut);
+      } else {
+        for (std::size_t i = c + 1; i < count; ++i) {
+          valuesOut[i - c - 1] = values[rowPlaces_[i]];
+        }
+      }
+    }
+  }
+
+  /// Puts the lower triangle of what the elimination left on the stack, by columns.
+  void keepRemainder(const Front& front) {
+    for (int j = front.columns; j < front.size(); ++j) {
+      const double* const column = dense_.column(j);
+      stackTop_ = std::copy(column + j, column + front.size(), stackTop_);
+    }
+    waiting_.push_back(&front);
+  }
+
+  const SparseMatrix& lower_;
+  const Supernodes& supernodes_;
+  const FrontTree& tree_;
+  const FactorArrays& factor_;
+  DenseFront dense_;
+  WorkArray stack_;
+  double* stackTop_;
+  Eigen::VectorXi places_;             ///< of the current front's rows, by index
+  std::vector<int> indices_;           ///< of the current front's rows
+  std::vector<int> childPlaces_;       ///< of a child's rows in the current front
+  std::vector<int> rowPlaces_;         ///< of a supernode's columns and rows in the current front
+  std::vector<const Front*> waiting_;  ///< the fronts whose remainders are on the stack
+};
+
+}  // namespace
+
+std::int64_t workSize(const FrontTree& tree) {
+  return DenseFront::room(tree.largestFront) + tree.largestStack;
+}
+
+bool factorizeFronts(const SparseMatrix& lower, const Supernodes& supernodes, const FrontTree& tree,
+                     VectorWidth width, const FactorArrays& factor) {
+  return Multifrontal(lower, supernodes, tree, width, factor).run();
+}
+
+}  // namespace quor

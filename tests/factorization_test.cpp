@@ -1,0 +1,268 @@
+// The factorization by blocks against Eigen's own.
+
+#include "operator/blocked_factorization.h"
+#include "operator/elimination_tree.h"
+#include "operator/front_tree.h"
+#include "operator/multifrontal.h"
+#include "operator/stiffness_assembly.h"
+#include "support/mesh.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace test;
+using quor::BlockedFactorization;
+using quor::SparseMatrix;
+using quor::VectorWidth;
+
+namespace {
+
+/// Eigen's factorization, with its steps and its insides in reach.
+class EigenFactor : public quor::Factorization {
+ public:
+  explicit EigenFactor(const SparseMatrix& matrix) {
+    ConstCholMatrixPtr result = nullptr;
+    ordering(matrix, result, upper);
+    analyzePattern_preordered(upper, true);
+    analysis = {m_parent, m_nonZerosPerCol};
+    factorize_preordered<true>(upper);
+  }
+  const SparseMatrix& L() const { return m_matrix; }
+  SparseMatrix upper;
+  struct {
+    Eigen::VectorXi parent, columnCounts;
+  } analysis;
+};
+
+/// A symmetric positive definite matrix with the pattern of a graph, both triangles stored.
+SparseMatrix matrixOf(int n, const std::vector<std::pair<int, int>>& edges, std::mt19937& random) {
+  std::uniform_real_distribution<double> weight(0.1, 1.0);
+  std::vector<Eigen::Triplet<double>> triplets;
+  for (int i = 0; i < n; ++i) {
+    triplets.emplace_back(i, i, weight(random));
+  }
+  for (const auto& [i, j] : edges) {
+    const double w = weight(random);
+    for (const auto& [r, c] : {std::pair{i, j}, std::pair{j, i}}) {
+      triplets.emplace_back(r, c, -w);
+      triplets.emplace_back(r, r, w);
+    }
+  }
+  SparseMatrix matrix(n, n);
+  matrix.setFromTriplets(triplets.begin(), triplets.end());
+  return matrix;
+}
+
+SparseMatrix gridMatrix(int side, int layers, std::mt19937& random) {
+  std::vector<std::pair<int, int>> edges;
+  const auto at = [&](int i, int j, int k) { return i + side * (j + side * k); };
+  for (int k = 0; k < layers; ++k) {
+    for (int j = 0; j < side; ++j) {
+      for (int i = 0; i < side; ++i) {
+        if (i > 0)
+          edges.emplace_back(at(i - 1, j, k), at(i, j, k));
+        if (j > 0)
+          edges.emplace_back(at(i, j - 1, k), at(i, j, k));
+        if (k > 0)
+          edges.emplace_back(at(i, j, k - 1), at(i, j, k));
+      }
+    }
+  }
+  return matrixOf(side * side * layers, edges, random);
+}
+
+std::vector<std::pair<std::string, SparseMatrix>> positiveMatrices() {
+  std::mt19937 random(1);
+  std::vector<std::pair<std::string, SparseMatrix>> matrices;
+  for (int round = 0; round < 60; ++round) {
+    const int n = 1 + round * round / 8;
+    const double degree = 0.2 * (round % 20);  // from single vertices to one dense lump
+    std::vector<std::pair<int, int>> edges;
+    for (int k = 0; k < degree * n; ++k) {
+      const int i = int(random() % unsigned(n));
+      const int j = int(random() % unsigned(n));
+      if (i != j) {
+        edges.emplace_back(i, j);
+      }
+    }
+    matrices.emplace_back("random " + std::to_string(round), matrixOf(n, edges, random));
+  }
+  std::vector<std::pair<int, int>> chain;
+  std::vector<std::pair<int, int>> star;
+  std::vector<std::pair<int, int>> complete;
+  for (int i = 1; i < 300; ++i) {
+    chain.emplace_back(i - 1, i);
+    star.emplace_back(0, i);
+    for (int j = 0; j < i && i < 100; ++j) {
+      complete.emplace_back(i, j);
+    }
+  }
+  matrices.emplace_back("chain", matrixOf(300, chain, random));
+  matrices.emplace_back("star", matrixOf(300, star, random));
+  matrices.emplace_back("complete", matrixOf(100, complete, random));
+  matrices.emplace_back("plane", gridMatrix(40, 1, random));
+  matrices.emplace_back("volume", gridMatrix(9, 9, random));
+  return matrices;
+}
+
+/// Free-free block of a mesh with all rows of one end held.
+SparseMatrix stiffnessOf(const Mesh& mesh, int held) {
+  SparseMatrix stiffness;
+  EXPECT_EQ(quor::assembleStiffness(mesh.n(), mesh.vertices, mesh.triangles, stiffness), 0U);
+  const int free = mesh.n() - held;
+  return *quor::copyBlock(stiffness, held, held, free, free);
+}
+
+void expectSamePattern(const SparseMatrix& a, const SparseMatrix& b) {
+  ASSERT_EQ(a.nonZeros(), b.nonZeros());
+  EXPECT_TRUE(std::equal(a.outerIndexPtr(), a.outerIndexPtr() + a.cols(), b.outerIndexPtr()));
+  EXPECT_TRUE(std::equal(a.innerIndexPtr(), a.innerIndexPtr() + a.nonZeros(), b.innerIndexPtr()));
+}
+
+/// The largest relative difference of two entries.
+double difference(const Eigen::ArrayXd& a, const Eigen::ArrayXd& b) {
+  return a.size() == 0 ? 0.0 : ((a - b).abs() / (b.abs() + 1e-300)).maxCoeff();
+}
+
+bool sameBits(const double* a, const double* b, Eigen::Index count) {
+  return test::sameBits({a, a + count}, {b, b + count});
+}
+
+void expectSameBits(const BlockedFactorization& ours, const EigenFactor& eigen) {
+  ASSERT_EQ(ours.info(), eigen.info());
+  if (eigen.info() == Eigen::Success) {
+    const SparseMatrix& L = ours.matrixL().nestedExpression();
+    expectSamePattern(L, eigen.L());
+    EXPECT_TRUE(sameBits(L.valuePtr(), eigen.L().valuePtr(), L.nonZeros()));
+    EXPECT_TRUE(sameBits(ours.vectorD().data(), eigen.vectorD().data(), L.cols()));
+  }
+}
+
+TEST(EliminationTree, AndColumnCountsAreEigens) {
+  for (const auto& [name, matrix] : positiveMatrices()) {
+    SCOPED_TRACE(name);
+    const EigenFactor eigen(matrix);
+    const SparseMatrix lower = eigen.upper.transpose();
+    const Eigen::VectorXi parent = quor::eliminationTree(eigen.upper);
+    EXPECT_EQ(parent, eigen.analysis.parent);
+    EXPECT_EQ(quor::columnCounts(lower, parent), eigen.analysis.columnCounts);
+  }
+}
+
+TEST(Multifrontal, FillsEigensPatternWithEigensValues) {
+  for (const auto& [name, matrix] : positiveMatrices()) {
+    SCOPED_TRACE(name);
+    const EigenFactor eigen(matrix);
+    const auto& [parent, counts] = eigen.analysis;
+    const quor::Supernodes supernodes(eigen.upper, parent, counts);
+    const quor::FrontTree tree = quor::groupIntoFronts(supernodes);
+    SparseMatrix L[2] = {eigen.L(), eigen.L()};
+    Eigen::VectorXd D[2] = {eigen.vectorD(), eigen.vectorD()};
+    for (const VectorWidth width : {VectorWidth::two, quor::widestVectors()}) {
+      const std::size_t k = width == VectorWidth::two ? 0 : 1;
+      std::fill_n(L[k].innerIndexPtr(), L[k].nonZeros(), -1);
+      L[k].coeffs().setConstant(kNaN);
+      D[k].setConstant(kNaN);
+      ASSERT_TRUE(quor::factorizeFronts(
+          eigen.upper.transpose(), supernodes, tree, width,
+          {L[k].outerIndexPtr(), L[k].innerIndexPtr(), L[k].valuePtr(), D[k].data()}));
+      expectSamePattern(L[k], eigen.L());
+      EXPECT_LT(difference(L[k].coeffs(), eigen.L().coeffs()), 1e-12);
+      EXPECT_LT(difference(D[k], eigen.vectorD()), 1e-12);
+    }
+    if (quor::widestVectors() != VectorWidth::two) {
+      EXPECT_TRUE((L[0].coeffs() == L[1].coeffs()).all()) << "the vectors' width shows";
+      EXPECT_EQ(D[0], D[1]);
+    }
+  }
+}
+
+TEST(BlockedFactorization, OfAMeshAgreesWithEigens) {
+  const int side = 130;
+  // Equilateral triangles, lifted: no entry is the small difference of large ones.
+  const Mesh mesh = gridMesh(side, side, [](double u, double v) {
+    return std::array<double, 3>{u - 0.5 * v, std::sqrt(0.75) * v, 0.1 * std::sin(4 * u)};
+  });
+  const SparseMatrix matrix = stiffnessOf(mesh, side);
+  const BlockedFactorization ours(matrix);
+  const EigenFactor eigen(matrix);
+  ASSERT_EQ(ours.info(), Eigen::Success);
+  const SparseMatrix& L = ours.matrixL().nestedExpression();
+  expectSamePattern(L, eigen.L());
+  EXPECT_LT(difference(L.coeffs(), eigen.L().coeffs()), 1e-12);
+  EXPECT_GT(difference(L.coeffs(), eigen.L().coeffs()), 0.0) << "not by blocks";
+  EXPECT_LT(difference(ours.vectorD(), eigen.vectorD()), 1e-12);
+  EXPECT_EQ(ours.permutationP().indices(), eigen.permutationP().indices());
+  const Eigen::VectorXd rhs = Eigen::VectorXd::LinSpaced(matrix.cols(), -1.0, 2.0);
+  const double eigenResidual = (matrix * eigen.solve(rhs) - rhs).norm();
+  EXPECT_LT((matrix * ours.solve(rhs) - rhs).norm(), 2 * eigenResidual);
+}
+
+/// Spoils one diagonal entry of the matrix.
+SparseMatrix withDiagonal(SparseMatrix matrix, int vertex, double value) {
+  matrix.coeffRef(vertex, vertex) = value;
+  return matrix;
+}
+
+SparseMatrix scaledBesideDiagonal(SparseMatrix matrix, double factor) {
+  for (int j = 0; j < matrix.cols(); ++j) {
+    for (SparseMatrix::InnerIterator entry(matrix, j); entry; ++entry) {
+      entry.valueRef() *= entry.row() == j ? 1.0 : factor;
+    }
+  }
+  return matrix;
+}
+
+/// A matrix beside one that meets a pivot of exactly zero.
+SparseMatrix withSingularIsland(const SparseMatrix& matrix) {
+  std::vector<Eigen::Triplet<double>> triplets;
+  for (int j = 0; j < matrix.cols(); ++j) {
+    for (SparseMatrix::InnerIterator entry(matrix, j); entry; ++entry) {
+      triplets.emplace_back(int(entry.row()), j, entry.value());
+    }
+  }
+  const auto a = int(matrix.cols());
+  for (const auto& [r, c, value] : {std::tuple{a, a, 1.0}, std::tuple{a, a + 1, -1.0},
+                                    std::tuple{a + 1, a, -1.0}, std::tuple{a + 1, a + 1, 1.0}}) {
+    triplets.emplace_back(r, c, value);
+  }
+  SparseMatrix result(a + 2, a + 2);
+  result.setFromTriplets(triplets.begin(), triplets.end());
+  return result;
+}
+
+TEST(BlockedFactorization, LeavesTheRestToEigen) {
+  std::mt19937 random(2);
+  const SparseMatrix large = gridMatrix(90, 1, random);
+  std::vector<std::pair<int, int>> complete;
+  for (int i = 0; i < 300; ++i) {
+    for (int j = 0; j < i; ++j) {
+      complete.emplace_back(i, j);
+    }
+  }
+  const std::vector<std::pair<const char*, SparseMatrix>> cases = {
+      {"nothing", SparseMatrix(0, 0)},
+      {"one number", matrixOf(1, {}, random)},
+      {"small", gridMatrix(20, 1, random)},
+      {"more working memory than L", matrixOf(300, complete, random)},
+      {"a NaN", withDiagonal(large, 4000, kNaN)},
+      {"an infinity", withDiagonal(large, 1, kInfinity)},
+      {"a pivot that overflows", scaledBesideDiagonal(large, 1e160)},
+      {"a pivot of zero", withSingularIsland(large)},
+      {"a row of zeros", SparseMatrix(large * 0.0)},
+  };
+  for (const auto& [name, matrix] : cases) {
+    SCOPED_TRACE(name);
+    expectSameBits(BlockedFactorization(matrix), EigenFactor(matrix));
+  }
+  // So that the cases above would be noticed:
+  const BlockedFactorization ours(large);
+  EXPECT_FALSE(
+      (ours.matrixL().nestedExpression().coeffs() == EigenFactor(large).L().coeffs()).all());
+}
+
+}  // namespace
