@@ -33,14 +33,6 @@ Mesh readMesh(fuzz::Input& input) {
   return mesh;
 }
 
-/// Now and then so many triangles that the factor is worth computing in blocks. The coordinates
-/// read so far stay.
-void enlarge(Mesh& mesh, unsigned seed) {
-  Mesh large = test::tangledMesh(300, 600, seed);
-  std::copy(mesh.vertices.begin(), mesh.vertices.end(), large.vertices.begin());
-  mesh = large;
-}
-
 /// The documented order of the checks: any triangle with repeated corners, then any unused vertex.
 StatusCode expectedStatus(const Mesh& mesh) {
   std::vector<bool> used(std::size_t(mesh.n()));
@@ -122,8 +114,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Problem problem{readMesh(input), {}, {}, {}};
   // The sum makes sure that few of the inputs that come from a slow one are slow themselves.
   const bool isLarge = mode == 255 && std::accumulate(data, data + size, 0U) % 16 == 0;
-  if (isLarge) {
-    enlarge(problem.mesh, unsigned(input.byte()));
+  if (isLarge) {  // so many triangles that the factor is worth computing in blocks
+    Mesh large = test::tangledMesh(300, 600, unsigned(input.byte()));
+    std::copy(problem.mesh.vertices.begin(), problem.mesh.vertices.end(), large.vertices.begin());
+    problem.mesh = large;
   }
   const auto n = std::size_t(problem.mesh.n());
   for (std::size_t i = 0; i < n; ++i) {

@@ -43,8 +43,10 @@
  * input, same bits out, on one machine, however the calls overlap.
  *
  * ENVIRONMENT. Results are for the default floating-point environment: rounding to nearest, no
- * flush to zero. Another one set by the host changes rounding but breaks nothing. The C locale
- * (setlocale) has no influence; see wobj for the C++ one.
+ * flush to zero. Another one set by the host changes rounding but breaks nothing. With
+ * floating-point traps unmasked nothing traps as long as all numbers are finite, their squares do
+ * not overflow and every triangle has an area; see wobj for one case more. The C locale (setlocale)
+ * has no influence; see wobj for the C++ one.
  */
 #ifndef QUOR_H
 #define QUOR_H

@@ -1,6 +1,7 @@
 // Fields against exact solutions: how near they come, and how far from ordinary shapes that holds.
 
 #include "support/handle.h"
+#include "support/weld_oracle.h"
 
 #include <algorithm>
 #include <cmath>
@@ -118,15 +119,11 @@ TEST(Accuracy, DegradesGentlyOffTheOrdinary) {
 double ringError(int refinement, const Shape& shape, const Function& exact) {
   const int rows = 6 * refinement + 1;
   const int columns = 24 * refinement + 1;
-  Mesh ring = gridMesh(rows, columns, [&](double u, double v) { return shape(u, kFullAngle * v); });
-  std::vector<std::int32_t> map(std::size_t(ring.n()));
-  std::int32_t n = 0;
-  std::int32_t m = 0;
-  quorWeld(ring.n(), ring.vertices.data(), ring.m(), ring.triangles.data(), ring.vertices.data(),
-           ring.triangles.data(), map.data(), &n, &m, 1e-9);  // closes the seam
-  EXPECT_EQ(n, rows * (columns - 1));
-  ring.vertices.resize(3 * std::size_t(n));
-  return errorOf(ring, exact,
+  const Welded ring = welded(
+      gridMesh(rows, columns, [&](double u, double v) { return shape(u, kFullAngle * v); }), 1e-9);
+  const Mesh mesh{ring.vertices, ring.triangles};  // its seam is closed
+  EXPECT_EQ(mesh.n(), rows * (columns - 1));
+  return errorOf(mesh, exact,
                  [&](std::size_t i) { return int(i) % rows == 0 || int(i) % rows == rows - 1; });
 }
 

@@ -4,6 +4,7 @@
 #include "support/nasty_points.h"
 #include "support/sanitizers.h"
 #include "support/temp_directory.h"
+#include "support/weld_oracle.h"
 
 #include <pthread.h>
 
@@ -48,23 +49,15 @@ std::vector<double> useHandle(const void* handle, std::int32_t n, const std::str
 
 /// The whole way from a soup to a field.
 std::vector<double> useEverything(const Mesh& soup, double tolerance, const std::string& base) {
-  Mesh mesh{std::vector<double>(soup.vertices.size()),
-            std::vector<std::int32_t>(soup.triangles.size())};
-  std::vector<std::int32_t> map(std::size_t(soup.n()));
-  std::int32_t n = 0;
-  std::int32_t m = 0;
-  quorWeld(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(), mesh.vertices.data(),
-           mesh.triangles.data(), map.data(), &n, &m, tolerance);
+  const Welded weld = welded(soup, tolerance);
+  const Mesh mesh{weld.vertices, weld.triangles};
+  const std::int32_t n = mesh.n();
   std::vector<std::int32_t> tags(std::size_t(n), 0);
   tags.front() = 1;
   tags.back() = 2;
-  StatusCode status = 99;
-  void* handle = nullptr;
-  quorctorTagged(n, mesh.vertices.data(), m, mesh.triangles.data(), tags.data(), nullptr, &status,
-                 &handle);
-  std::vector<double> results = useHandle(handle, n, base);
-  quorfree(handle);
-  results.insert(results.end(), map.begin(), map.end());
+  const Handle handle = build(mesh, tags);
+  std::vector<double> results = useHandle(handle.get(), n, base);
+  results.insert(results.end(), weld.map.begin(), weld.map.end());
   float x = 0;
   float y = 0;
   float z = 0;
@@ -150,15 +143,8 @@ TEST(Threads, EveryFunctionRunsOnA128KilobyteStack) {
   for (const Nasty& nasty : kNasty) {
     for (const int count : {100, 100000}) {
       double tolerance = 0;
-      const std::vector<double> points = nasty.points(random, count, tolerance);
-      std::vector<double> vertices(points.size());
-      std::vector<std::int32_t> map(points.size() / 3);
-      std::int32_t counts[2];
-      runOnSmallStack([&] {
-        EXPECT_EQ(quorWeld(std::int32_t(map.size()), points.data(), 0, nullptr, vertices.data(),
-                           nullptr, map.data(), &counts[0], &counts[1], tolerance),
-                  0);
-      });
+      const Mesh soup{nasty.points(random, count, tolerance), {}};
+      runOnSmallStack([&] { EXPECT_EQ(welded(soup, tolerance).result, 0); });
     }
   }
 }
