@@ -174,10 +174,11 @@ void printSteps(const std::vector<TaggedMesh>& meshes, int rounds) {
         rounds, {[&] { assembly = ourAssembly(mesh); }, [&] { assembly = plainAssemble(mesh); }},
         [&] { assembly = {}; });
     const std::vector<double> t = sideBySide(
-        rounds, {[&] { ours->order(matrix); }, [&] { ours->analyze(); }, [&] { ours->factorize(); },
-                 [&] { plain->order(matrix); }, [&] { plain->analyze(); },
-                 [&] { plain->factorizeNumerically(); }, [&] { cholmod->analyze(matrix); },
-                 [&] { cholmod->factorize(matrix); }});
+        rounds, {[&] { ours->order(matrix); }, [&] { ours->analyze(); },
+                 [&] { ours->factorize(quor::widestVectors()); },
+                 [&] { ours->factorize(quor::VectorWidth::two); }, [&] { plain->order(matrix); },
+                 [&] { plain->analyze(); }, [&] { plain->factorizeNumerically(); },
+                 [&] { cholmod->analyze(matrix); }, [&] { cholmod->factorize(matrix); }});
     std::printf("| %s | ours | %.4f | %.4f | %.4f | %.4f (%.4f) |\n", mesh.name.c_str(),
                 assemblies[0], t[0], t[1], t[2], t[3]);
     std::printf("| | plain | %.4f | %.4f | %.4f | %.4f |\n", assemblies[1], t[4], t[5], t[6]);

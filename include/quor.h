@@ -43,8 +43,10 @@
  * input, same bits out, on one machine, however the calls overlap.
  *
  * ENVIRONMENT. Results are for the default floating-point environment: rounding to nearest, no
- * flush to zero. Another one set by the host changes rounding but breaks nothing. The C locale
- * (setlocale) has no influence; see wobj for the C++ one.
+ * flush to zero. Another one set by the host changes rounding but breaks nothing. With
+ * floating-point traps unmasked nothing traps as long as all numbers are finite, their squares do
+ * not overflow and every triangle has an area; see wobj for one case more. The C locale (setlocale)
+ * has no influence; see wobj for the C++ one.
  */
 #ifndef QUOR_H
 #define QUOR_H
@@ -253,7 +255,8 @@ QUOR_API uint64_t quotris(const void* handle, const int32_t** trianglesOut);
  * unmasked, a field whose values are all equal traps (1/0).
  *
  * Throws std::length_error("vector") after the first two lines when the handle has no vertices
- * (quorctorTagged makes no such) or more than 715,827,882.
+ * (quorctorTagged makes no such) or more than 715,827,882. When an exception leaves, the files hold
+ * what had been written by then.
  */
 QUOR_API void wobj(const void* handle, const double* field, const char* baseName);
 

@@ -5,37 +5,13 @@
 #include "operator/stiffness_assembly.h"
 #include "operator/vertex_partition.h"
 #include "solve/residual.h"
+#include "support/dense_stiffness.h"
 #include "support/handle.h"
-
-#include <Eigen/Dense>
 
 using namespace test;
 using quor::SolverHandle;
 
 namespace {
-
-/// Stiffness matrix in caller order, from cotangents.
-Eigen::MatrixXd denseStiffness(const Mesh& mesh) {
-  Eigen::MatrixXd K = Eigen::MatrixXd::Zero(mesh.n(), mesh.n());
-  const auto at = [&](std::int32_t i) {
-    return Eigen::Vector3d::Map(mesh.vertices.data() + 3 * std::size_t(i));
-  };
-  for (std::size_t t = 0; t < mesh.triangles.size(); t += 3) {
-    for (std::size_t k = 0; k < 3; ++k) {
-      const std::int32_t a = mesh.triangles[t + k];
-      const std::int32_t b = mesh.triangles[t + (k + 1) % 3];
-      const std::int32_t c = mesh.triangles[t + (k + 2) % 3];  // opposite the edge a b
-      const Eigen::Vector3d u = at(a) - at(c);
-      const Eigen::Vector3d w = at(b) - at(c);
-      const double half = 0.5 * u.dot(w) / u.cross(w).norm();
-      K(a, b) -= half;
-      K(b, a) -= half;
-      K(a, a) += half;
-      K(b, b) += half;
-    }
-  }
-  return K;
-}
 
 std::unique_ptr<SolverHandle> construct(const Mesh& mesh, const std::vector<std::int32_t>& tags) {
   return quor::constructTagged(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(),

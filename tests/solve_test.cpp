@@ -8,36 +8,6 @@ using namespace test;
 
 namespace {
 
-TEST(Solve, ReproducesLinearFunctionsOnAPlane) {
-  // A linear function is harmonic, and linear elements hold it exactly: round-off is all there is.
-  const int nx = 31;
-  const int ny = 17;
-  std::mt19937 random(5);
-  std::uniform_real_distribution<double> jitter(-0.2, 0.2);
-  const Mesh mesh = gridMesh(nx, ny, [&](double u, double v) {
-    const bool inside = u > 0 && u < 1 && v > 0 && v < 1;
-    const double x = u + (inside ? jitter(random) / nx : 0);
-    const double y = v + (inside ? jitter(random) / ny : 0);
-    return std::array<double, 3>{x, y, 2 * x - 3 * y};  // the plane may be tilted
-  });
-  std::vector<std::int32_t> tags(std::size_t(mesh.n()), 7);
-  std::vector<double> exact(tags.size());
-  std::vector<double> prescribed(tags.size(), kNaN);
-  for (std::size_t i = 0; i < tags.size(); ++i) {
-    exact[i] = 4 + 3 * mesh.vertices[3 * i] - 2 * mesh.vertices[3 * i + 1];
-    const std::size_t column = i % nx;
-    const std::size_t row = i / nx;
-    if (column == 0 || column == nx - 1 || row == 0 || row == ny - 1) {
-      tags[i] = 2;
-      prescribed[i] = exact[i];
-    }
-  }
-  const std::vector<double> field = solve(build(mesh, tags), prescribed);
-  for (std::size_t i = 0; i < field.size(); ++i) {
-    EXPECT_NEAR(field[i], exact[i], 1e-12);
-  }
-}
-
 TEST(Solve, SourceLowersTheFieldUnweighted) {
   // A fan of four right triangles around one free vertex: its diagonal entry is 4, whatever the
   // size of the triangles, and the spokes' weights are 1 each.

@@ -3,6 +3,7 @@
 #include "support/nasty_points.h"
 #include "support/weld_oracle.h"
 #include "weld/equal_points.h"
+#include "weld/hash_index.h"
 #include "weld/near_points.h"
 #include "weld/sparse_cells.h"
 #include "weld/weld.h"
@@ -71,6 +72,23 @@ TEST(WeldRooms, EqualPointsLeaveTheFirstOfEach) {
     const double* p = points.data() + 3 * std::size_t(i);
     EXPECT_TRUE(seen.insert({p[0], p[1], p[2]}).second);
     EXPECT_EQ(forest[std::size_t(i)], i);
+  }
+}
+
+TEST(WeldRooms, HashIndexHoldsTheLargestIndices) {
+  // As many points as there can be leave one bit of a slot for the hash.
+  constexpr std::int32_t limit = std::numeric_limits<std::int32_t>::max();
+  quor::HashIndex index(4, limit);
+  const auto hashOf = [](std::int32_t i) { return quor::mixHash(0, std::uint64_t(i)); };
+  for (std::int32_t i = limit - 1; i > limit - 1000; --i) {
+    index.fill(index.locate(hashOf(i), [](std::int32_t) { return false; }), hashOf(i), i);
+    if (index.isFull()) {
+      index.grow(0, hashOf);
+    }
+  }
+  for (std::int32_t i = limit - 1; i > limit - 1100; --i) {
+    const std::size_t slot = index.locate(hashOf(i), [i](std::int32_t j) { return i == j; });
+    EXPECT_EQ(index.index(slot), i > limit - 1000 ? i : quor::HashIndex::kNone);
   }
 }
 

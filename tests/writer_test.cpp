@@ -2,11 +2,9 @@
 
 #include "export/obj_writer.h"
 #include "support/handle.h"
+#include "support/temp_directory.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 using namespace test;
@@ -26,22 +24,7 @@ const char* const kMaterial =
 
 class Writer : public testing::Test {
  protected:
-  Writer() {
-    directory_ = fs::temp_directory_path() /
-                 ("quor-writer-" + std::to_string(reinterpret_cast<std::uintptr_t>(this)) + "-" +
-                  testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::create_directories(directory_);
-  }
-  ~Writer() override { fs::remove_all(directory_); }
-
-  std::string base(const std::string& name) const { return (directory_ / name).string(); }
-
-  static std::string read(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-  }
+  std::string base(const std::string& name) const { return directory_ / name; }
 
   /// The "vt" lines for a field over vertices in solver order, all prescribed.
   std::string textureLines(const std::vector<double>& field) const {
@@ -54,7 +37,7 @@ class Writer : public testing::Test {
     }
     const Handle handle = build(mesh, std::vector<std::int32_t>(field.size(), 1));
     wobj(handle.get(), field.data(), base("t").c_str());
-    std::istringstream lines(read(base("t.obj")));
+    std::istringstream lines(readFile(base("t.obj")));
     std::string result;
     for (std::string line; std::getline(lines, line);) {
       if (line.rfind("vt ", 0) == 0) {
@@ -64,7 +47,7 @@ class Writer : public testing::Test {
     return result;
   }
 
-  fs::path directory_;
+  TempDirectory directory_;
 };
 
 const Mesh kTriangle{{0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2}};
@@ -76,13 +59,13 @@ TEST_F(Writer, WritesBothFilesToTheByte) {
   testing::internal::CaptureStderr();
   wobj(handle.get(), field, base("a b").c_str());
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-  EXPECT_EQ(read(base("a b.obj")), "mtllib " + base("a b") +
-                                       ".mtl\n"
-                                       "usemtl Heat\n"
-                                       "v 0 0 0\nv 1 0 0\nv 0 1 0\n"
-                                       "vt 1 0.5\nvt 0 0.5\nvt 0.5 0.5\n"
-                                       "f 1/1 2/2 3/3\n");
-  EXPECT_EQ(read(base("a b.mtl")), kMaterial);
+  EXPECT_EQ(readFile(base("a b.obj")), "mtllib " + base("a b") +
+                                           ".mtl\n"
+                                           "usemtl Heat\n"
+                                           "v 0 0 0\nv 1 0 0\nv 0 1 0\n"
+                                           "vt 1 0.5\nvt 0 0.5\nvt 0.5 0.5\n"
+                                           "f 1/1 2/2 3/3\n");
+  EXPECT_EQ(readFile(base("a b.mtl")), kMaterial);
 }
 
 TEST_F(Writer, FieldAndMeshAreInSolverOrder) {
@@ -90,12 +73,12 @@ TEST_F(Writer, FieldAndMeshAreInSolverOrder) {
   const Handle handle = build(square, {0, 1, 0, 0});  // stored order 1 3 2 0
   const double field[] = {4, 3, 2, 0};
   wobj(handle.get(), field, base("s").c_str());
-  EXPECT_EQ(read(base("s.obj")), "mtllib " + base("s") +
-                                     ".mtl\n"
-                                     "usemtl Heat\n"
-                                     "v 1 0 0\nv 0 1 0\nv 1 1 0\nv 0 0 0\n"
-                                     "vt 0 0.5\nvt 0.25 0.5\nvt 0.5 0.5\nvt 1 0.5\n"
-                                     "f 4/4 1/1 3/3\nf 4/4 3/3 2/2\n");
+  EXPECT_EQ(readFile(base("s.obj")), "mtllib " + base("s") +
+                                         ".mtl\n"
+                                         "usemtl Heat\n"
+                                         "v 1 0 0\nv 0 1 0\nv 1 1 0\nv 0 0 0\n"
+                                         "vt 0 0.5\nvt 0.25 0.5\nvt 0.5 0.5\nvt 1 0.5\n"
+                                         "f 4/4 1/1 3/3\nf 4/4 3/3 2/2\n");
 }
 
 TEST_F(Writer, SixSignificantDigits) {
@@ -104,7 +87,7 @@ TEST_F(Writer, SixSignificantDigits) {
   const Handle handle = build(mesh, {1, 1, 1});
   const double field[] = {0, 0.1, 0.3};
   wobj(handle.get(), field, base("d").c_str());
-  const std::string text = read(base("d.obj"));
+  const std::string text = readFile(base("d.obj"));
   EXPECT_NE(text.find("v 0.123457 1.23457e+06 1e-05\nv -0 1e-05 123456\nv 1e+06 1e+300 -2.5e-310\n"
                       "vt 1 0.5\nvt 0.666667 0.5\nvt 0 0.5\n"),
             std::string::npos)
@@ -158,7 +141,7 @@ TEST_F(Writer, ReportsAFileThatCannotBeOpened) {
   testing::internal::CaptureStderr();
   wobj(handle.get(), field, base("c").c_str());
   EXPECT_EQ(testing::internal::GetCapturedStderr(), message(base("c")));
-  EXPECT_EQ(read(base("c.obj")).substr(read(base("c.obj")).size() - 14), "f 1/1 2/2 3/3\n");
+  EXPECT_EQ(readFile(base("c.obj")).substr(readFile(base("c.obj")).size() - 14), "f 1/1 2/2 3/3\n");
 }
 
 TEST_F(Writer, NoVerticesLeavesTwoLines) {
@@ -168,7 +151,7 @@ TEST_F(Writer, NoVerticesLeavesTwoLines) {
   } catch (const std::length_error& error) {
     EXPECT_STREQ(error.what(), "vector");
   }
-  EXPECT_EQ(read(base("e.obj")), "mtllib " + base("e") + ".mtl\nusemtl Heat\n");
+  EXPECT_EQ(readFile(base("e.obj")), "mtllib " + base("e") + ".mtl\nusemtl Heat\n");
   EXPECT_FALSE(fs::exists(base("e.mtl")));
 }
 

@@ -1,24 +1,43 @@
 #include "export/obj_writer.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <fstream>
 #include <iostream>
+#include <locale>
+#include <new>
 #include <stdexcept>
+#include <streambuf>
 #include <string>
 
 namespace quor {
 namespace {
 
-// Every line ends in std::endl, and one with a long text is inserted as one string, so that each
-// line reaches the file in one write: a reader that follows the growing file sees whole lines.
+// Every line is flushed, and one with a long text is inserted as one string, line feed included,
+// since a stream writes long strings at once: so each line reaches the file in one write, and a
+// reader that follows the growing file sees whole lines.
 
+/// @return whether the file is open; if not, that has been reported
 bool openFile(std::ofstream& file, const std::string& baseName, const char* extension) {
-  file.open(baseName + extension, std::ios::binary);  // a line ends in one byte everywhere
+  const std::string name = baseName + extension;
+  errno = 0;
+  file.open(name, std::ios::binary);  // a line ends in one byte everywhere
   if (!file.is_open()) {
+    if (errno == ENOMEM) {
+      throw std::bad_alloc();
+    }
     std::cerr << "couldn't open file " + baseName + " for writing." << std::endl;
   }
   return file.is_open();
+}
+
+/// Makes the locale ready for numbers. A stream does that when the first one is inserted, but keeps
+/// to itself that memory ran out and drops the number.
+void prepareNumbers(std::ofstream& file) {
+  class : public std::streambuf {
+  } nowhere;
+  std::use_facet<std::num_put<char>>(file.getloc()).put(&nowhere, file, ' ', 0L);
 }
 
 void writePositions(std::ofstream& file, const std::vector<double>& vertices,
@@ -71,7 +90,7 @@ void writeObjAndMtl(const std::vector<double>& vertices, const std::vector<std::
   if (!openFile(file, baseName, ".obj")) {
     return;
   }
-  file << std::string("mtllib ") + baseName + ".mtl" << std::endl;
+  file << std::string("mtllib ") + baseName + ".mtl\n" << std::flush;
   file << "usemtl Heat" << std::endl;
 
   const auto length = static_cast<std::int32_t>(vertices.size());
@@ -79,6 +98,7 @@ void writeObjAndMtl(const std::vector<double>& vertices, const std::vector<std::
     throw std::length_error("vector");
   }
   const std::size_t vertexCount = static_cast<std::size_t>(length) / 3;
+  prepareNumbers(file);
   writePositions(file, vertices, vertexCount);
   writeTextureCoordinates(file, field, vertexCount);
   writeFaces(file, triangles);

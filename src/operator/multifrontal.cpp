@@ -44,16 +44,14 @@ class Multifrontal {
   }
 
  private:
-  /// The front's rows: its supernodes' columns, ascending, then the shared rows, all of which lie
-  /// below. From now on places_ says where in the front a row is.
+  /// The front's rows: the columns of its supernodes, each behind its descendants, and below them
+  /// the shared rows. The rows of one column of L are a path in the elimination tree, so they stand
+  /// in the front in the order of their indices. From now on places_ says where a row is.
   void listIndices(const Front& front) {
     indices_.clear();
     for (int member = front.memberBegin; member < front.memberEnd; ++member) {
       const IndexList columns = supernodes_.columns(tree_.members[member]);
       indices_.insert(indices_.end(), columns.begin(), columns.end());
-    }
-    if (front.memberEnd - front.memberBegin > 1) {
-      std::sort(indices_.begin(), indices_.end());
     }
     const IndexList rows = supernodes_.rows(front.top);
     indices_.insert(indices_.end(), rows.begin(), rows.end());

@@ -54,6 +54,25 @@ inline Mesh bumpyMesh(int nx, int ny, unsigned seed) {
   });
 }
 
+/// Random triangles over random points, each vertex in at least one of the first n: no surface, but
+/// a matrix whose factor is nearly full.
+/// @param n  at least 4
+inline Mesh tangledMesh(int n, int m, unsigned seed) {
+  std::mt19937 random(seed);
+  Mesh mesh;
+  for (int i = 0; i < 3 * n; ++i) {
+    mesh.vertices.push_back(std::ldexp(double(random()), -32));
+  }
+  for (int t = 0; t < m; ++t) {
+    const int a = t % n;
+    const int half = n / 2;
+    const int b = (a + 1 + int(random() % unsigned(half - 1))) % n;
+    const int c = (a + half + int(random() % unsigned(half - 1))) % n;
+    mesh.triangles.insert(mesh.triangles.end(), {a, b, c});
+  }
+  return mesh;
+}
+
 /// Every triangle with points of its own.
 inline Mesh soupOf(const Mesh& mesh) {
   Mesh soup;

@@ -3,6 +3,8 @@
 
 #include "mesh.h"
 
+#include <quor.h>
+
 #include <algorithm>
 #include <array>
 #include <numeric>
@@ -16,6 +18,20 @@ struct Welded {
   std::vector<std::int32_t> triangles;
   std::vector<std::int32_t> map;
 };
+
+/// What quorWeld makes of a soup.
+inline Welded welded(const Mesh& soup, double tolerance) {
+  Welded result{99, soup.vertices, soup.triangles,
+                std::vector<std::int32_t>(soup.vertices.size() / 3)};
+  std::int32_t n = 0;
+  std::int32_t m = 0;
+  result.result = quorWeld(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(),
+                           result.vertices.data(), result.triangles.data(), result.map.data(), &n,
+                           &m, tolerance);
+  result.vertices.resize(3 * std::size_t(n));
+  result.triangles.resize(3 * std::size_t(m));
+  return result;
+}
 
 /// Compares every pair.
 inline Welded bruteForceWeld(const Mesh& soup, double tolerance) {
