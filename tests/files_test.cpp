@@ -23,8 +23,10 @@ struct {
 } writes;
 
 void record(const char* last) {
-  writes.count += writes.recorded ? 1 : 0;
-  writes.endingInsideALine += writes.recorded && *last != '\n' ? 1 : 0;
+  if (writes.recorded) {
+    ++writes.count;
+    writes.endingInsideALine += *last != '\n' ? 1 : 0;
+  }
 }
 
 }  // namespace
