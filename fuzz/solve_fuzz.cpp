@@ -47,18 +47,18 @@ StatusCode expectedStatus(const Mesh& mesh) {
                                                                   : QUOR_UNUSED_VERTEX;
 }
 
-/// Whether no triangle is a needle or a cap, which cotangents and gradients round differently.
+/// Whether no triangle is a needle or a cap or far away, where cotangents and gradients round
+/// differently.
 bool isWellShaped(const Mesh& mesh) {
-  for (std::size_t t = 0; t < mesh.triangles.size(); t += 3) {
-    for (std::size_t k = 0; k < 3; ++k) {
-      const Eigen::Vector3d p = test::at(mesh, mesh.triangles[t + k]);
-      const Eigen::Vector3d u = test::at(mesh, mesh.triangles[t + (k + 1) % 3]) - p;
-      const Eigen::Vector3d w = test::at(mesh, mesh.triangles[t + (k + 2) % 3]) - p;
-      const double product = u.norm() * w.norm();
-      if (!(product > 1e-100 && product < 1e100 && u.cross(w).norm() > 0.01 * product &&
-            p.norm() < 1e3 * u.norm())) {
-        return false;
-      }
+  for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+    const std::size_t t = i - i % 3;
+    const Eigen::Vector3d p = test::at(mesh, mesh.triangles[i]);
+    const Eigen::Vector3d u = test::at(mesh, mesh.triangles[t + (i + 1) % 3]) - p;
+    const Eigen::Vector3d w = test::at(mesh, mesh.triangles[t + (i + 2) % 3]) - p;
+    const double product = u.norm() * w.norm();
+    if (!(product > 1e-100 && product < 1e100 && u.cross(w).norm() > 0.01 * product &&
+          p.norm() < 1e3 * u.norm())) {
+      return false;
     }
   }
   return true;
