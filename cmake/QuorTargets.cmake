@@ -14,4 +14,7 @@ function(quor_options target)
   if(QUOR_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE $<IF:$<BOOL:${MSVC}>,/WX,-Werror>)
   endif()
+  if(CMAKE_CXX_FLAGS MATCHES "-fsanitize")  # part of the sanitizers' runtime is C++
+    set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+  endif()
 endfunction()
