@@ -5,6 +5,7 @@
 #include "operator/blocked_factorization.h"
 #include "operator/elimination_tree.h"
 #include "operator/front_tree.h"
+#include "operator/minimum_degree.h"
 #include "operator/multifrontal.h"
 #include "operator/stiffness_assembly.h"
 #include "operator/supernodes.h"
@@ -113,8 +114,8 @@ PlainAssembly ourAssembly(const TaggedMesh& mesh) {
   Matrix stiffness;
   quor::assembleStiffness(mesh.n(), *a.vertices, *a.triangles, stiffness);
   const Eigen::Index free = mesh.n() - a.prescribed;
-  a.stiffnessFF = quor::copyBlock(stiffness, a.prescribed, a.prescribed, free, free);
-  a.stiffnessFP = quor::copyBlock(stiffness, a.prescribed, 0, free, a.prescribed);
+  a.stiffnessFF = quor::copyBlock(stiffness, a.prescribed, a.prescribed, free);
+  a.stiffnessFP = quor::copyBlock(stiffness, a.prescribed, 0, a.prescribed);
   a.callerToSolver = std::move(partition.callerToSolver);
   a.solverToCaller = std::move(partition.solverToCaller);
   return a;
@@ -122,7 +123,7 @@ PlainAssembly ourAssembly(const TaggedMesh& mesh) {
 
 /// Our factorization, step by step.
 struct OurSteps {
-  Eigen::PermutationMatrix<Eigen::Dynamic, Eigen::Dynamic, int> inverse, permutation;
+  quor::Permutation inverse;
   Matrix upper, lower;
   Eigen::VectorXi parent, counts, starts, rows;
   Eigen::VectorXd values, diagonal;
@@ -130,8 +131,7 @@ struct OurSteps {
   quor::FrontTree tree;
 
   void order(const Matrix& matrix) {
-    Eigen::AMDOrdering<int>()(matrix.selfadjointView<Eigen::Lower>(), inverse);
-    permutation = inverse.inverse();
+    const quor::Permutation permutation = quor::orderByMinimumDegree(matrix, inverse);
     upper.resize(matrix.rows(), matrix.cols());
     upper.selfadjointView<Eigen::Upper>() =
         matrix.selfadjointView<Eigen::Lower>().twistedBy(permutation);
@@ -296,7 +296,7 @@ void solve(const std::vector<TaggedMesh>& meshes, int rounds) {
 int runCommand(int argc, char** argv) {
   std::string what;
   std::vector<std::string> parts;
-  std::vector<std::string> dragons;
+  std::string dragon;
   std::string bunny;
   int rounds = 5;
   CLI::App app("Measures construction and solve beside their peers.", "solver_bench");
@@ -304,7 +304,7 @@ int runCommand(int argc, char** argv) {
       ->required()
       ->check(CLI::IsMember({"construct", "solve"}));
   app.add_option("--part", parts, "CAD parts, from fine to coarse")->required();
-  app.add_option("--dragon", dragons, "a scanned mesh, from fine to coarse")->required();
+  app.add_option("--dragon", dragon, "a scanned mesh")->required();
   app.add_option("--bunny", bunny, "another, coarser")->required();
   app.add_option("--rounds", rounds, "measurements of each")->capture_default_str();
   CLI11_PARSE(app, argc, argv);
@@ -316,10 +316,10 @@ int runCommand(int argc, char** argv) {
   for (const int side : {700, 186, 69}) {
     meshes.push_back(tagEnds("planar grid", planarGrid(side), 0));
   }
-  for (const std::string& dragon : dragons) {
-    meshes.push_back(tagEnds("dragon", readSoup(dragon), 1));
-  }
-  meshes.push_back(tagEnds("part of the dragon", lowestShare(readSoup(dragons[0]), 0.4), 0));
+  const Soup scan = readSoup(dragon);
+  meshes.push_back(tagEnds("dragon", scan, 1));
+  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.4), 0));
+  meshes.push_back(tagEnds("part of the dragon", lowestShare(scan, 0.1), 0));
   Soup subdividedBunny = readSoup(bunny);
   for (int cut = 0; cut < 3; ++cut) {
     subdividedBunny = subdivided(subdividedBunny);

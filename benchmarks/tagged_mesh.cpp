@@ -3,11 +3,38 @@
 #include <quor.h>
 
 #include <algorithm>
+#include <numeric>
 
 namespace bench {
 namespace {
 
-/// @return vertices and triangles of the welded soup, without unused vertices
+/// Keeps the triangles that are connected with most others.
+/// @param n  number of vertices
+void keepLargestPiece(std::size_t n, std::vector<std::int32_t>& triangles) {
+  std::vector<std::size_t> up(n);
+  std::iota(up.begin(), up.end(), std::size_t{0});
+  const auto root = [&up](std::int32_t vertex) {
+    auto at = static_cast<std::size_t>(vertex);
+    while (up[at] != at) {
+      at = up[at] = up[up[at]];
+    }
+    return at;
+  };
+  for (std::size_t t = 0; t < triangles.size(); t += 3) {
+    up[root(triangles[t])] = up[root(triangles[t + 1])] = root(triangles[t + 2]);
+  }
+  std::vector<std::size_t> corners(n);
+  for (const std::int32_t corner : triangles) {
+    ++corners[root(corner)];
+  }
+  const auto largest =
+      static_cast<std::size_t>(std::max_element(corners.begin(), corners.end()) - corners.begin());
+  triangles.erase(std::remove_if(triangles.begin(), triangles.end(),
+                                 [&](std::int32_t corner) { return root(corner) != largest; }),
+                  triangles.end());
+}
+
+/// @return the largest piece of the welded soup, without unused vertices
 TaggedMesh welded(const Soup& soup) {
   TaggedMesh mesh;
   mesh.vertices.resize(soup.points.size());
@@ -19,6 +46,7 @@ TaggedMesh welded(const Soup& soup) {
            mesh.vertices.data(), mesh.triangles.data(), map.data(), &n, &m,
            1e-9 * diagonalOf(soup));
   mesh.triangles.resize(3 * static_cast<std::size_t>(m));
+  keepLargestPiece(static_cast<std::size_t>(n), mesh.triangles);
   std::vector<std::int32_t> place(static_cast<std::size_t>(n), -1);
   for (const std::int32_t corner : mesh.triangles) {
     place[static_cast<std::size_t>(corner)] = 0;

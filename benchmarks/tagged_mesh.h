@@ -19,8 +19,8 @@ struct TaggedMesh {
   std::int32_t m() const { return static_cast<std::int32_t>(triangles.size() / 3); }
 };
 
-/// Welds the soup, drops vertices that no triangle uses, and holds the lowest and the highest
-/// hundredth along an axis.
+/// Welds the soup, keeps its largest piece, and holds the lowest and the highest hundredth along an
+/// axis.
 TaggedMesh tagEnds(const std::string& name, const Soup& soup, std::size_t axis);
 
 /// The part of a soup whose triangles lie lowest along x.

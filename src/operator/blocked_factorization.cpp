@@ -2,6 +2,7 @@
 
 #include "operator/elimination_tree.h"
 #include "operator/front_tree.h"
+#include "operator/minimum_degree.h"
 #include "operator/multifrontal.h"
 #include "operator/supernodes.h"
 
@@ -17,16 +18,6 @@ constexpr double kBlocksPay = 4e6;
 
 constexpr std::int64_t kMaxIndex = std::numeric_limits<int>::max();
 
-/// Eigen's ordering counts its working memory in indices of the matrix: an entry of both triangles
-/// and a fifth more, two numbers per row, and eight per row once more.
-void requireOrderingFits(const SparseMatrix& matrix) {
-  const std::int64_t n = matrix.cols();
-  const std::int64_t entries = matrix.nonZeros();
-  if (entries + entries / 5 + 2 * n > kMaxIndex || 8 * (n + 1) > kMaxIndex) {
-    throw std::length_error("vector");
-  }
-}
-
 /// The floating-point operations of the numeric step.
 double operations(const Eigen::VectorXi& columnCounts) {
   return columnCounts.cast<double>().array().square().sum();
@@ -35,7 +26,7 @@ double operations(const Eigen::VectorXi& columnCounts) {
 }  // namespace
 
 BlockedFactorization::BlockedFactorization(const SparseMatrix& matrix) {
-  order(matrix);
+  m_P = orderByMinimumDegree(matrix, m_Pinv);
   SparseMatrix upper(matrix.rows(), matrix.cols());
   upper.selfadjointView<Eigen::Upper>() =
       matrix.selfadjointView<Eigen::Lower>().twistedBy(this->m_P);
@@ -44,13 +35,6 @@ BlockedFactorization::BlockedFactorization(const SparseMatrix& matrix) {
   if (!factorizeBlocks(upper, lower)) {
     this->template factorize_preordered<true>(upper);
   }
-}
-
-/// Sets the permutation and its inverse.
-void BlockedFactorization::order(const SparseMatrix& matrix) {
-  requireOrderingFits(matrix);
-  Eigen::AMDOrdering<int>()(matrix.selfadjointView<Eigen::Lower>(), m_Pinv);
-  m_P = m_Pinv.inverse();
 }
 
 /// Sets the elimination tree and the column counts and makes room for L: the same as Eigen's

@@ -24,11 +24,11 @@ class BlockedFactorization : public Factorization {
   /// Factorizes; info() tells the outcome.
   /// Throws std::length_error("vector") if L would have more than 2^31 - 1 entries, or the ordering
   /// would need more room than that, before anything is computed; and std::bad_alloc.
-  /// @param matrix  symmetric; its lower triangle is read
+  /// @param matrix  symmetric, both triangles stored, compressed, rows ascending; the values of the
+  ///                lower one are read
   explicit BlockedFactorization(const SparseMatrix& matrix);
 
  private:
-  void order(const SparseMatrix& matrix);
   void analyze(const SparseMatrix& upper, const SparseMatrix& lower);
   bool factorizeBlocks(const SparseMatrix& upper, const SparseMatrix& lower);
 };

@@ -57,8 +57,8 @@ void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
     }
     const Eigen::Index prescribed = prescribedCount;
     const Eigen::Index free = n - prescribed;
-    handle->stiffnessFF = copyBlock(stiffness, prescribed, prescribed, free, free);
-    handle->stiffnessFP = copyBlock(stiffness, prescribed, 0, free, prescribed);
+    handle->stiffnessFF = copyBlock(stiffness, prescribed, prescribed, free);
+    handle->stiffnessFP = copyBlock(stiffness, prescribed, 0, prescribed);
   }
   handle->factorFF = std::make_shared<const BlockedFactorization>(*handle->stiffnessFF);
   *handleOut = std::move(handle);

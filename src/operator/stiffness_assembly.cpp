@@ -55,12 +55,26 @@ StatusCode assembleStiffness(std::int32_t n, const std::vector<double>& vertices
   return QUOR_SUCCESS;
 }
 
-std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen::Index row,
-                                              Eigen::Index col, Eigen::Index rows,
-                                              Eigen::Index cols) {
-  // Assigned, not copy-constructed: Eigen's copying constructor leaks when an allocation fails.
-  const auto block = std::make_shared<SparseMatrix>();
-  *block = matrix.block(row, col, rows, cols);
+std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen::Index firstRow,
+                                              Eigen::Index firstColumn, Eigen::Index columns) {
+  const int* const starts = matrix.outerIndexPtr() + firstColumn;
+  const int* const indices = matrix.innerIndexPtr();
+  const auto shift = static_cast<int>(firstRow);
+  const auto block = std::make_shared<SparseMatrix>(matrix.rows() - firstRow, columns);
+  int* const blockStarts = block->outerIndexPtr();
+  for (Eigen::Index j = 0; j < columns; ++j) {
+    const int* const end = indices + starts[j + 1];
+    const auto count = end - std::lower_bound(indices + starts[j], end, shift);
+    blockStarts[j + 1] = blockStarts[j] + static_cast<int>(count);
+  }
+  block->resizeNonZeros(blockStarts[columns]);
+  for (Eigen::Index j = 0; j < columns; ++j) {
+    const int count = blockStarts[j + 1] - blockStarts[j];
+    const int from = starts[j + 1] - count;
+    std::copy_n(matrix.valuePtr() + from, count, block->valuePtr() + blockStarts[j]);
+    std::transform(indices + from, indices + from + count, block->innerIndexPtr() + blockStarts[j],
+                   [shift](int index) { return index - shift; });
+  }
   return block;
 }
 

@@ -21,9 +21,9 @@ namespace quor {
 StatusCode assembleStiffness(std::int32_t n, const std::vector<double>& vertices,
                              const std::vector<std::int32_t>& triangles, SparseMatrix& stiffness);
 
-/// @return a copy of rows row .. row+rows-1 and columns col .. col+cols-1
-std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen::Index row,
-                                              Eigen::Index col, Eigen::Index rows,
-                                              Eigen::Index cols);
+/// Copies the block from a row and a column on: all rows below, and a number of columns.
+/// @param matrix  compressed, rows ascending
+std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen::Index firstRow,
+                                              Eigen::Index firstColumn, Eigen::Index columns);
 
 }  // namespace quor
