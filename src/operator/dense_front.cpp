@@ -80,11 +80,10 @@ DenseFront::DenseFront(Index largest, VectorWidth width)
     : width_(width),
       entries_(strideFor(largest) * strideFor(largest)),
       scaled_(strideFor(largest) * kPanel),
-      unscaled_(strideFor(largest) * kPanel),
-      diagonal_(kPanel * kPanel) {}
+      unscaled_(strideFor(largest) * kPanel) {}
 
 DenseFront::Index DenseFront::room(Index largest) {
-  return strideFor(largest) * (strideFor(largest) + 2 * kPanel) + kPanel * kPanel;
+  return strideFor(largest) * (strideFor(largest) + 2 * kPanel);
 }
 
 void DenseFront::reset(Index size) {
@@ -96,70 +95,7 @@ void DenseFront::reset(Index size) {
   }
 }
 
-/// Columns and rows begin .. end-1, one column after the other. L D is kept above the diagonal.
-bool DenseFront::factorizeDiagonal(Index begin, Index end) {
-  for (Index j = begin; j < end; ++j) {
-    double* const source = column(j);
-    const double pivot = source[j];
-    if (pivot == 0.0 || !std::isfinite(pivot)) {
-      return false;
-    }
-    for (Index i = j + 1; i < end; ++i) {
-      column(i)[j] = source[i];
-      source[i] /= pivot;
-      diagonalRow(i - begin)[j - begin] = source[i];
-    }
-    for (Index k = j + 1; k < end; ++k) {
-      double* const target = column(k);
-      const double factor = target[j];
-      for (Index i = k; i < end; ++i) {
-        target[i] -= source[i] * factor;
-      }
-    }
-  }
-  return true;
-}
-
-/// The rows below the diagonal block: first L D, by substitution, then L. Both go into their packed
-/// copies, and L into the columns. Rows of the diagonal block itself become zeros in the copy of L
-/// D.
-template <typename Vectors>
-QUOR_INLINE void DenseFront::solveRows(Index begin, Index end) {
-  using Vector = typename Vectors::Type;
-  constexpr Index lanes = sizeof(Vector) / sizeof(double);
-  constexpr Index parts = kBlock / lanes;
-  for (Index row = end / kBlock * kBlock; row < size_; row += kBlock) {
-    double* const unscaled = unscaled_.data() + row * kPanel;
-    double* const scaled = scaled_.data() + row * kPanel;
-    const Index ownRows = std::max(end - row, Index{0});
-    for (Index t = 0; t < end - begin; ++t) {
-      double* const source = column(begin + t) + row;
-      std::array<Vector, parts> sum;
-      for (Index part = 0; part < parts; ++part) {
-        load(sum.data()[part], source + part * lanes);
-      }
-      for (Index s = 0; s < t; ++s) {
-        const double factor = diagonalRow(t)[s];
-        for (Index part = 0; part < parts; ++part) {
-          Vector earlier;
-          load(earlier, unscaled + s * kBlock + part * lanes);
-          sum.data()[part] -= earlier * factor;
-        }
-      }
-      const double pivot = column(begin + t)[begin + t];
-      double* const x = unscaled + t * kBlock;
-      double* const l = scaled + t * kBlock;
-      for (Index part = 0; part < parts; ++part) {
-        store(x + part * lanes, sum.data()[part]);
-        store(l + part * lanes, sum.data()[part] / pivot);
-      }
-      std::fill(x, x + ownRows, 0.0);
-      std::copy(l + ownRows, l + kBlock, source + ownRows);
-    }
-  }
-}
-
-/// A tile of 8 rows and 4 columns: minus the product of 8 rows of L and 4 of L D.
+/// A tile of 8 rows and 4 columns: minus the product of 8 packed rows and 4 others.
 template <typename Vectors>
 QUOR_INLINE void DenseFront::updateTile(double* tile, Index stride, const double* left,
                                         const double* right, Index depth) {
@@ -190,21 +126,86 @@ QUOR_INLINE void DenseFront::updateTile(double* tile, Index stride, const double
   }
 }
 
+/// Eliminates up to four columns of the panel in eight rows, from the columns `from` on; earlier
+/// ones must have been eliminated. The rows that hold the pivots come before all others.
+/// @return false if a pivot is zero or not finite
+template <typename Vectors>
+QUOR_INLINE bool DenseFront::solveTile(Index row, Index from, Index first, Index last) {
+  using Vector = typename Vectors::Type;
+  constexpr Index lanes = sizeof(Vector) / sizeof(double);
+  constexpr Index parts = kBlock / lanes;
+  const Index pivotRow = first / kBlock * kBlock;
+  for (Index t = first; t < last; ++t) {
+    double* const target = column(t) + row;
+    std::array<Vector, parts> sum;
+    for (Index part = 0; part < parts; ++part) {
+      load(sum.data()[part], target + part * lanes);
+    }
+    for (Index s = from; s < t; ++s) {
+      const double factor = packed(scaled_, pivotRow, s)[t - pivotRow];
+      for (Index part = 0; part < parts; ++part) {
+        Vector earlier;
+        load(earlier, packed(unscaled_, row, s) + part * lanes);
+        sum.data()[part] -= earlier * factor;
+      }
+    }
+    double* const unscaled = packed(unscaled_, row, t);
+    for (Index part = 0; part < parts; ++part) {
+      store(unscaled + part * lanes, sum.data()[part]);
+    }
+    const double pivot = row == pivotRow ? unscaled[t - row] : column(t)[t];
+    if (pivot == 0.0 || !std::isfinite(pivot)) {
+      return false;
+    }
+    double* const scaled = packed(scaled_, row, t);
+    for (Index part = 0; part < parts; ++part) {
+      store(scaled + part * lanes, sum.data()[part] / pivot);
+    }
+    std::copy(scaled, scaled + kBlock, target);
+    column(t)[t] = pivot;
+  }
+  return true;
+}
+
+/// Eliminates the columns of a panel in all rows, four by four: most of it is tiles as well.
+/// @return false if a pivot is zero or not finite
+template <typename Vectors>
+QUOR_INLINE bool DenseFront::eliminatePanel(Index begin, Index end) {
+  for (Index first = begin; first < end; first += 4) {
+    const Index last = std::min(first + 4, end);
+    const bool isWhole = last == first + 4;
+    const Index pivotRow = first / kBlock * kBlock;
+    for (Index row = pivotRow; row < size_; row += kBlock) {
+      if (isWhole) {
+        updateTile<Vectors>(column(first) + row, stride_, packed(unscaled_, row, begin),
+                            packed(scaled_, pivotRow, begin) + (first - pivotRow), first - begin);
+      }
+      if (!solveTile<Vectors>(row, isWhole ? first : begin, first, last)) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
 /// All columns behind the panel, in bands of eight row blocks, whose part of L stays in the
-/// innermost cache. Where the panel ends inside a block, the packed zeros keep the block's finished
-/// columns as they are.
+/// innermost cache. Where the panel ends inside a block, zeros in the copy of L D keep the block's
+/// finished columns as they are.
 template <typename Vectors>
 QUOR_INLINE void DenseFront::updateRest(Index begin, Index end) {
   constexpr Index band = 8 * kBlock;
   const Index first = end / kBlock * kBlock;
+  for (Index t = begin; t < end && first < size_; ++t) {
+    std::fill_n(packed(unscaled_, first, t), end - first, 0.0);
+  }
   for (Index bandBegin = first; bandBegin < size_; bandBegin += band) {
     const Index bandEnd = std::min(bandBegin + band, size_);
     for (Index columns = first; columns < bandEnd; columns += kBlock) {
       for (Index half = 0; half < kBlock; half += 4) {
-        const double* const right = unscaled_.data() + columns * kPanel + half;
+        const double* const right = packed(unscaled_, columns, begin) + half;
         for (Index rows = std::max(bandBegin, columns); rows < bandEnd; rows += kBlock) {
-          updateTile<Vectors>(column(columns + half) + rows, stride_,
-                              scaled_.data() + rows * kPanel, right, end - begin);
+          updateTile<Vectors>(column(columns + half) + rows, stride_, packed(scaled_, rows, begin),
+                              right, end - begin);
         }
       }
     }
@@ -215,10 +216,9 @@ template <typename Vectors>
 QUOR_INLINE bool DenseFront::eliminateWith(Index pivots) {
   for (Index begin = 0; begin < pivots; begin += kPanel) {
     const Index end = std::min(begin + kPanel, pivots);
-    if (!factorizeDiagonal(begin, end)) {
+    if (!eliminatePanel<Vectors>(begin, end)) {
       return false;
     }
-    solveRows<Vectors>(begin, end);
     updateRest<Vectors>(begin, end);
   }
   return true;

@@ -56,17 +56,22 @@ class DenseFront {
   template <typename Vectors>
   bool eliminateWith(Index pivots);
   bool eliminateWithFour(Index pivots);
-  bool factorizeDiagonal(Index begin, Index end);
   template <typename Vectors>
-  void solveRows(Index begin, Index end);
+  bool eliminatePanel(Index begin, Index end);
+  template <typename Vectors>
+  bool solveTile(Index row, Index from, Index first, Index last);
   template <typename Vectors>
   void updateRest(Index begin, Index end);
   template <typename Vectors>
   static void updateTile(double* tile, Index stride, const double* left, const double* right,
                          Index depth);
 
-  double* diagonalRow(Index row) { return diagonal_.data() + row * kPanel; }
   Index blocks() const { return (size_ + kBlock - 1) / kBlock; }
+
+  /// Column j of the panel in the eight packed rows that begin with `row`.
+  static double* packed(const WorkArray& rows, Index row, Index j) {
+    return rows.data() + row * kPanel + j % kPanel * kBlock;
+  }
 
   VectorWidth width_;
   Index size_ = 0;
@@ -74,7 +79,6 @@ class DenseFront {
   WorkArray entries_;
   WorkArray scaled_;    ///< rows of L
   WorkArray unscaled_;  ///< rows of L D
-  WorkArray diagonal_;  ///< the block of L on the panel's diagonal, by rows
 };
 
 }  // namespace quor
