@@ -14,8 +14,13 @@ namespace quor {
 using SparseMatrix = Eigen::SparseMatrix<double, Eigen::ColMajor, int>;
 
 /// Sparse L D L^T factorization that reads the lower triangle and orders by approximate minimum
-/// degree.
-using Factorization = Eigen::SimplicialLDLT<SparseMatrix, Eigen::Lower, Eigen::AMDOrdering<int>>;
+/// degree; an Eigen SimplicialLDLT that gives its diagonal away without a copy.
+class Factorization
+    : public Eigen::SimplicialLDLT<SparseMatrix, Eigen::Lower, Eigen::AMDOrdering<int>> {
+ public:
+  using SimplicialLDLT::SimplicialLDLT;
+  const Eigen::VectorXd& diagonal() const { return m_diag; }
+};
 
 /// Everything a solve needs, written once during construction and only read afterwards, so that any
 /// number of threads may share it without a lock.

@@ -52,7 +52,7 @@ void BlockedFactorization::analyze(const SparseMatrix& upper, const SparseMatrix
     columnStart[j + 1] = columnStart[j] + m_nonZerosPerCol[j];
   }
   m_matrix.resizeNonZeros(columnStart[upper.cols()]);
-  this->Eigen::SparseSolverBase<Factorization>::m_isInitialized = true;
+  this->Eigen::SparseSolverBase<SimplicialLDLT>::m_isInitialized = true;
   m_info = Eigen::Success;
   m_analysisIsOk = true;
 }

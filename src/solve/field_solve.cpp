@@ -6,45 +6,63 @@
 namespace quor {
 namespace {
 
-/// rhs -= matrix * x, column by column in storage order. Stored zeros take part: a NaN spreads
-/// through them.
-void subtractProduct(const SparseMatrix& matrix, const double* x, Eigen::VectorXd& rhs) {
+using Indices = Eigen::PermutationMatrix<Eigen::Dynamic, Eigen::Dynamic, int>::IndicesType;
+
+/// rhs -= matrix * x with the rows of rhs permuted, column by column in storage order. Stored zeros
+/// take part: a NaN spreads through them.
+void subtractProduct(const SparseMatrix& matrix, const std::vector<double>& x, const Indices& place,
+                     Eigen::VectorXd& rhs) {
   for (Eigen::Index column = 0; column < matrix.outerSize(); ++column) {
+    const double factor = x[static_cast<std::size_t>(column)];
     for (SparseMatrix::InnerIterator entry(matrix, column); entry; ++entry) {
-      rhs[entry.row()] -= entry.value() * x[column];
+      rhs[place[entry.row()]] -= entry.value() * factor;
     }
   }
+}
+
+/// Eigen's solve, operation by operation, between the two permutations. After a failed
+/// factorization that leaves its result alone, and fields are 0.
+void solveInPlace(const Factorization& factor, Eigen::VectorXd& x) {
+  if (factor.info() != Eigen::Success) {
+    x.setZero();
+    return;
+  }
+  factor.matrixL().solveInPlace(x);
+  x.array() *= factor.diagonal().array().inverse();
+  factor.matrixU().solveInPlace(x);
 }
 
 }  // namespace
 
 void solveField(const SolverHandle& handle, const double* prescribedValues,
                 const double* sourceValues, double* fieldOut) {
-  const std::size_t n = handle.vertexCount;
   const std::size_t prescribed = handle.prescribedCount;
-  const auto callerIndex = [&handle](std::size_t solverIndex) {
-    return static_cast<std::size_t>(handle.solverToCaller[solverIndex]);
-  };
+  const std::int32_t* const callerIndex = handle.solverToCaller.data();
+  const std::int32_t* const freeCallerIndex = callerIndex + prescribed;
+  const auto free = static_cast<Eigen::Index>(handle.vertexCount - prescribed);
 
-  std::vector<double> field(n);  // solver order
+  std::vector<double> held(prescribed);
   for (std::size_t k = 0; k < prescribed; ++k) {
-    field[k] = prescribedValues[callerIndex(k)];
+    held[k] = prescribedValues[callerIndex[k]];
   }
-  if (n > prescribed) {
-    const auto free = static_cast<Eigen::Index>(n - prescribed);
-    Eigen::VectorXd rhs = Eigen::VectorXd::Zero(free);
-    if (sourceValues != nullptr) {
-      for (Eigen::Index r = 0; r < free; ++r) {
-        rhs[r] = -sourceValues[callerIndex(prescribed + static_cast<std::size_t>(r))];
-      }
+  // The free vertices in the order of elimination, so that the factor's two permutations need no
+  // passes of their own: first their right-hand side, then their field.
+  const Indices& place = handle.factorFF->permutationP().indices();
+  Eigen::VectorXd x = Eigen::VectorXd::Zero(free);
+  if (sourceValues != nullptr) {
+    for (Eigen::Index r = 0; r < free; ++r) {
+      x[place[r]] = -sourceValues[freeCallerIndex[r]];
     }
-    subtractProduct(*handle.stiffnessFP, field.data(), rhs);
-    // Straight into the zeroed tail: after a failed factorization Eigen writes nothing.
-    Eigen::Map<Eigen::VectorXd> freeField(field.data() + prescribed, free);
-    freeField = handle.factorFF->solve(rhs);
   }
-  for (std::size_t k = 0; k < n; ++k) {
-    fieldOut[callerIndex(k)] = field[k];
+  subtractProduct(*handle.stiffnessFP, held, place, x);
+  if (free > 0) {
+    solveInPlace(*handle.factorFF, x);
+  }
+  for (std::size_t k = 0; k < prescribed; ++k) {
+    fieldOut[callerIndex[k]] = held[k];
+  }
+  for (Eigen::Index r = 0; r < free; ++r) {
+    fieldOut[freeCallerIndex[r]] = x[place[r]];
   }
 }
 
