@@ -6,6 +6,7 @@
 #include "operator/multifrontal.h"
 #include "operator/supernodes.h"
 
+#include <cstdint>
 #include <limits>
 #include <stdexcept>
 
@@ -28,12 +29,11 @@ double operations(const Eigen::VectorXi& columnCounts) {
 BlockedFactorization::BlockedFactorization(const SparseMatrix& matrix) {
   m_P = orderByMinimumDegree(matrix, m_Pinv);
   SparseMatrix upper(matrix.rows(), matrix.cols());
-  upper.selfadjointView<Eigen::Upper>() =
-      matrix.selfadjointView<Eigen::Lower>().twistedBy(this->m_P);
+  upper.selfadjointView<Eigen::Upper>() = matrix.selfadjointView<Eigen::Lower>().twistedBy(m_P);
   const SparseMatrix lower = upper.transpose();
   analyze(upper, lower);
   if (!factorizeBlocks(upper, lower)) {
-    this->template factorize_preordered<true>(upper);
+    factorize_preordered<true>(upper);
   }
 }
 

@@ -3,10 +3,6 @@
 
 #include "api/solver_handle.h"
 
-#include <Eigen/Core>
-
-#include <cstdint>
-
 namespace quor {
 
 /// An Eigen SimplicialLDLT, with Eigen's ordering and Eigen's pattern of L, that is filled faster.
