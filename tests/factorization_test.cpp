@@ -3,6 +3,7 @@
 #include "operator/blocked_factorization.h"
 #include "operator/elimination_tree.h"
 #include "operator/front_tree.h"
+#include "operator/minimum_degree.h"
 #include "operator/multifrontal.h"
 #include "operator/stiffness_assembly.h"
 #include "support/mesh.h"
@@ -150,6 +151,50 @@ void expectSameBits(const BlockedFactorization& ours, const EigenFactor& eigen) 
     expectSamePattern(L, eigen.L());
     EXPECT_TRUE(sameBits(L.valuePtr(), eigen.L().valuePtr(), L.nonZeros()));
     EXPECT_TRUE(sameBits(ours.vectorD().data(), eigen.vectorD().data(), L.cols()));
+  }
+}
+
+/// A symmetric pattern for an ordering to fall for.
+/// @param kind  0: at random, 1: a band, 2: a chain with shortcuts, 3: with hubs, 4: a wide band
+SparseMatrix patternOf(unsigned kind, int n, double degree, bool fullDiagonal,
+                       std::mt19937& random) {
+  std::vector<Eigen::Triplet<double>> triplets;
+  const auto below = [&](int limit) { return int(random() % unsigned(limit)); };
+  for (int i = 0; i < n; ++i) {
+    if (fullDiagonal || below(8) != 0) {
+      triplets.emplace_back(i, i, 1.0);
+    }
+  }
+  for (int k = 0; k < degree * n / 2; ++k) {
+    const int i = below(n);
+    const int anywhere = below(n);
+    const int others[] = {anywhere, i + 1 + below(5), below(3) != 0 ? i + 1 : anywhere,
+                          below(20) == 0 ? below(3) : anywhere, i + 1 + 17 * below(2)};
+    const int j = others[kind];
+    if (i != j && j < n) {
+      triplets.emplace_back(i, j, 1.0);
+      triplets.emplace_back(j, i, 1.0);
+    }
+  }
+  SparseMatrix pattern(n, n);
+  pattern.setFromTriplets(triplets.begin(), triplets.end());
+  return pattern;
+}
+
+TEST(MinimumDegree, GivesEigensOrder) {
+  std::mt19937 random(3);
+  for (int round = 0; round < 3000; ++round) {
+    const int n = int(random() % (round < 2000 ? 40U : round < 2990 ? 300U : 3000U));
+    const unsigned kind = random() % 5;
+    const double degree = random() % 200 / 20.0;
+    const SparseMatrix pattern = patternOf(kind, n, degree, random() % 4 != 0, random);
+    quor::Permutation ours;
+    const quor::Permutation inverse = quor::orderByMinimumDegree(pattern, ours).inverse();
+    SparseMatrix copy = pattern;
+    quor::Permutation eigens;
+    Eigen::internal::minimum_degree_ordering(copy, eigens);
+    ASSERT_EQ(ours.indices(), eigens.indices()) << "n " << n << ", kind " << kind;
+    ASSERT_EQ(ours.indices(), inverse.indices());
   }
 }
 

@@ -1,6 +1,6 @@
 #include "weld/cell_order.h"
 
-#include "weld/machine.h"
+#include "util/machine.h"
 
 #include <algorithm>
 #include <array>

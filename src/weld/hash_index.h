@@ -1,7 +1,7 @@
 // A hash table from records, which live elsewhere, to their indices.
 #pragma once
 
-#include "weld/machine.h"
+#include "util/machine.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -6,7 +6,7 @@
 #include "weld/near_points.h"
 
 #include "weld/cell_order.h"
-#include "weld/machine.h"
+#include "util/machine.h"
 #include "weld/point_block.h"
 
 #include <algorithm>
