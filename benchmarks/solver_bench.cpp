@@ -7,6 +7,7 @@
 #include "operator/front_tree.h"
 #include "operator/minimum_degree.h"
 #include "operator/multifrontal.h"
+#include "operator/permuted_triangles.h"
 #include "operator/stiffness_assembly.h"
 #include "operator/supernodes.h"
 #include "operator/vertex_partition.h"
@@ -124,7 +125,7 @@ PlainAssembly ourAssembly(const TaggedMesh& mesh) {
 /// Our factorization, step by step.
 struct OurSteps {
   quor::Permutation inverse;
-  Matrix upper, lower;
+  std::unique_ptr<quor::PermutedTriangles> permuted;
   Eigen::VectorXi parent, counts, starts, rows;
   Eigen::VectorXd values, diagonal;
   std::unique_ptr<quor::Supernodes> supernodes;
@@ -132,15 +133,12 @@ struct OurSteps {
 
   void order(const Matrix& matrix) {
     const quor::Permutation permutation = quor::orderByMinimumDegree(matrix, inverse);
-    upper.resize(matrix.rows(), matrix.cols());
-    upper.selfadjointView<Eigen::Upper>() =
-        matrix.selfadjointView<Eigen::Lower>().twistedBy(permutation);
-    lower = upper.transpose();
+    permuted = std::make_unique<quor::PermutedTriangles>(matrix, permutation, inverse);
   }
   void analyze() {
-    parent = quor::eliminationTree(upper);
-    counts = quor::columnCounts(lower, parent);
-    supernodes = std::make_unique<quor::Supernodes>(upper, parent, counts);
+    parent = quor::eliminationTree(permuted->upper);
+    counts = quor::columnCounts(permuted->lower, parent);
+    supernodes = std::make_unique<quor::Supernodes>(permuted->upper, parent, counts);
     tree = quor::groupIntoFronts(*supernodes);
   }
   void factorize(quor::VectorWidth width) {
@@ -151,7 +149,7 @@ struct OurSteps {
     rows.resize(starts[counts.size()]);
     values.resize(starts[counts.size()]);
     diagonal.resize(counts.size());
-    quor::factorizeFronts(lower, *supernodes, tree, width,
+    quor::factorizeFronts(permuted->lower, *supernodes, tree, width,
                           {starts.data(), rows.data(), values.data(), diagonal.data()});
   }
 };

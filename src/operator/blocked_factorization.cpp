@@ -4,6 +4,7 @@
 #include "operator/front_tree.h"
 #include "operator/minimum_degree.h"
 #include "operator/multifrontal.h"
+#include "operator/permuted_triangles.h"
 #include "operator/supernodes.h"
 
 #include <cstdint>
@@ -28,9 +29,7 @@ double operations(const Eigen::VectorXi& columnCounts) {
 
 BlockedFactorization::BlockedFactorization(const SparseMatrix& matrix) {
   m_P = orderByMinimumDegree(matrix, m_Pinv);
-  SparseMatrix upper(matrix.rows(), matrix.cols());
-  upper.selfadjointView<Eigen::Upper>() = matrix.selfadjointView<Eigen::Lower>().twistedBy(m_P);
-  const SparseMatrix lower = upper.transpose();
+  const auto& [upper, lower] = PermutedTriangles(matrix, m_P, m_Pinv);
   analyze(upper, lower);
   if (!factorizeBlocks(upper, lower)) {
     factorize_preordered<true>(upper);

@@ -159,9 +159,10 @@ QUOR_INLINE bool DenseFront::solveTile(Index row, Index from, Index first, Index
     }
     double* const scaled = packed(scaled_, row, t);
     for (Index part = 0; part < parts; ++part) {
-      store(scaled + part * lanes, sum.data()[part] / pivot);
+      sum.data()[part] /= pivot;
+      store(scaled + part * lanes, sum.data()[part]);
+      store(target + part * lanes, sum.data()[part]);
     }
-    std::copy(scaled, scaled + kBlock, target);
     column(t)[t] = pivot;
   }
   return true;

@@ -3,6 +3,7 @@
 #include "operator/element_stiffness.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 namespace quor {
@@ -12,17 +13,11 @@ using Triplet = Eigen::Triplet<double, int>;
 
 /// The nine entries of one element. The order is fixed: it decides the order in which
 /// contributions are summed, and so the bits of the result.
-void appendElement(std::int32_t a, std::int32_t b, std::int32_t c, const ElementStiffness& element,
-                   std::vector<Triplet>& triplets) {
-  triplets.emplace_back(a, b, element.ab);
-  triplets.emplace_back(b, a, element.ab);
-  triplets.emplace_back(b, c, element.bc);
-  triplets.emplace_back(c, b, element.bc);
-  triplets.emplace_back(a, c, element.ac);
-  triplets.emplace_back(c, a, element.ac);
-  triplets.emplace_back(a, a, element.aa);
-  triplets.emplace_back(b, b, element.bb);
-  triplets.emplace_back(c, c, element.cc);
+std::array<Triplet, 9> tripletsOf(std::int32_t a, std::int32_t b, std::int32_t c,
+                                  const ElementStiffness& element) {
+  return {Triplet(a, b, element.ab), Triplet(b, a, element.ab), Triplet(b, c, element.bc),
+          Triplet(c, b, element.bc), Triplet(a, c, element.ac), Triplet(c, a, element.ac),
+          Triplet(a, a, element.aa), Triplet(b, b, element.bb), Triplet(c, c, element.cc)};
 }
 
 }  // namespace
@@ -45,7 +40,9 @@ StatusCode assembleStiffness(std::int32_t n, const std::vector<double>& vertices
     for (const std::int32_t corner : {a, b, c}) {
       used[static_cast<std::size_t>(corner)] = true;
     }
-    appendElement(a, b, c, elementStiffness(position(a), position(b), position(c)), triplets);
+    const std::array<Triplet, 9> nine =
+        tripletsOf(a, b, c, elementStiffness(position(a), position(b), position(c)));
+    triplets.insert(triplets.end(), nine.begin(), nine.end());
   }
   if (std::find(used.begin(), used.end(), false) != used.end()) {
     return QUOR_UNUSED_VERTEX;

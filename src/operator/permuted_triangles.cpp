@@ -1,0 +1,63 @@
+#include "operator/permuted_triangles.h"
+
+#include "util/machine.h"
+
+#include <algorithm>
+
+namespace quor {
+namespace {
+
+/// The entries of one triangle so far.
+struct Entries {
+  explicit Entries(SparseMatrix& matrix)
+      : rows(matrix.innerIndexPtr()), values(matrix.valuePtr()) {}
+
+  /// Writes an entry over one that was not kept. Nothing to predict, which half of the time would
+  /// go wrong.
+  void put(int row, double value, bool keep) {
+    rows[count] = row;
+    values[count] = value;
+    count += keep ? 1 : 0;
+  }
+
+  int* rows;
+  double* values;
+  int count = 0;
+};
+
+}  // namespace
+
+PermutedTriangles::PermutedTriangles(const SparseMatrix& matrix, const Permutation& permutation,
+                                     const Permutation& inverse)
+    : upper(matrix.rows(), matrix.cols()), lower(matrix.rows(), matrix.cols()) {
+  const auto n = static_cast<int>(matrix.cols());
+  const Eigen::Index room = (matrix.nonZeros() + n) / 2 + 1;  // one for what is not kept
+  upper.resizeNonZeros(room);
+  lower.resizeNonZeros(room);
+  Entries above(upper);
+  Entries below(lower);
+  const int* const newIndex = permutation.indices().data();
+  const int* const oldIndex = inverse.indices().data();
+  const int* const starts = matrix.outerIndexPtr();
+  const int* const rows = matrix.innerIndexPtr();
+  const double* const values = matrix.valuePtr();
+  for (int column = 0; column < n; ++column) {
+    constexpr int kAhead = 8;
+    const int later = oldIndex[std::min(column + kAhead, n - 1)];
+    prefetch(rows + starts[later]);
+    prefetch(values + starts[later]);
+    prefetch(values + starts[later + 1]);
+    const int old = oldIndex[column];
+    for (int k = starts[old]; k < starts[old + 1]; ++k) {
+      const int row = newIndex[rows[k]];
+      above.put(row, values[k], row <= column);
+      below.put(row, values[k], row >= column);
+    }
+    upper.outerIndexPtr()[column + 1] = above.count;
+    lower.outerIndexPtr()[column + 1] = below.count;
+  }
+  upper.resizeNonZeros(above.count);
+  lower.resizeNonZeros(below.count);
+}
+
+}  // namespace quor

@@ -1,0 +1,21 @@
+// The matrix in the order of elimination.
+#pragma once
+
+#include "api/solver_handle.h"
+#include "operator/minimum_degree.h"
+
+namespace quor {
+
+/// The two triangles of P A P^T, each with the diagonal. The rows of a column stand in the order in
+/// which A has them, as in what Eigen's twistedBy makes of the lower triangle of A.
+struct PermutedTriangles {
+  SparseMatrix upper, lower;
+
+  /// @param matrix       A, symmetric, both triangles stored, compressed
+  /// @param permutation  P
+  /// @param inverse      of P
+  PermutedTriangles(const SparseMatrix& matrix, const Permutation& permutation,
+                    const Permutation& inverse);
+};
+
+}  // namespace quor
