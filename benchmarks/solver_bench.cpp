@@ -149,7 +149,7 @@ struct OurSteps {
     rows.resize(starts[counts.size()]);
     values.resize(starts[counts.size()]);
     diagonal.resize(counts.size());
-    quor::factorizeFronts(permuted->lower, *supernodes, tree, width,
+    quor::factorizeFronts(*permuted, *supernodes, tree, width,
                           {starts.data(), rows.data(), values.data(), diagonal.data()});
   }
 };

@@ -123,7 +123,7 @@ int main() {
 
   bool isAllSame = isSame("weld", weldFingerprint(), 0x468E57C16E2CB784);
   isAllSame &= isSame("stiffness", stiffnessFingerprint(mesh), 0x5C716167CB8BFF6A);
-  isAllSame &= isSame("field", field.value(), 0x9A98A83EDC221BA7);
+  isAllSame &= isSame("field", field.value(), 0x6FE84E657ADADAAF);
   isAllSame &= isSame("sphere", sphereFingerprint(), 0x31E1CAE009121118);
   isAllSame &= isSame("files", fileFingerprint(mesh, handle), 0x198208F8EF754CB8);
   return isAllSame ? 0 : 1;

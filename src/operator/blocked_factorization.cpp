@@ -29,28 +29,29 @@ double operations(const Eigen::VectorXi& columnCounts) {
 
 BlockedFactorization::BlockedFactorization(const SparseMatrix& matrix) {
   m_P = orderByMinimumDegree(matrix, m_Pinv);
-  const auto& [upper, lower] = PermutedTriangles(matrix, m_P, m_Pinv);
-  analyze(upper, lower);
-  if (!factorizeBlocks(upper, lower)) {
-    factorize_preordered<true>(upper);
+  const PermutedTriangles permuted(matrix, m_P, m_Pinv);
+  analyze(permuted);
+  if (!factorizeBlocks(permuted)) {
+    factorize_preordered<true>(permuted.upper);
   }
 }
 
 /// Sets the elimination tree and the column counts and makes room for L: the same as Eigen's
 /// analysis, which sums the counts in 32 bits, whatever they come to.
-void BlockedFactorization::analyze(const SparseMatrix& upper, const SparseMatrix& lower) {
-  m_parent = eliminationTree(upper);
-  m_nonZerosPerCol = columnCounts(lower, m_parent);
+void BlockedFactorization::analyze(const PermutedTriangles& matrix) {
+  const Eigen::Index n = matrix.upper.cols();
+  m_parent = eliminationTree(matrix.upper);
+  m_nonZerosPerCol = columnCounts(matrix.lower, m_parent);
   if (m_nonZerosPerCol.cast<std::int64_t>().sum() > kMaxIndex) {
     throw std::length_error("vector");
   }
-  m_matrix.resize(upper.rows(), upper.cols());
+  m_matrix.resize(n, n);
   int* const columnStart = m_matrix.outerIndexPtr();
   columnStart[0] = 0;
-  for (Eigen::Index j = 0; j < upper.cols(); ++j) {
+  for (Eigen::Index j = 0; j < n; ++j) {
     columnStart[j + 1] = columnStart[j] + m_nonZerosPerCol[j];
   }
-  m_matrix.resizeNonZeros(columnStart[upper.cols()]);
+  m_matrix.resizeNonZeros(columnStart[n]);
   this->Eigen::SparseSolverBase<SimplicialLDLT>::m_isInitialized = true;
   m_info = Eigen::Success;
   m_analysisIsOk = true;
@@ -58,19 +59,19 @@ void BlockedFactorization::analyze(const SparseMatrix& upper, const SparseMatrix
 
 /// The numeric step by blocks. An entry that is not finite comes to a pivot that is not finite.
 /// @return false if Eigen's must do it
-bool BlockedFactorization::factorizeBlocks(const SparseMatrix& upper, const SparseMatrix& lower) {
+bool BlockedFactorization::factorizeBlocks(const PermutedTriangles& matrix) {
   if (operations(m_nonZerosPerCol) < kBlocksPay) {
     return false;
   }
-  const Supernodes supernodes(upper, m_parent, m_nonZerosPerCol);
+  const Supernodes supernodes(matrix.upper, m_parent, m_nonZerosPerCol);
   const FrontTree tree = groupIntoFronts(supernodes);
   constexpr std::int64_t entrySize = sizeof(double) + sizeof(int);  // in L
   if (workSize(tree) * std::int64_t{sizeof(double)} > m_matrix.nonZeros() * entrySize) {
     return false;
   }
-  m_diag.resize(upper.cols());
+  m_diag.resize(matrix.upper.cols());
   m_factorizationIsOk = factorizeFronts(
-      lower, supernodes, tree, widestVectors(),
+      matrix, supernodes, tree, widestVectors(),
       {m_matrix.outerIndexPtr(), m_matrix.innerIndexPtr(), m_matrix.valuePtr(), m_diag.data()});
   return m_factorizationIsOk;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "api/solver_handle.h"
+#include "operator/permuted_triangles.h"
 
 namespace quor {
 
@@ -20,13 +21,12 @@ class BlockedFactorization : public Factorization {
   /// Factorizes; info() tells the outcome.
   /// Throws std::length_error("vector") if L would have more than 2^31 - 1 entries, or the ordering
   /// would need more room than that, before anything is computed; and std::bad_alloc.
-  /// @param matrix  symmetric, both triangles stored, compressed, rows ascending; the values of the
-  ///                lower one are read
+  /// @param matrix  symmetric, both triangles stored, compressed, rows ascending
   explicit BlockedFactorization(const SparseMatrix& matrix);
 
  private:
-  void analyze(const SparseMatrix& upper, const SparseMatrix& lower);
-  bool factorizeBlocks(const SparseMatrix& upper, const SparseMatrix& lower);
+  void analyze(const PermutedTriangles& matrix);
+  bool factorizeBlocks(const PermutedTriangles& matrix);
 };
 
 }  // namespace quor

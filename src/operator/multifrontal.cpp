@@ -1,23 +1,67 @@
 #include "operator/multifrontal.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 #include <vector>
 
 namespace quor {
 namespace {
 
+/// The entries of the diagonal, and the columns with which they are added.
+///
+/// Entry (i, i) is added with the earlier column that has the largest entry in row i, or with its
+/// own. What is subtracted on behalf of that column, nearly all of the diagonal at a sliver, so
+/// meets it at once. With column i it would find a sum of its own size, to which much had been
+/// added, every time with that size's rounding error.
+class Diagonal {
+ public:
+  static constexpr int kNone = -1;
+
+  explicit Diagonal(const SparseMatrix& upper)
+      : values_(upper.cols()),
+        first_(Eigen::VectorXi::Constant(upper.cols(), kNone)),
+        next_(upper.cols()) {
+    for (int i = 0; i < upper.cols(); ++i) {
+      double value = 0.0;
+      double largest = 0.0;
+      int with = i;
+      for (SparseMatrix::InnerIterator entry(upper, i); entry; ++entry) {
+        const bool isDiagonal = entry.index() == i;
+        value = isDiagonal ? entry.value() : value;
+        const double size = isDiagonal ? 0.0 : std::abs(entry.value());
+        with = size > largest ? entry.index() : with;
+        largest = size > largest ? size : largest;
+      }
+      values_[i] = value;
+      next_[i] = std::exchange(first_[with], i);
+    }
+  }
+
+  double value(int i) const { return values_[i]; }
+  /// The first entry that is added with column j, or kNone.
+  int first(int j) const { return first_[j]; }
+  /// The next entry that is added with the same column as entry i, or kNone.
+  int next(int i) const { return next_[i]; }
+
+ private:
+  Eigen::VectorXd values_;
+  Eigen::VectorXi first_, next_;
+};
+
 class Multifrontal {
  public:
-  Multifrontal(const SparseMatrix& lower, const Supernodes& supernodes, const FrontTree& tree,
+  Multifrontal(const PermutedTriangles& matrix, const Supernodes& supernodes, const FrontTree& tree,
                VectorWidth width, const FactorArrays& factor)
-      : lower_(lower),
+      : lower_(matrix.lower),
+        diagonal_(matrix.upper),
         supernodes_(supernodes),
         tree_(tree),
         factor_(factor),
         dense_(tree.largestFront, width),
         stack_(tree.largestStack),
         stackTop_(stack_.data()),
-        places_(lower.cols()) {
+        places_(lower_.cols()) {
     indices_.reserve(static_cast<std::size_t>(tree.largestFront));
     childPlaces_.reserve(static_cast<std::size_t>(tree.largestFront));
     waiting_.reserve(tree.fronts.size());
@@ -63,10 +107,13 @@ class Multifrontal {
 
   void addMatrix(const Front& front) {
     for (int place = 0; place < front.columns; ++place) {
+      const int j = indices_[static_cast<std::size_t>(place)];
       double* const column = dense_.column(place);
-      for (SparseMatrix::InnerIterator entry(lower_, indices_[static_cast<std::size_t>(place)]);
-           entry; ++entry) {
+      for (SparseMatrix::InnerIterator entry(lower_, j); entry; ++entry) {
         column[places_[entry.index()]] += entry.value();
+      }
+      for (int i = diagonal_.first(j); i != Diagonal::kNone; i = diagonal_.next(i)) {
+        dense_.column(places_[i])[places_[i]] += diagonal_.value(i);
       }
     }
   }
@@ -140,6 +187,7 @@ class Multifrontal {
   }
 
   const SparseMatrix& lower_;
+  const Diagonal diagonal_;
   const Supernodes& supernodes_;
   const FrontTree& tree_;
   const FactorArrays& factor_;
@@ -159,9 +207,9 @@ std::int64_t workSize(const FrontTree& tree) {
   return DenseFront::room(tree.largestFront) + tree.largestStack;
 }
 
-bool factorizeFronts(const SparseMatrix& lower, const Supernodes& supernodes, const FrontTree& tree,
-                     VectorWidth width, const FactorArrays& factor) {
-  return Multifrontal(lower, supernodes, tree, width, factor).run();
+bool factorizeFronts(const PermutedTriangles& matrix, const Supernodes& supernodes,
+                     const FrontTree& tree, VectorWidth width, const FactorArrays& factor) {
+  return Multifrontal(matrix, supernodes, tree, width, factor).run();
 }
 
 }  // namespace quor

@@ -7,6 +7,7 @@
 
 #include "operator/dense_front.h"
 #include "operator/front_tree.h"
+#include "operator/permuted_triangles.h"
 #include "operator/supernodes.h"
 
 #include <cstdint>
@@ -29,9 +30,9 @@ std::int64_t workSize(const FrontTree& tree);
 /// fronts, eliminates its columns, stores them, and leaves the rest on a stack for its parent. The
 /// fronts' order makes the children's remainders the topmost ones. Nothing is recursive.
 /// Throws std::bad_alloc.
-/// @param lower  the matrix, entries (i, j) with i >= j
+/// @param matrix  in the order of elimination
 /// @return false, and undefined arrays, if a pivot is zero or not finite
-bool factorizeFronts(const SparseMatrix& lower, const Supernodes& supernodes, const FrontTree& tree,
-                     VectorWidth width, const FactorArrays& factor);
+bool factorizeFronts(const PermutedTriangles& matrix, const Supernodes& supernodes,
+                     const FrontTree& tree, VectorWidth width, const FactorArrays& factor);
 
 }  // namespace quor

@@ -51,7 +51,7 @@ PermutedTriangles::PermutedTriangles(const SparseMatrix& matrix, const Permutati
     for (int k = starts[old]; k < starts[old + 1]; ++k) {
       const int row = newIndex[rows[k]];
       above.put(row, values[k], row <= column);
-      below.put(row, values[k], row >= column);
+      below.put(row, values[k], row > column);
     }
     upper.outerIndexPtr()[column + 1] = above.count;
     lower.outerIndexPtr()[column + 1] = below.count;

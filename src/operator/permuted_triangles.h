@@ -6,8 +6,8 @@
 
 namespace quor {
 
-/// The two triangles of P A P^T, each with the diagonal. The rows of a column stand in the order in
-/// which A has them, as in what Eigen's twistedBy makes of the lower triangle of A.
+/// The upper triangle of P A P^T with the diagonal, and the lower one without. The rows of a column
+/// stand in the order in which A has them, as in what Eigen's twistedBy makes of A's lower triangle.
 struct PermutedTriangles {
   SparseMatrix upper, lower;
 
