@@ -11,11 +11,14 @@ namespace {
 
 using Triangle = std::array<std::int32_t, 3>;
 
-/// The same for every order of the corners.
+/// The same for every order of the corners. Without branches, which would often go wrong.
 Triangle sorted(const Triangle& t) {
-  const std::int32_t low = std::min(t[0], t[1]);
-  const std::int32_t high = std::max(t[0], t[1]);
-  return {std::min(low, t[2]), std::max(low, std::min(high, t[2])), std::max(high, t[2])};
+  const auto [a, b, c] = t;
+  const std::int32_t low = a < b ? a : b;
+  const std::int32_t high = a < b ? b : a;
+  const std::int32_t lowest = low < c ? low : c;
+  const std::int32_t highest = high < c ? c : high;
+  return {lowest, a ^ b ^ c ^ lowest ^ highest, highest};
 }
 
 std::uint64_t hashOf(const Triangle& key) {

@@ -6,9 +6,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <cstdlib>
+#include <memory>
+#include <new>
 #include <utility>
-#include <vector>
 
 namespace quor {
 
@@ -19,19 +20,20 @@ inline std::uint64_t mixHash(std::uint64_t hash, std::uint64_t word) {
   return hash ^ (hash >> 32U);
 }
 
-/// Open addressing with linear probing, at most half full. A slot is 32 bits wide: the index in its
-/// lower bits and above it as much of the hash as there is room for, so that nearly every record
-/// looked at is one with the hash in question.
+/// Open addressing with linear probing, at most half full. A slot is 32 bits wide: one more than
+/// the index in its lower bits, and above it as much of the hash as there is room for, so that
+/// nearly every record looked at is one with the hash in question. An empty slot is 0, and a table
+/// of zeros comes from the system as it is, without a pass over it.
 class HashIndex {
  public:
   static constexpr std::int32_t kNone = -1;
 
+  /// Throws std::bad_alloc.
   /// @param expected    entries that fit without growing
   /// @param indexLimit  all indices are below it
   HashIndex(std::size_t expected, std::int32_t indexLimit) {
-    // Wide enough for the limit itself, so that no index has all bits set.
-    while ((std::uint64_t{1} << indexBits_) <= static_cast<std::uint64_t>(indexLimit)) {
-      ++indexBits_;
+    while (indexMask_ < static_cast<std::uint64_t>(indexLimit)) {
+      indexMask_ = 2 * indexMask_ + 1;
     }
     resize(expected);
   }
@@ -47,36 +49,37 @@ class HashIndex {
   template <typename Accept>
   std::size_t locate(std::uint64_t hash, const Accept& accept) const {
     std::size_t slot = home(hash);
-    while (slots_[slot] != kEmpty && !(isTagged(slots_[slot], hash) && accept(index(slot)))) {
-      slot = (slot + 1) & (slots_.size() - 1);
+    while (slots_[slot] != 0 && !(isTagged(slots_[slot], hash) && accept(index(slot)))) {
+      slot = (slot + 1) & (slotCount_ - 1);
     }
     return slot;
   }
 
   /// The index in a slot, kNone if it is empty.
   std::int32_t index(std::size_t slot) const {
-    return slots_[slot] == kEmpty ? kNone : static_cast<std::int32_t>(slots_[slot] & indexMask());
+    return static_cast<std::int32_t>(slots_[slot] & indexMask()) - 1;
   }
 
   /// Fills an empty slot that locate returned.
   void fill(std::size_t slot, std::uint64_t hash, std::int32_t index) {
     slots_[slot] =
-        (static_cast<std::uint32_t>(hash) & ~indexMask()) | static_cast<std::uint32_t>(index);
+        (static_cast<std::uint32_t>(hash) & ~indexMask()) | static_cast<std::uint32_t>(index + 1);
     ++size_;
   }
 
   std::size_t size() const { return size_; }
-  bool isFull() const { return 2 * size_ >= slots_.size(); }
+  bool isFull() const { return 2 * size_ >= slotCount_; }
 
   /// Makes room for more entries, at least for twice as many.
   /// @param hashOf  takes an index and returns the hash of its record
   template <typename HashOf>
   void grow(std::size_t expected, const HashOf& hashOf) {
-    const std::vector<std::uint32_t> old = std::move(slots_);
-    resize(std::max(expected, old.size()));
-    for (const std::uint32_t entry : old) {
-      if (entry != kEmpty) {
-        const auto index = static_cast<std::int32_t>(entry & indexMask());
+    const Slots old = std::move(slots_);
+    const std::size_t oldCount = slotCount_;
+    resize(std::max(expected, oldCount));
+    for (std::size_t slot = 0; slot < oldCount; ++slot) {
+      if (old[slot] != 0) {
+        const auto index = static_cast<std::int32_t>(old[slot] & indexMask()) - 1;
         const std::uint64_t hash = hashOf(index);
         fill(locate(hash, [](std::int32_t) { return false; }), hash, index);
       }
@@ -84,30 +87,37 @@ class HashIndex {
   }
 
  private:
-  static constexpr std::uint32_t kEmpty = std::numeric_limits<std::uint32_t>::max();
+  struct Free {
+    void operator()(std::uint32_t* slots) const { std::free(slots); }
+  };
+  using Slots = std::unique_ptr<std::uint32_t[], Free>;
 
   void resize(std::size_t entries) {
-    slotBits_ = 6;
-    while ((std::size_t{1} << slotBits_) < 2 * entries) {
-      ++slotBits_;
+    shift_ = 64 - 6;
+    while ((std::size_t{1} << (64 - shift_)) < 2 * entries) {
+      --shift_;
     }
-    slots_.assign(std::size_t{1} << slotBits_, kEmpty);
+    slotCount_ = std::size_t{1} << (64 - shift_);
+    slots_.reset(static_cast<std::uint32_t*>(std::calloc(slotCount_, sizeof(std::uint32_t))));
+    if (slots_ == nullptr) {
+      throw std::bad_alloc();
+    }
     size_ = 0;
   }
 
   // The slot comes from the upper bits of the hash, the tag from bits 31 downwards.
-  std::size_t home(std::uint64_t hash) const {
-    return static_cast<std::size_t>(hash >> (64U - slotBits_));
-  }
-  std::uint32_t indexMask() const { return (std::uint32_t{1} << indexBits_) - 1; }
+  std::size_t home(std::uint64_t hash) const { return static_cast<std::size_t>(hash >> shift_); }
+  std::uint32_t indexMask() const { return static_cast<std::uint32_t>(indexMask_); }
   bool isTagged(std::uint32_t entry, std::uint64_t hash) const {
-    return ((entry ^ static_cast<std::uint32_t>(hash)) >> indexBits_) == 0;
+    return ((entry ^ static_cast<std::uint32_t>(hash)) & ~indexMask()) == 0;
   }
 
-  std::vector<std::uint32_t> slots_;
+  Slots slots_;
+  std::size_t slotCount_ = 0;
   std::size_t size_ = 0;
-  unsigned slotBits_ = 0;
-  unsigned indexBits_ = 0;
+  // In 64 bits, which no store of the caller's 32-bit results can change: they stay in registers.
+  std::uint64_t shift_ = 0;      ///< from a hash to its slot
+  std::uint64_t indexMask_ = 0;  ///< the index's bits of a slot
 };
 
 }  // namespace quor

@@ -5,8 +5,8 @@
 
 #include "weld/near_points.h"
 
-#include "weld/cell_order.h"
 #include "util/machine.h"
+#include "weld/cell_order.h"
 #include "weld/point_block.h"
 
 #include <algorithm>
