@@ -1,8 +1,4 @@
 // The order in which the unknowns are eliminated.
-//
-// Sources: P. R. Amestoy, T. A. Davis, I. S. Duff, An approximate minimum degree ordering
-// algorithm, SIAM J. Matrix Anal. Appl. 17 (1996); T. A. Davis, Direct Methods for Sparse Linear
-// Systems (2006), section 7.1, whose way to break ties, and so whose result, is Eigen's too.
 #pragma once
 
 #include "api/solver_handle.h"

@@ -38,7 +38,7 @@ class HashIndex {
     resize(expected);
   }
 
-  void prefetchSlot(std::uint64_t hash) const { prefetch(&slots_[home(hash)]); }
+  void prefetchSlot(std::uint64_t hash) const { prefetch(&slots()[home(hash)]); }
 
   /// The index that stands first where `hash` leads: likely, not surely, one with that hash.
   std::int32_t guess(std::uint64_t hash) const { return index(home(hash)); }
@@ -49,7 +49,7 @@ class HashIndex {
   template <typename Accept>
   std::size_t locate(std::uint64_t hash, const Accept& accept) const {
     std::size_t slot = home(hash);
-    while (slots_[slot] != 0 && !(isTagged(slots_[slot], hash) && accept(index(slot)))) {
+    while (slots()[slot] != 0 && !(isTagged(slots()[slot], hash) && accept(index(slot)))) {
       slot = (slot + 1) & (slotCount_ - 1);
     }
     return slot;
@@ -57,12 +57,12 @@ class HashIndex {
 
   /// The index in a slot, kNone if it is empty.
   std::int32_t index(std::size_t slot) const {
-    return static_cast<std::int32_t>(slots_[slot] & indexMask()) - 1;
+    return static_cast<std::int32_t>(slots()[slot] & indexMask()) - 1;
   }
 
   /// Fills an empty slot that locate returned.
   void fill(std::size_t slot, std::uint64_t hash, std::int32_t index) {
-    slots_[slot] =
+    slots()[slot] =
         (static_cast<std::uint32_t>(hash) & ~indexMask()) | static_cast<std::uint32_t>(index + 1);
     ++size_;
   }
@@ -78,8 +78,8 @@ class HashIndex {
     const std::size_t oldCount = slotCount_;
     resize(std::max(expected, oldCount));
     for (std::size_t slot = 0; slot < oldCount; ++slot) {
-      if (old[slot] != 0) {
-        const auto index = static_cast<std::int32_t>(old[slot] & indexMask()) - 1;
+      if (old.get()[slot] != 0) {
+        const auto index = static_cast<std::int32_t>(old.get()[slot] & indexMask()) - 1;
         const std::uint64_t hash = hashOf(index);
         fill(locate(hash, [](std::int32_t) { return false; }), hash, index);
       }
@@ -90,7 +90,7 @@ class HashIndex {
   struct Free {
     void operator()(std::uint32_t* slots) const { std::free(slots); }
   };
-  using Slots = std::unique_ptr<std::uint32_t[], Free>;
+  using Slots = std::unique_ptr<std::uint32_t, Free>;
 
   void resize(std::size_t entries) {
     shift_ = 64 - 6;
@@ -105,6 +105,7 @@ class HashIndex {
     size_ = 0;
   }
 
+  std::uint32_t* slots() const { return slots_.get(); }
   // The slot comes from the upper bits of the hash, the tag from bits 31 downwards.
   std::size_t home(std::uint64_t hash) const { return static_cast<std::size_t>(hash >> shift_); }
   std::uint32_t indexMask() const { return static_cast<std::uint32_t>(indexMask_); }
