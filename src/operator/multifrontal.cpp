@@ -105,6 +105,8 @@ class Multifrontal {
     }
   }
 
+  /// Adds the entries of the front's columns below the diagonal, and those of the diagonal that go
+  /// with them: all are among the front's rows.
   void addMatrix(const Front& front) {
     for (int place = 0; place < front.columns; ++place) {
       const int j = indices_[static_cast<std::size_t>(place)];

@@ -23,7 +23,8 @@ struct FactorArrays {
   double* diagonal;
 };
 
-/// How many doubles factorizeFronts allocates.
+/// How many doubles factorizeFronts allocates for its fronts. Besides, it needs a few numbers per
+/// row.
 std::int64_t workSize(const FrontTree& tree);
 
 /// Factorizes. Every front adds up the entries of its columns and what is left of its children's

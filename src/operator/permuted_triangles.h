@@ -7,7 +7,8 @@
 namespace quor {
 
 /// The upper triangle of P A P^T with the diagonal, and the lower one without. The rows of a column
-/// stand in the order in which A has them, as in what Eigen's twistedBy makes of A's lower triangle.
+/// stand in the order in which A has them, as in what Eigen's twistedBy makes of A's lower
+/// triangle.
 struct PermutedTriangles {
   SparseMatrix upper, lower;
 
