@@ -5,10 +5,12 @@
 namespace quor {
 namespace {
 
-/// Adding 0.0 turns -0.0 into 0.0: they are equal.
-std::uint64_t hashOf(Point p) {
-  return mixHash(mixHash(mixHash(0, bitsOf(p[0] + 0.0)), bitsOf(p[1] + 0.0)), bitsOf(p[2] + 0.0));
-}
+struct EqualHash {
+  /// Adding 0.0 turns -0.0 into 0.0: they are equal.
+  std::uint64_t operator()(Point p) const {
+    return mixHash(mixHash(mixHash(0, bitsOf(p[0] + 0.0)), bitsOf(p[1] + 0.0)), bitsOf(p[2] + 0.0));
+  }
+};
 
 /// Fewer than one in 32 was an equal of an earlier point.
 bool areEqualsRare(std::size_t distinct, std::size_t seen) {
@@ -22,9 +24,9 @@ std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
   std::vector<std::int32_t> distinct;
   std::int32_t seen = 0;
   {
-    PointHash table(count, points, hashOf);
-    seen = table.forEach([&](std::int32_t i, std::uint64_t hash) {
-      if (i == count / 32 && areEqualsRare(distinct.size(), static_cast<std::size_t>(i))) {
+    PointHash table(count, points, EqualHash{});
+    seen = table.forEach(forest, [&](std::int32_t i, std::uint64_t hash) {
+      if (i > count / 32 && areEqualsRare(distinct.size(), static_cast<std::size_t>(i))) {
         return false;
       }
       const Point p = points[i];

@@ -40,8 +40,12 @@ class HashIndex {
 
   void prefetchSlot(std::uint64_t hash) const { prefetch(&slots()[home(hash)]); }
 
-  /// The index that stands first where `hash` leads: likely, not surely, one with that hash.
-  std::int32_t guess(std::uint64_t hash) const { return index(home(hash)); }
+  /// The index that stands first where `hash` leads, if it is likely to be one with that hash, else
+  /// another.
+  std::int32_t guess(std::uint64_t hash, std::int32_t other) const {
+    const std::size_t slot = home(hash);
+    return select(slots()[slot] != 0 && isTagged(slots()[slot], hash), index(slot), other);
+  }
 
   /// Offers the entries with this hash, and now and then another one, until one is accepted.
   /// @param accept  takes an index

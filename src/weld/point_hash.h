@@ -1,44 +1,62 @@
 // Runs over points with a hash table of the distinct ones among them.
 #pragma once
 
+#include "util/machine.h"
 #include "weld/hash_index.h"
 #include "weld/point.h"
+#include "weld/point_forest.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace quor {
 
-/// A hash index of points that hides the two waits of a look-up, one for the slot and one for the
-/// point it leads to: both are asked for well before their turn.
-/// @tparam Hash  takes a Point and returns its hash
+/// A hash index of points, behind a small table of those seen last. The index is large and its
+/// slots are asked for in no order, so that look-ups wait for memory; but most points of a triangle
+/// soup repeat one that came shortly before, and the small table stays in the cache.
+///
+/// Points are taken block by block, and every step runs over a whole block before the next step:
+/// what a step will need is asked for in the one before, and the waits overlap.
+/// @tparam Hash  takes a Point and returns its hash, the same for equal points
 template <typename Hash>
 class PointHash {
  public:
-  PointHash(std::int32_t count, PointArray points, Hash hash)
+  /// @param count  number of points, at least 1
+  PointHash(std::int32_t count, PointArray points, const Hash& hash)
       : count_(count),
         points_(points),
         hash_(hash),
         // In a triangle soup one point in six is new.
-        index_(static_cast<std::size_t>(count) / 8, count) {}
+        index_(static_cast<std::size_t>(count) / 8, count),
+        recent_(std::size_t{1} << recentBits(count)),
+        recentShift_(64 - recentBits(count)) {}
 
-  /// Calls visit(i, hash of point i) for every point in order until it returns false.
-  /// @return how many points were visited with success
+  /// Makes every point that equals one seen shortly before a child of that one in the forest, and
+  /// calls visit(i, hash of point i) for the others in order until it returns false. All points
+  /// that are not finite are among the others.
+  /// @return the point for which visit returned false, and the content of the forest from there on
+  ///         is of no use; else the number of points
   template <typename Visit>
-  std::int32_t forEach(const Visit& visit) {
-    for (std::int32_t i = 0; i < std::min(kSlotAhead, count_); ++i) {
-      prepare(i);
+  std::int32_t forEach(PointForest forest, const Visit& visit) {
+    if (!visit(0, hash_(points_[0]))) {
+      return 0;
     }
-    for (std::int32_t i = 0; i < count_; ++i) {
-      const std::uint64_t hash = prepared(i);
-      if (i < count_ - kSlotAhead) {
-        prepare(i + kSlotAhead);
-        prefetch(points_[std::max(index_.guess(prepared(i + kPointAhead)), 0)]);
+    for (std::int32_t begin = 1; begin < count_; begin += blockSize(begin)) {
+      const auto size = static_cast<std::size_t>(blockSize(begin));
+      guessEquals(begin, size);
+      const std::size_t others = linkEquals(begin, size, forest);
+      hashOthers(others);
+      for (std::size_t k = 0; k < others; ++k) {
+        prefetch(points_[index_.guess(hashes_[k], begin)]);
       }
-      if (!visit(i, hash)) {
-        return i;
+      for (std::size_t k = 0; k < others; ++k) {
+        if (!visit(others_[k], hashes_[k])) {
+          return others_[k];
+        }
       }
     }
     return count_;
@@ -63,21 +81,79 @@ class PointHash {
   }
 
  private:
-  static constexpr std::int32_t kSlotAhead = 32;
-  static constexpr std::int32_t kPointAhead = 16;
-  static constexpr std::size_t kRing = 64;
+  static constexpr std::int32_t kBlock = 512;
 
-  void prepare(std::int32_t i) {
-    prepared(i) = hash_(points_[i]);
-    index_.prefetchSlot(prepared(i));
+  /// At most 64 KB, and a byte a point where there are few.
+  static unsigned recentBits(std::int32_t count) {
+    unsigned bits = 4;
+    while (bits < 14 && (std::int32_t{4} << bits) < count) {
+      ++bits;
+    }
+    return bits;
   }
-  std::uint64_t& prepared(std::int32_t i) { return ring_[static_cast<std::size_t>(i) % kRing]; }
+
+  std::int32_t blockSize(std::int32_t begin) const { return std::min(kBlock, count_ - begin); }
+
+  /// The same for points with the same bits. Its upper bits are the mixed ones: there a multiple
+  /// gathers what its factor has in the lower half, where by the turn a coordinate's upper bits
+  /// are.
+  static std::uint64_t quickHash(Point p) {
+    const auto turned = [](double c) { return bitsOf(c) << 32U | bitsOf(c) >> 32U; };
+    return turned(p[0]) * 0x9E3779B97F4A7C15U + turned(p[1]) * 0xD6E8FEB86659FD93U +
+           turned(p[2]) * 0xA0761D6478BD642FU;
+  }
+
+  /// For every point of the block a point before it that is likely to be its equal, if any is: the
+  /// last one with its entry in the table, or point 0.
+  void guessEquals(std::int32_t begin, std::size_t size) {
+    const PointArray points = points_;
+    std::int32_t* const table = recent_.data();
+    const std::int32_t nextBlock =
+        std::min(kBlock, count_ - begin - static_cast<std::int32_t>(size));
+    for (std::size_t k = 0; k < size; ++k) {
+      const auto i = begin + static_cast<std::int32_t>(k);
+      prefetch(points[i + nextBlock]);
+      std::int32_t& recent = table[quickHash(points[i]) >> recentShift_];
+      prefetch(points[recent]);
+      guesses_[k] = recent;
+      recent = i;
+    }
+  }
+
+  /// @return the number of points of the block, now in others_, that differ from their guess
+  std::size_t linkEquals(std::int32_t begin, std::size_t size, PointForest forest) {
+    const PointArray points = points_;
+    std::size_t others = 0;
+    for (std::size_t k = 0; k < size; ++k) {
+      const auto i = begin + static_cast<std::int32_t>(k);
+      forest.parent(i) = guesses_[k];
+      const Point p = points[i];
+      const Point q = points[guesses_[k]];
+      // Differences are 0 for equal finite coordinates only.
+      const double apart = std::abs(p[0] - q[0]) + std::abs(p[1] - q[1]) + std::abs(p[2] - q[2]);
+      others_[others] = i;
+      others += static_cast<std::size_t>(!(apart == 0.0));  // a branch would often go wrong
+    }
+    return others;
+  }
+
+  void hashOthers(std::size_t others) {
+    for (std::size_t k = 0; k < others; ++k) {
+      hashes_[k] = hash_(points_[others_[k]]);
+      index_.prefetchSlot(hashes_[k]);
+    }
+  }
 
   std::int32_t count_;
   PointArray points_;
   Hash hash_;
   HashIndex index_;
-  std::array<std::uint64_t, kRing> ring_{};
+  std::vector<std::int32_t> recent_;
+  unsigned recentShift_;  ///< from a hash to its entry
+  // Of the block:
+  std::array<std::int32_t, kBlock> guesses_;
+  std::array<std::int32_t, kBlock> others_;
+  std::array<std::uint64_t, kBlock> hashes_;
 };
 
 }  // namespace quor

@@ -67,35 +67,75 @@ bool isMostlyDifferent(std::int64_t different, std::int64_t points) {
   return different > 64 + points - points / 32;
 }
 
-}  // namespace
+struct CellHash {
+  CellNumbers numbers;
+  std::uint64_t operator()(Point p) const { return hashOf(numbers.of(p)); }
+};
 
-bool linkInSparseCells(std::int32_t count, PointArray points, PointForest forest,
-                       double tolerance) {
-  const double reach = tolerance * tolerance;
-  const CellNumbers numbers(tolerance);
-  if (!numbers.isUsable()) {
-    return false;
+class SparseCells {
+ public:
+  SparseCells(std::int32_t count, PointArray points, PointForest forest, double tolerance)
+      : count_(count),
+        points_(points),
+        forest_(forest),
+        reach_(tolerance * tolerance),
+        numbers_(tolerance),
+        table_(count, points, CellHash{numbers_}) {}
+
+  bool run() {
+    const auto visitNext = [this](std::int32_t i, std::uint64_t hash) { return visit(i, hash); };
+    return table_.forEach(forest_, visitNext) == count_;
   }
-  PointHash table(count, points, [&](Point p) { return hashOf(numbers.of(p)); });
-  std::int64_t different = 0;  // points, so far
-  std::int64_t looks = 0;      // at points different from the one in question
 
-  const auto linkIfNear = [&](std::int32_t i, std::int32_t j) {
-    ++looks;
-    if (squaredDistance(points[i], points[j]) < reach) {
-      forest.attach(i, j);
+ private:
+  /// Links point i to the near ones before it.
+  /// @return false if cells are not the way for these points
+  bool visit(std::int32_t i, std::uint64_t hash) {
+    const Point p = points_[i];
+    forest_.parent(i) = i;
+    const std::size_t slot = table_.locate(hash, [&](std::int32_t j) {
+      if (hasSameBits(p, points_[j])) {
+        forest_.attach(i, j);
+        return true;  // whatever is near to point i has been linked to j, or will be
+      }
+      linkIfNear(i, j);
+      return false;
+    });
+    if (table_.index(slot) != HashIndex::kNone) {
+      return true;
     }
-  };
-  // Points of other cells that are near to point i lie beyond a wall that it stands close to.
-  const auto linkBeyondWalls = [&](std::int32_t i) {
-    const Cell own = numbers.of(points[i]);
-    const Cell first = numbers.first(points[i]);
-    const Cell last = numbers.last(points[i]);
+    if (!numbers_.canNumber(p)) {
+      return !isFinite(p);  // one that is not finite is near nothing
+    }
+    table_.add(slot, hash, i);
+    linkBeyondWalls(i);
+    ++different_;
+    return !isCrowded(looks_, i) && !(i > count_ / 32 && isMostlyDifferent(different_, i));
+  }
+
+  void linkIfNear(std::int32_t i, std::int32_t j) {
+    ++looks_;
+    if (squaredDistance(points_[i], points_[j]) < reach_) {
+      forest_.attach(i, j);
+    }
+  }
+
+  /// Points of other cells that are near to point i lie beyond a wall that it stands close to.
+  void linkBeyondWalls(std::int32_t i) {
+    const Cell first = numbers_.first(points_[i]);
+    const Cell last = numbers_.last(points_[i]);
+    if (first != last) {
+      linkInOtherCells(i, first, last);
+    }
+  }
+
+  void linkInOtherCells(std::int32_t i, const Cell& first, const Cell& last) {
+    const Cell own = numbers_.of(points_[i]);
     for (std::uint64_t x = first[0]; x <= last[0]; ++x) {
       for (std::uint64_t y = first[1]; y <= last[1]; ++y) {
         for (std::uint64_t z = first[2]; z <= last[2]; ++z) {
           if (const Cell cell{x, y, z}; cell != own) {
-            table.locate(hashOf(cell), [&](std::int32_t j) {
+            table_.locate(hashOf(cell), [&](std::int32_t j) {
               linkIfNear(i, j);
               return false;
             });
@@ -103,31 +143,23 @@ bool linkInSparseCells(std::int32_t count, PointArray points, PointForest forest
         }
       }
     }
-  };
+  }
 
-  const std::int32_t linked = table.forEach([&](std::int32_t i, std::uint64_t hash) {
-    const Point p = points[i];
-    forest.parent(i) = i;
-    const std::size_t slot = table.locate(hash, [&](std::int32_t j) {
-      if (hasSameBits(p, points[j])) {
-        forest.attach(i, j);
-        return true;  // whatever is near to point i has been linked to j, or will be
-      }
-      linkIfNear(i, j);
-      return false;
-    });
-    if (table.index(slot) != HashIndex::kNone) {
-      return true;
-    }
-    if (!numbers.canNumber(p)) {
-      return !isFinite(p);  // one that is not finite is near nothing
-    }
-    table.add(slot, hash, i);
-    linkBeyondWalls(i);
-    ++different;
-    return !isCrowded(looks, i) && !(i > count / 32 && isMostlyDifferent(different, i));
-  });
-  return linked == count;
+  std::int32_t count_;
+  PointArray points_;
+  PointForest forest_;
+  double reach_;
+  CellNumbers numbers_;
+  PointHash<CellHash> table_;
+  std::int64_t different_ = 0;  ///< points, so far
+  std::int64_t looks_ = 0;      ///< at points different from the one in question
+};
+
+}  // namespace
+
+bool linkInSparseCells(std::int32_t count, PointArray points, PointForest forest,
+                       double tolerance) {
+  return CellNumbers(tolerance).isUsable() && SparseCells(count, points, forest, tolerance).run();
 }
 
 }  // namespace quor

@@ -103,16 +103,17 @@ inline const Nasty kNasty[] = {
        }
        return points;
      }},
-    {"few distinct points",
+    {"few distinct points, some of them not finite",
      [](Random& random, int count, double& tolerance) {
        tolerance = std::exp(uniform(random, -8, 1));
+       const double odd[] = {kNaN, kInfinity, -kInfinity, 0.0, -0.0};
        std::vector<double> distinct;
-       for (int i = 0; i < 3 * 7; ++i) {
-         distinct.push_back(uniform(random, 0, 1));
+       for (int i = 0; i < 3 * 9; ++i) {
+         distinct.push_back(below(random, 9) == 0 ? odd[below(random, 5)] : uniform(random, 0, 1));
        }
        std::vector<double> points;
        for (int i = 0; i < count; ++i) {
-         const double* p = distinct.data() + 3 * below(random, 7);
+         const double* p = distinct.data() + 3 * below(random, 9);
          points.insert(points.end(), p, p + 3);
        }
        return points;
