@@ -1,11 +1,13 @@
 #include "weld/weld.h"
 
+#include "util/machine.h"
 #include "weld/equal_points.h"
 #include "weld/near_points.h"
 #include "weld/point.h"
 #include "weld/point_forest.h"
 #include "weld/sparse_cells.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <numeric>
 
@@ -26,10 +28,12 @@ void weldPoints(std::int32_t count, const double* points, double tolerance, std:
 
 std::int32_t numberVertices(std::int32_t count, const double* points, std::int32_t* forest,
                             double* vertices) {
+  constexpr std::int32_t kAhead = 512;
   std::int32_t vertexCount = 0;
   for (std::int32_t i = 0; i < count; ++i) {
     const auto point = static_cast<std::size_t>(i);
     const std::int32_t parent = forest[point];
+    prefetch(points + 3 * static_cast<std::size_t>(i + std::min(kAhead, count - 1 - i)));
     if (parent != i) {
       forest[point] = forest[static_cast<std::size_t>(parent)];  // numbered already: parent < i
       continue;
