@@ -1,9 +1,10 @@
 # The rooms of src include each other in one direction only, and weld, export and util need no Eigen.
 # What each may include besides its own headers, the public one and the standard library's:
 set(api_may "(export|operator|solve|util|weld)/|Eigen/")
-set(operator_may "api/solver_handle\\.h|util/machine\\.h|Eigen/")
+set(operator_may "api/solver_handle\\.h|util/(large_pages|machine)\\.h|Eigen/")
 set(solve_may "api/solver_handle\\.h|Eigen/")
-set(weld_may "util/machine\\.h")
+set(util_may "sys/mman\\.h")
+set(weld_may "util/(large_pages|machine)\\.h")
 
 file(GLOB_RECURSE sources RELATIVE "${SOURCE}" "${SOURCE}/*.h" "${SOURCE}/*.cpp")
 if(NOT sources)

@@ -1,6 +1,7 @@
 // A hash table from records, which live elsewhere, to their indices.
 #pragma once
 
+#include "util/large_pages.h"
 #include "util/machine.h"
 
 #include <algorithm>
@@ -106,6 +107,7 @@ class HashIndex {
     if (slots_ == nullptr) {
       throw std::bad_alloc();
     }
+    preferLargePages(slots_.get(), slotCount_ * sizeof(std::uint32_t));
     size_ = 0;
   }
 
