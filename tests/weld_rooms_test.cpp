@@ -28,7 +28,7 @@ TEST(WeldRooms, BothWaysMatchBruteForce) {
   for (const Nasty& nasty : kNasty) {
     for (int round = 0; round < 400; ++round) {
       double tolerance = 0;
-      const int count = 2 + below(random, round % 10 == 0 ? 600 : 90);
+      const int count = 2 + below(random, round % 20 == 0 ? 1500 : 90);
       const std::vector<double> points = nasty.points(random, count, tolerance);
       const double reach = tolerance * tolerance;
       if (!(reach > 0)) {
@@ -90,6 +90,26 @@ TEST(WeldRooms, HashIndexHoldsTheLargestIndices) {
     const std::size_t slot = index.locate(hashOf(i), [i](std::int32_t j) { return i == j; });
     EXPECT_EQ(index.index(slot), i > limit - 1000 ? i : quor::HashIndex::kNone);
   }
+}
+
+TEST(WeldRooms, HashIndexStaysFastWhenManyRecordsHaveOneHome) {
+  constexpr std::int32_t count = 10000;
+  quor::HashIndex index(count, count);
+  std::int64_t looks = 0;
+  for (const bool isThere : {false, true}) {
+    for (std::int32_t i = 0; i < count; ++i) {
+      const std::uint64_t hash = std::uint64_t(i) << 32U;  // neither home nor tag tells them apart
+      const std::size_t slot = index.locate(hash, [&](std::int32_t j) {
+        ++looks;
+        return i == j;
+      });
+      ASSERT_EQ(index.index(slot), isThere ? i : quor::HashIndex::kNone);
+      if (!isThere) {
+        index.fill(slot, hash, i);
+      }
+    }
+  }
+  EXPECT_LT(looks, 2 * count * 40);
 }
 
 }  // namespace

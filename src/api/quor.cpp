@@ -54,8 +54,8 @@ int32_t quorWeld(int32_t pointCount, const double* points, int32_t triangleCount
   // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
   *outVertexCount = quor::numberVertices(pointCount, points, outPointMap, outVertices);
   // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
-  *outTriangleCount =
-      quor::keepDistinctTriangles(triangleCount, triangles, outPointMap, outTriangles);
+  *outTriangleCount = quor::keepDistinctTriangles(triangleCount, triangles, outPointMap,
+                                                  *outVertexCount, outTriangles);
   return 0;
 }
 

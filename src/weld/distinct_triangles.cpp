@@ -12,8 +12,10 @@ namespace {
 using Triangle = std::array<std::int32_t, 3>;
 
 /// The same for every order of the corners. Without branches, which would often go wrong.
-Triangle sorted(const Triangle& t) {
-  const auto [a, b, c] = t;
+Triangle sorted(const std::int32_t* corners) {
+  const std::int32_t a = corners[0];
+  const std::int32_t b = corners[1];
+  const std::int32_t c = corners[2];
   const std::int32_t low = a < b ? a : b;
   const std::int32_t high = a < b ? b : a;
   const std::int32_t lowest = low < c ? low : c;
@@ -21,79 +23,76 @@ Triangle sorted(const Triangle& t) {
   return {lowest, a ^ b ^ c ^ lowest ^ highest, highest};
 }
 
-std::uint64_t hashOf(const Triangle& key) {
-  const auto word = [](std::int32_t vertex) { return static_cast<std::uint32_t>(vertex); };
-  return mixHash(mixHash(0, std::uint64_t{word(key[0])} << 32U | word(key[1])), word(key[2]));
-}
-
 class TriangleFilter {
  public:
   TriangleFilter(std::int32_t count, const std::int32_t* triangles,
-                 const std::int32_t* vertexOfPoint, std::int32_t* kept)
+                 const std::int32_t* vertexOfPoint, std::int32_t vertexCount, std::int32_t* kept)
       : count_(count),
         triangles_(triangles),
         vertexOfPoint_(vertexOfPoint),
         kept_(kept),
-        index_(static_cast<std::size_t>(count), count) {}
+        index_(static_cast<std::size_t>(count), count),
+        homesPerVertex_(~std::uint64_t{0} / static_cast<std::uint64_t>(vertexCount)) {}
 
   std::int32_t run() {
-    for (std::int32_t t = 0; t < std::min(kAhead, count_); ++t) {
-      prepare(t);
-    }
-    for (std::int32_t t = 0; t < count_; ++t) {
-      const Candidate candidate = ring_[static_cast<std::size_t>(t) % kRing];
-      if (t < count_ - kAhead) {
-        prepare(t + kAhead);
-      }
-      keepIfNew(candidate);
+    for (std::int32_t begin = 0; begin < count_; begin += std::min(kBlock, count_ - begin)) {
+      const auto size = static_cast<std::size_t>(std::min(kBlock, count_ - begin));
+      rewrite(begin, size);
+      keepNew(hashCandidates(size));
     }
     return keptCount_;
   }
 
  private:
-  /// A triangle whose slot has been asked for, so that it is there when its turn comes.
-  struct Candidate {
-    Triangle corners;
-    Triangle key;
-    std::uint64_t hash;
-  };
-  static constexpr std::int32_t kAhead = 24;
-  static constexpr std::size_t kRing = 32;
+  static constexpr std::int32_t kBlock = 512;
 
-  void prepare(std::int32_t t) {
-    const std::int32_t* points = triangles_ + 3 * static_cast<std::size_t>(t);
-    Candidate& candidate = ring_[static_cast<std::size_t>(t) % kRing];
-    candidate.corners = {vertex(points[0]), vertex(points[1]), vertex(points[2])};
-    candidate.key = sorted(candidate.corners);
-    candidate.hash = hashOf(candidate.key);
-    index_.prefetchSlot(candidate.hash);
-  }
-
-  void keepIfNew(const Candidate& candidate) {
-    const Triangle& key = candidate.key;
-    if (key[0] == key[1] || key[1] == key[2]) {
-      return;
+  void rewrite(std::int32_t begin, std::size_t size) {
+    const std::int32_t* const points = triangles_ + 3 * static_cast<std::size_t>(begin);
+    for (std::size_t k = 0; k < 3 * size; ++k) {
+      corners_[k] = vertexOfPoint_[static_cast<std::size_t>(points[k])];
     }
-    const std::size_t slot = index_.locate(
-        candidate.hash, [&](std::int32_t earlier) { return sorted(kept(earlier)) == key; });
-    if (index_.index(slot) != HashIndex::kNone) {
-      return;
-    }
-    index_.fill(slot, candidate.hash, keptCount_);
-    for (std::size_t corner = 0; corner < 3; ++corner) {
-      kept_[3 * static_cast<std::size_t>(keptCount_) + corner] = candidate.corners[corner];
-    }
-    ++keptCount_;
   }
 
-  std::int32_t vertex(std::int32_t point) const {
-    return vertexOfPoint_[static_cast<std::size_t>(point)];
+  /// @return the number of triangles of the block, now in candidates_, that did not collapse
+  std::size_t hashCandidates(std::size_t size) {
+    std::size_t candidates = 0;
+    for (std::size_t k = 0; k < size; ++k) {
+      const Triangle key = sorted(&corners_[3 * k]);
+      hashes_[candidates] = hashOf(key);
+      index_.prefetchSlot(hashes_[candidates]);
+      candidates_[candidates] = static_cast<std::uint32_t>(k);
+      candidates += static_cast<std::size_t>(static_cast<int>(key[0] != key[1]) &
+                                             static_cast<int>(key[1] != key[2]));
+    }
+    return candidates;
   }
 
-  Triangle kept(std::int32_t t) const {
-    const std::int32_t* corners = kept_ + 3 * static_cast<std::size_t>(t);
-    return {corners[0], corners[1], corners[2]};
+  void keepNew(std::size_t candidates) {
+    for (std::size_t k = 0; k < candidates; ++k) {
+      const std::int32_t* const corners = &corners_[3 * static_cast<std::size_t>(candidates_[k])];
+      const std::size_t slot = index_.locate(hashes_[k], [&](std::int32_t earlier) {
+        return sorted(kept(earlier)) == sorted(corners);
+      });
+      if (index_.index(slot) != HashIndex::kNone) {
+        continue;
+      }
+      index_.fill(slot, hashes_[k], keptCount_);
+      for (std::size_t corner = 0; corner < 3; ++corner) {
+        kept(keptCount_)[corner] = corners[corner];
+      }
+      ++keptCount_;
+    }
   }
+
+  /// Triangles of near vertices, which mostly follow each other, have homes near to each other, in
+  /// a stretch of 1/4096 of the table that moves along with the highest vertex.
+  std::uint64_t hashOf(const Triangle& key) const {
+    const auto word = [&key](std::size_t k) { return static_cast<std::uint64_t>(key[k]); };
+    const std::uint64_t mixed = mixHash(mixHash(0, word(0) << 32U | word(1)), word(2));
+    return word(2) * homesPerVertex_ + (mixed >> 12U);
+  }
+
+  std::int32_t* kept(std::int32_t t) const { return kept_ + 3 * static_cast<std::size_t>(t); }
 
   std::int32_t count_;
   const std::int32_t* triangles_;
@@ -101,14 +100,19 @@ class TriangleFilter {
   std::int32_t* kept_;
   std::int32_t keptCount_ = 0;
   HashIndex index_;
-  std::array<Candidate, kRing> ring_;
+  std::uint64_t homesPerVertex_;  ///< as a share of 2^64
+  // Of the block:
+  std::array<std::int32_t, 3 * kBlock> corners_;
+  std::array<std::uint32_t, kBlock> candidates_;
+  std::array<std::uint64_t, kBlock> hashes_;
 };
 
 }  // namespace
 
 std::int32_t keepDistinctTriangles(std::int32_t count, const std::int32_t* triangles,
-                                   const std::int32_t* vertexOfPoint, std::int32_t* kept) {
-  return TriangleFilter(count, triangles, vertexOfPoint, kept).run();
+                                   const std::int32_t* vertexOfPoint, std::int32_t vertexCount,
+                                   std::int32_t* kept) {
+  return TriangleFilter(count, triangles, vertexOfPoint, vertexCount, kept).run();
 }
 
 }  // namespace quor

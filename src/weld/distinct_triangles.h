@@ -10,9 +10,11 @@ namespace quor {
 /// @param count          number of triangles
 /// @param triangles      3*count point indices
 /// @param vertexOfPoint  the vertex of each point
+/// @param vertexCount    number of vertices, at least 1
 /// @param kept           receives three vertices per kept triangle; may be `triangles`
 /// @return number of kept triangles
 std::int32_t keepDistinctTriangles(std::int32_t count, const std::int32_t* triangles,
-                                   const std::int32_t* vertexOfPoint, std::int32_t* kept);
+                                   const std::int32_t* vertexOfPoint, std::int32_t vertexCount,
+                                   std::int32_t* kept);
 
 }  // namespace quor

@@ -25,6 +25,9 @@ inline std::uint64_t mixHash(std::uint64_t hash, std::uint64_t word) {
 /// the index in its lower bits, and above it as much of the hash as there is room for, so that
 /// nearly every record looked at is one with the hash in question. An empty slot is 0, and a table
 /// of zeros comes from the system as it is, without a pass over it.
+///
+/// Hashes may lead many records to few slots: one that finds the slots next to its home taken goes
+/// on at another home, to which the lower bits of its hash lead.
 class HashIndex {
  public:
   static constexpr std::int32_t kNone = -1;
@@ -54,8 +57,12 @@ class HashIndex {
   template <typename Accept>
   std::size_t locate(std::uint64_t hash, const Accept& accept) const {
     std::size_t slot = home(hash);
-    while (slots()[slot] != 0 && !(isTagged(slots()[slot], hash) && accept(index(slot)))) {
-      slot = (slot + 1) & (slotCount_ - 1);
+    if (slots()[slot] == 0) {  // as mostly for a new record, which need not pay for the count below
+      return slot;
+    }
+    for (int taken = 1;
+         slots()[slot] != 0 && !(isTagged(slots()[slot], hash) && accept(index(slot))); ++taken) {
+      slot = taken == kNear ? home(mixHash(hash, 0)) : (slot + 1) & (slotCount_ - 1);
     }
     return slot;
   }
@@ -92,6 +99,8 @@ class HashIndex {
   }
 
  private:
+  static constexpr int kNear = 32;
+
   struct Free {
     void operator()(std::uint32_t* slots) const { std::free(slots); }
   };
