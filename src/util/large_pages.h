@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 namespace quor {
 
@@ -11,5 +12,12 @@ namespace quor {
 /// no such pages, or the memory does not hold a whole one, nothing happens.
 /// @param memory  any bytes of a process; other memory of it is not affected
 void preferLargePages(void* memory, std::size_t bytes);
+
+/// Reserves room in an empty vector and asks for large pages before anything is put there.
+template <typename Value>
+void reserveInLargePages(std::vector<Value>& vector, std::size_t count) {
+  vector.reserve(count);
+  preferLargePages(vector.data(), count * sizeof(Value));
+}
 
 }  // namespace quor

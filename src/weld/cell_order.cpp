@@ -1,5 +1,6 @@
 #include "weld/cell_order.h"
 
+#include "util/large_pages.h"
 #include "util/machine.h"
 
 #include <algorithm>
@@ -147,8 +148,11 @@ CellOrder orderByCell(const std::vector<std::int32_t>& selected, PointArray poin
 
   // Counting sort. The counts stand one place further on than the starts that they add up to, and
   // filling a cell moves its start to its end, that is to where the next one's belongs.
-  order.cellStart.assign(std::size_t{grid.outside()} + 3, 0);
-  std::vector<std::uint32_t> cellOf(selected.size());
+  reserveInLargePages(order.cellStart, std::size_t{grid.outside()} + 3);
+  order.cellStart.resize(std::size_t{grid.outside()} + 3);
+  std::vector<std::uint32_t> cellOf;
+  reserveInLargePages(cellOf, selected.size());
+  cellOf.resize(selected.size());
   for (std::size_t i = 0; i < selected.size(); ++i) {
     prefetch(points[selected[std::min(i + kAhead, selected.size() - 1)]]);
     cellOf[i] = grid.cellOf(points[selected[i]]);
@@ -157,6 +161,7 @@ CellOrder orderByCell(const std::vector<std::int32_t>& selected, PointArray poin
   for (std::size_t cell = 2; cell < order.cellStart.size(); ++cell) {
     order.cellStart[cell] += order.cellStart[cell - 1];
   }
+  reserveInLargePages(order.points, selected.size());
   order.points.resize(selected.size());
   for (std::size_t i = 0; i < selected.size(); ++i) {
     order.points[order.cellStart[cellOf[i] + 1]++] = selected[i];

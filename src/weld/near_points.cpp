@@ -5,9 +5,10 @@
 
 #include "weld/near_points.h"
 
+#include "util/large_pages.h"
 #include "util/machine.h"
 #include "weld/cell_order.h"
-#include "weld/point_block.h"
+#include "weld/point_columns.h"
 
 #include <algorithm>
 #include <array>
@@ -15,13 +16,6 @@
 
 namespace quor {
 namespace {
-
-/// Positions begin .. end-1 of the ordered points.
-struct Range {
-  std::int32_t begin;
-  std::int32_t end;
-  std::int32_t size() const { return end - begin; }
-};
 
 /// Cells first .. first + 2^bits - 1 of the order: a box.
 struct Cells {
@@ -42,21 +36,63 @@ struct Node {
   bool isLeaf() const { return right == kLeaf; }
 };
 
+/// Which points of a leaf chains of near ones connect.
+class LeafClusters {
+ public:
+  using Mask = PointColumns::Mask;
+
+  explicit LeafClusters(std::int32_t size) {
+    for (std::int32_t k = 0; k < size; ++k) {
+      clusterOf_[static_cast<std::size_t>(k)] = Mask{1} << static_cast<unsigned>(k);
+    }
+  }
+
+  /// Unites the clusters of point k and of all that are near to it.
+  void unite(unsigned k, Mask near) {
+    Mask cluster = clusterOf_[k];
+    Mask rest = near & ~cluster;
+    if (rest == 0) {
+      return;
+    }
+    for (; rest != 0; rest &= ~cluster) {
+      cluster |= clusterOf_[lowestBit(rest)];
+    }
+    for (rest = cluster; rest != 0; rest &= rest - 1) {
+      clusterOf_[lowestBit(rest)] = cluster;
+    }
+    united_ |= cluster;
+  }
+
+  Mask of(unsigned k) const { return clusterOf_[k]; }
+
+  /// All points that are not alone in their clusters.
+  Mask united() const { return united_; }
+
+ private:
+  std::array<Mask, PointColumns::kMaskBits> clusterOf_;
+  Mask united_ = 0;
+};
+
 class NearPointLinker {
  public:
   NearPointLinker(CellOrder order, PointArray points, PointForest forest, double reach)
-      : order_(std::move(order)), points_(points), forest_(forest), reach_(reach) {}
+      : order_(std::move(order)),
+        points_(points),
+        forest_(forest),
+        reach_(reach),
+        columns_(order_.points.size()) {}
 
   void run() {
     const auto count = static_cast<std::int32_t>(order_.points.size());
     if (count > 0) {
+      reserveInLargePages(nodes_, order_.points.size() / 8);  // rarely more
       build({0, count}, {0, order_.cellBits});
     }
   }
 
  private:
-  using Mask = PointBlock::Mask;
-  static constexpr std::int32_t kLeafCapacity = PointBlock::kCapacity;
+  using Mask = PointColumns::Mask;
+  static constexpr std::int32_t kLeafCapacity = PointColumns::kMaskBits;
 
   std::int32_t id(std::int32_t position) const {
     return order_.points[static_cast<std::size_t>(position)];
@@ -176,81 +212,67 @@ class NearPointLinker {
   }
 
   void linkLeaves(const Side& a, const Side& b) {
-    const PointBlock inB = blockOf(b.node.range);
-    PointBlock candidates;  // in b, for points in a
-    for (Mask rest = inB.nearTo(a.node.box, reach_); rest != 0; rest &= rest - 1) {
-      const std::int32_t j = inB.id(lowestBit(rest));
-      candidates.add(j, points_[j]);
-    }
-    if (candidates.size() == 0) {
+    const Range rangeA = a.node.range;
+    const Range rangeB = b.node.range;
+    const Mask inB = columns_.nearTo(a.node.box, rangeB, reach_);
+    if (inB == 0) {
       return;
     }
-    const PointBlock inA = blockOf(a.node.range);
-    for (Mask rest = inA.nearTo(b.node.box, reach_); rest != 0; rest &= rest - 1) {
-      const std::int32_t i = inA.id(lowestBit(rest));
-      for (Mask near = candidates.nearTo(points_[i], reach_); near != 0; near &= near - 1) {
-        forest_.link(i, candidates.id(lowestBit(near)));
-        if (a.oneCluster && b.oneCluster) {
-          return;
+    for (Mask inA = columns_.nearTo(b.node.box, rangeA, reach_); inA != 0; inA &= inA - 1) {
+      const std::int32_t i = first(inA, rangeA);
+      for (Mask rest = inB; rest != 0; rest &= rest - 1) {
+        const std::int32_t j = first(rest, rangeB);
+        if (squaredDistance(columns_.point(i).data(), columns_.point(j).data()) < reach_) {
+          forest_.link(id(i), id(j));
+          if (a.oneCluster && b.oneCluster) {
+            return;
+          }
         }
       }
     }
   }
 
-  PointBlock blockOf(Range range) const {
-    PointBlock block;
-    for (std::int32_t i = range.begin; i < range.end; ++i) {
-      block.add(id(i), points_[id(i)]);
-    }
-    return block;
+  /// The position of the first point of a set.
+  static std::int32_t first(Mask set, Range range) {
+    return range.begin + static_cast<std::int32_t>(lowestBit(set));
   }
 
   /// Links the near pairs of a leaf, whose points are all still trees of their own, and fits its
   /// box.
   void linkInside(Node& leaf) {
-    for (std::int32_t i = leaf.range.begin; i < leaf.range.end; ++i) {  // of the next leaf
-      prefetch(points_[id(std::min(i + kLeafCapacity, lastPosition()))]);
+    const Range range = leaf.range;
+    for (std::int32_t i = range.begin; i < range.end; ++i) {
+      prefetch(points_[id(std::min(i + kLeafCapacity, lastPosition()))]);  // of the next leaf
+      columns_.put(i, points_[id(i)]);
     }
-    const PointBlock block = blockOf(leaf.range);
-    leaf.box = block.box();
-    Mask unseen = block.all();
+    leaf.box = columns_.box(range);
+    const Mask all = PointColumns::all(range);
     if (leaf.box.squaredDiagonal() < reach_) {
-      linkToSmallest(block, unseen);
+      linkToSmallest(all, range);
       leaf.oneCluster = true;
       return;
     }
-    std::array<Mask, PointBlock::kCapacity> near;
-    for (std::size_t j = 0; j < block.size(); ++j) {
-      near[j] = block.nearTo(points_[block.id(j)], reach_);
+    LeafClusters clusters(range.size());
+    for (std::int32_t i = range.begin; i + 1 < range.end; ++i) {
+      const auto k = static_cast<unsigned>(i - range.begin);
+      const Range later{i + 1, range.end};
+      clusters.unite(k, columns_.nearTo(columns_.point(i).data(), later, reach_) << (k + 1));
     }
-    std::int32_t clusters = 0;
-    while (unseen != 0) {
-      const Mask cluster = reachable(lowestBit(unseen), near);
-      linkToSmallest(block, cluster);
-      unseen &= ~cluster;
-      ++clusters;
+    for (Mask rest = clusters.united(); rest != 0;) {
+      const Mask cluster = clusters.of(lowestBit(rest));
+      linkToSmallest(cluster, range);
+      rest &= ~cluster;
     }
-    leaf.oneCluster = clusters == 1;
+    leaf.oneCluster = clusters.of(0) == all;
   }
 
-  /// All points of a block that chains of near ones connect to the first.
-  static Mask reachable(unsigned first, const std::array<Mask, PointBlock::kCapacity>& near) {
-    Mask reached = Mask{1} << first;
-    for (Mask pending = reached; pending != 0;) {
-      const Mask fresh = near[lowestBit(pending)] & ~reached;
-      pending = (pending & (pending - 1)) | fresh;
-      reached |= fresh;
-    }
-    return reached;
-  }
-
-  void linkToSmallest(const PointBlock& block, Mask cluster) {
-    std::int32_t smallest = block.id(lowestBit(cluster));
+  void linkToSmallest(Mask cluster, Range range) {
+    std::int32_t smallest = id(first(cluster, range));
     for (Mask rest = cluster; rest != 0; rest &= rest - 1) {
-      smallest = std::min(smallest, block.id(lowestBit(rest)));
+      smallest = std::min(smallest, id(first(rest, range)));
     }
     for (Mask rest = cluster; rest != 0; rest &= rest - 1) {
-      forest_.parent(block.id(lowestBit(rest))) = smallest;
+      forest_.parent(id(first(rest, range))) = smallest;
     }
   }
 
@@ -258,6 +280,7 @@ class NearPointLinker {
   PointArray points_;
   PointForest forest_;
   double reach_;
+  PointColumns columns_;
   std::vector<Node> nodes_;
 };
 

@@ -1,0 +1,125 @@
+// The coordinates of ordered points, axis by axis, for comparing several of them at once with a
+// point or a box.
+#pragma once
+
+#include "util/large_pages.h"
+#include "weld/point.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
+namespace quor {
+
+/// Positions begin .. end-1 of ordered points.
+struct Range {
+  std::int32_t begin;
+  std::int32_t end;
+  std::int32_t size() const { return end - begin; }
+};
+
+/// The points are put in one by one, from position 0 on. Questions are about the points of a range
+/// of at most kMaskBits, and answers sets of them: bit k stands for position range.begin + k.
+class PointColumns {
+ public:
+  using Mask = std::uint32_t;
+  static constexpr std::int32_t kMaskBits = 32;
+
+  /// Throws std::bad_alloc.
+  /// @param count  number of points there will be
+  explicit PointColumns(std::size_t count)
+      : stride_(count + 1), coordinates_(new double[3 * stride_]) {
+    preferLargePages(coordinates_.get(), 3 * stride_ * sizeof(double));
+  }
+
+  void put(std::int32_t position, Point p) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      double* const place =
+          coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
+      place[0] = place[1] = p[axis];  // the second completes a pair until the next point comes
+    }
+  }
+
+  std::array<double, 3> point(std::int32_t position) const {
+    return {*column(0, position), *column(1, position), *column(2, position)};
+  }
+
+  /// All points of a range.
+  static Mask all(Range range) {
+    return static_cast<Mask>((std::uint64_t{1} << static_cast<unsigned>(range.size())) - 1);
+  }
+
+  /// Those that are near to p.
+  Mask nearTo(Point p, Range range, double reach) const {
+    return below(range, reach, [p](auto x, auto y, auto z) {
+      return squaredLength(p[0] - x, p[1] - y, p[2] - z);
+    });
+  }
+
+  /// Those that may be near to some point in the box.
+  Mask nearTo(const Box& box, Range range, double reach) const {
+    return below(range, reach, [&box](auto x, auto y, auto z) {
+      using Number = decltype(x);
+      const auto gapOnAxis = [&box](Number v, std::size_t axis) {
+        return gap(v, v, Number{} + box.lo[axis], Number{} + box.hi[axis]);
+      };
+      return squaredLength(gapOnAxis(x, 0), gapOnAxis(y, 1), gapOnAxis(z, 2));
+    });
+  }
+
+  /// The tight box of a range, which is not empty.
+  Box box(Range range) const {
+    Box box(point(range.begin).data());
+    for (std::int32_t i = range.begin + 1; i < range.end; ++i) {
+      box.extend(Box(point(i).data()));
+    }
+    return box;
+  }
+
+ private:
+  const double* column(std::size_t axis, std::int32_t position) const {
+    return coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
+  }
+
+  /// Those whose distance is below the reach.
+  /// @param distance  of x, y, z; called with doubles or with vectors of them
+  template <typename Distance>
+  Mask below(Range range, double reach, const Distance& distance) const {
+    const double* const x = column(0, range.begin);
+    const double* const y = column(1, range.begin);
+    const double* const z = column(2, range.begin);
+    const std::int32_t size = range.size();
+#if defined(__GNUC__)
+    // Two points at a time. A comparison gives a lane of ones or zeros, which selects the bit of
+    // its point.
+    using Pair = double __attribute__((vector_size(2 * sizeof(double))));
+    using PairMask = std::int64_t __attribute__((vector_size(2 * sizeof(std::int64_t))));
+    const auto at = [](const double* v) {
+      Pair pair;
+      std::memcpy(&pair, v, sizeof pair);
+      return pair;
+    };
+    PairMask bit{1, 2};
+    PairMask result{0, 0};
+    for (std::int32_t k = 0; k < size; k += 2) {
+      result |= (distance(at(x + k), at(y + k), at(z + k)) < reach) & bit;
+      bit <<= 2;
+    }
+    return static_cast<Mask>(result[0] | result[1]) & all(range);
+#else
+    Mask result = 0;
+    for (std::int32_t k = 0; k < size; ++k) {
+      result |= static_cast<Mask>(distance(x[k], y[k], z[k]) < reach) << k;
+    }
+    return result;
+#endif
+  }
+
+  std::size_t stride_;
+  std::unique_ptr<double[]> coordinates_;  ///< one column after the other
+};
+
+}  // namespace quor
