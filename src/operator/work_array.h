@@ -1,6 +1,8 @@
 // Uninitialised memory for numbers, aligned to cache lines.
 #pragma once
 
+#include "util/large_pages.h"
+
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -13,7 +15,9 @@ class WorkArray {
   /// Throws std::bad_alloc.
   explicit WorkArray(std::ptrdiff_t count)
       : data_(static_cast<double*>(
-            ::operator new(static_cast<std::size_t>(count) * sizeof(double), kLine))) {}
+            ::operator new(static_cast<std::size_t>(count) * sizeof(double), kLine))) {
+    preferLargePages(data(), static_cast<std::size_t>(count) * sizeof(double));
+  }
   double* data() const { return data_.get(); }
 
  private:
