@@ -1,5 +1,6 @@
 #include "weld/distinct_triangles.h"
 
+#include "util/machine.h"
 #include "weld/hash_index.h"
 
 #include <algorithm>
@@ -36,9 +37,9 @@ class TriangleFilter {
 
   std::int32_t run() {
     for (std::int32_t begin = 0; begin < count_; begin += std::min(kBlock, count_ - begin)) {
-      const auto size = static_cast<std::size_t>(std::min(kBlock, count_ - begin));
-      rewrite(begin, size);
-      keepNew(hashCandidates(size));
+      const std::int32_t end = begin + std::min(kBlock, count_ - begin);
+      rewrite(begin, end);
+      keepNew(hashCandidates(begin, end));
     }
     return keptCount_;
   }
@@ -46,21 +47,25 @@ class TriangleFilter {
  private:
   static constexpr std::int32_t kBlock = 512;
 
-  void rewrite(std::int32_t begin, std::size_t size) {
-    const std::int32_t* const points = triangles_ + 3 * static_cast<std::size_t>(begin);
-    for (std::size_t k = 0; k < 3 * size; ++k) {
+  void rewrite(std::int32_t begin, std::int32_t end) {
+    const std::int32_t* const points = cornersOf(begin);
+    const std::size_t count = 3 * static_cast<std::size_t>(end - begin);
+    for (std::size_t k = 0; k < count; ++k) {
       corners_[k] = vertexOfPoint_[static_cast<std::size_t>(points[k])];
     }
   }
 
   /// @return the number of triangles of the block, now in candidates_, that did not collapse
-  std::size_t hashCandidates(std::size_t size) {
+  std::size_t hashCandidates(std::int32_t begin, std::int32_t end) {
+    const std::int32_t nextBlock = std::min(kBlock, count_ - end);
     std::size_t candidates = 0;
-    for (std::size_t k = 0; k < size; ++k) {
-      const Triangle key = sorted(&corners_[3 * k]);
+    for (std::int32_t t = begin; t < end; ++t) {
+      prefetch(&vertexOfPoint_[static_cast<std::size_t>(*cornersOf(t + nextBlock))]);
+      const auto k = static_cast<std::uint32_t>(t - begin);
+      const Triangle key = sorted(&corners_[3 * std::size_t{k}]);
       hashes_[candidates] = hashOf(key);
       index_.prefetchSlot(hashes_[candidates]);
-      candidates_[candidates] = static_cast<std::uint32_t>(k);
+      candidates_[candidates] = k;
       candidates += static_cast<std::size_t>(static_cast<int>(key[0] != key[1]) &
                                              static_cast<int>(key[1] != key[2]));
     }
@@ -69,7 +74,7 @@ class TriangleFilter {
 
   void keepNew(std::size_t candidates) {
     for (std::size_t k = 0; k < candidates; ++k) {
-      const std::int32_t* const corners = &corners_[3 * static_cast<std::size_t>(candidates_[k])];
+      const std::int32_t* const corners = &corners_[3 * std::size_t{candidates_[k]}];
       const std::size_t slot = index_.locate(hashes_[k], [&](std::int32_t earlier) {
         return sorted(kept(earlier)) == sorted(corners);
       });
@@ -92,6 +97,9 @@ class TriangleFilter {
     return word(2) * homesPerVertex_ + (mixed >> 12U);
   }
 
+  const std::int32_t* cornersOf(std::int32_t t) const {
+    return triangles_ + 3 * static_cast<std::size_t>(t);
+  }
   std::int32_t* kept(std::int32_t t) const { return kept_ + 3 * static_cast<std::size_t>(t); }
 
   std::int32_t count_;

@@ -214,19 +214,16 @@ class NearPointLinker {
   void linkLeaves(const Side& a, const Side& b) {
     const Range rangeA = a.node.range;
     const Range rangeB = b.node.range;
-    const Mask inB = columns_.nearTo(a.node.box, rangeB, reach_);
-    if (inB == 0) {
+    if (columns_.nearTo(a.node.box, rangeB, reach_) == 0) {
       return;
     }
     for (Mask inA = columns_.nearTo(b.node.box, rangeA, reach_); inA != 0; inA &= inA - 1) {
       const std::int32_t i = first(inA, rangeA);
-      for (Mask rest = inB; rest != 0; rest &= rest - 1) {
-        const std::int32_t j = first(rest, rangeB);
-        if (squaredDistance(columns_.point(i).data(), columns_.point(j).data()) < reach_) {
-          forest_.link(id(i), id(j));
-          if (a.oneCluster && b.oneCluster) {
-            return;
-          }
+      const std::array<double, 3> p = columns_.point(i);
+      for (Mask near = columns_.nearTo(p.data(), rangeB, reach_); near != 0; near &= near - 1) {
+        forest_.link(id(i), id(first(near, rangeB)));
+        if (a.oneCluster && b.oneCluster) {
+          return;
         }
       }
     }

@@ -46,9 +46,9 @@ class PointHash {
       return 0;
     }
     for (std::int32_t begin = 1; begin < count_; begin += blockSize(begin)) {
-      const auto size = static_cast<std::size_t>(blockSize(begin));
-      guessEquals(begin, size);
-      const std::size_t others = linkEquals(begin, size, forest);
+      const std::int32_t end = begin + blockSize(begin);
+      linkToGuesses(begin, end, forest);
+      const std::size_t others = findOthers(begin, end, forest);
       hashOthers(others);
       for (std::size_t k = 0; k < others; ++k) {
         prefetch(points_[index_.guess(hashes_[k], begin)]);
@@ -103,32 +103,28 @@ class PointHash {
            turned(p[2]) * 0xA0761D6478BD642FU;
   }
 
-  /// For every point of the block a point before it that is likely to be its equal, if any is: the
-  /// last one with its entry in the table, or point 0.
-  void guessEquals(std::int32_t begin, std::size_t size) {
+  /// Makes every point of the block the child of one before it that is likely to be its equal, if
+  /// any is: of the last one with its entry in the table, or of point 0.
+  void linkToGuesses(std::int32_t begin, std::int32_t end, PointForest forest) {
     const PointArray points = points_;
     std::int32_t* const table = recent_.data();
-    const std::int32_t nextBlock =
-        std::min(kBlock, count_ - begin - static_cast<std::int32_t>(size));
-    for (std::size_t k = 0; k < size; ++k) {
-      const auto i = begin + static_cast<std::int32_t>(k);
+    const std::int32_t nextBlock = std::min(kBlock, count_ - end);
+    for (std::int32_t i = begin; i < end; ++i) {
       prefetch(points[i + nextBlock]);
       std::int32_t& recent = table[quickHash(points[i]) >> recentShift_];
       prefetch(points[recent]);
-      guesses_[k] = recent;
+      forest.parent(i) = recent;
       recent = i;
     }
   }
 
-  /// @return the number of points of the block, now in others_, that differ from their guess
-  std::size_t linkEquals(std::int32_t begin, std::size_t size, PointForest forest) {
+  /// @return the number of points of the block, now in others_, that differ from their parents
+  std::size_t findOthers(std::int32_t begin, std::int32_t end, PointForest forest) {
     const PointArray points = points_;
     std::size_t others = 0;
-    for (std::size_t k = 0; k < size; ++k) {
-      const auto i = begin + static_cast<std::int32_t>(k);
-      forest.parent(i) = guesses_[k];
+    for (std::int32_t i = begin; i < end; ++i) {
       const Point p = points[i];
-      const Point q = points[guesses_[k]];
+      const Point q = points[forest.parent(i)];
       // Differences are 0 for equal finite coordinates only.
       const double apart = std::abs(p[0] - q[0]) + std::abs(p[1] - q[1]) + std::abs(p[2] - q[2]);
       others_[others] = i;
@@ -151,7 +147,6 @@ class PointHash {
   std::vector<std::int32_t> recent_;
   unsigned recentShift_;  ///< from a hash to its entry
   // Of the block:
-  std::array<std::int32_t, kBlock> guesses_;
   std::array<std::int32_t, kBlock> others_;
   std::array<std::uint64_t, kBlock> hashes_;
 };
