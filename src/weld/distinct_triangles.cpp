@@ -110,7 +110,7 @@ class TriangleFilter {
   HashIndex index_;
   std::uint64_t homesPerVertex_;  ///< as a share of 2^64
   // Of the block:
-  std::array<std::int32_t, 3 * kBlock> corners_;
+  std::array<std::int32_t, std::size_t{3} * kBlock> corners_;
   std::array<std::uint32_t, kBlock> candidates_;
   std::array<std::uint64_t, kBlock> hashes_;
 };

@@ -2,7 +2,7 @@
 // point or a box.
 #pragma once
 
-#include "util/large_pages.h"
+#include "util/work_array.h"
 #include "weld/point.h"
 
 #include <algorithm>
@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 
 namespace quor {
 
@@ -31,14 +30,12 @@ class PointColumns {
   /// Throws std::bad_alloc.
   /// @param count  number of points there will be
   explicit PointColumns(std::size_t count)
-      : stride_(count + 1), coordinates_(new double[3 * stride_]) {
-    preferLargePages(coordinates_.get(), 3 * stride_ * sizeof(double));
-  }
+      : stride_(count + 1), coordinates_(3 * static_cast<std::ptrdiff_t>(stride_)) {}
 
   void put(std::int32_t position, Point p) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
       double* const place =
-          coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
+          coordinates_.data() + axis * stride_ + static_cast<std::size_t>(position);
       place[0] = place[1] = p[axis];  // the second completes a pair until the next point comes
     }
   }
@@ -81,7 +78,7 @@ class PointColumns {
 
  private:
   const double* column(std::size_t axis, std::int32_t position) const {
-    return coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
+    return coordinates_.data() + axis * stride_ + static_cast<std::size_t>(position);
   }
 
   /// Those whose distance is below the reach.
@@ -119,7 +116,7 @@ class PointColumns {
   }
 
   std::size_t stride_;
-  std::unique_ptr<double[]> coordinates_;  ///< one column after the other
+  WorkArray coordinates_;  ///< one column after the other
 };
 
 }  // namespace quor
