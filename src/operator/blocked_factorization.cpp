@@ -5,7 +5,6 @@
 #include "operator/minimum_degree.h"
 #include "operator/multifrontal.h"
 #include "operator/permuted_triangles.h"
-#include "operator/sparse_room.h"
 #include "operator/supernodes.h"
 
 #include <cstdint>
@@ -52,7 +51,7 @@ void BlockedFactorization::analyze(const PermutedTriangles& matrix) {
   for (Eigen::Index j = 0; j < n; ++j) {
     columnStart[j + 1] = columnStart[j] + m_nonZerosPerCol[j];
   }
-  makeRoom(m_matrix, columnStart[n]);
+  m_matrix.resizeNonZeros(columnStart[n]);
   this->Eigen::SparseSolverBase<SimplicialLDLT>::m_isInitialized = true;
   m_info = Eigen::Success;
   m_analysisIsOk = true;

@@ -1,6 +1,5 @@
 #include "operator/permuted_triangles.h"
 
-#include "operator/sparse_room.h"
 #include "util/machine.h"
 
 #include <algorithm>
@@ -33,8 +32,8 @@ PermutedTriangles::PermutedTriangles(const SparseMatrix& matrix, const Permutati
     : upper(matrix.rows(), matrix.cols()), lower(matrix.rows(), matrix.cols()) {
   const auto n = static_cast<int>(matrix.cols());
   const Eigen::Index room = (matrix.nonZeros() + n) / 2 + 1;  // one for what is not kept
-  makeRoom(upper, room);
-  makeRoom(lower, room);
+  upper.resizeNonZeros(room);
+  lower.resizeNonZeros(room);
   Entries above(upper);
   Entries below(lower);
   const int* const newIndex = permutation.indices().data();

@@ -1,8 +1,6 @@
 #include "operator/stiffness_assembly.h"
 
 #include "operator/element_stiffness.h"
-#include "operator/sparse_room.h"
-#include "util/large_pages.h"
 
 #include <algorithm>
 #include <array>
@@ -27,7 +25,7 @@ std::array<Triplet, 9> tripletsOf(std::int32_t a, std::int32_t b, std::int32_t c
 StatusCode assembleStiffness(std::int32_t n, const std::vector<double>& vertices,
                              const std::vector<std::int32_t>& triangles, SparseMatrix& stiffness) {
   std::vector<Triplet> triplets;
-  reserveInLargePages(triplets, 3 * triangles.size());
+  triplets.reserve(3 * triangles.size());
   std::vector<bool> used(static_cast<std::size_t>(n));
   const auto position = [&](std::int32_t vertex) {
     return vertices.data() + 3 * static_cast<std::size_t>(vertex);
@@ -66,7 +64,7 @@ std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen:
     const auto count = end - std::lower_bound(indices + starts[j], end, shift);
     blockStarts[j + 1] = blockStarts[j] + static_cast<int>(count);
   }
-  makeRoom(*block, blockStarts[columns]);
+  block->resizeNonZeros(blockStarts[columns]);
   for (Eigen::Index j = 0; j < columns; ++j) {
     const int count = blockStarts[j + 1] - blockStarts[j];
     const int from = starts[j + 1] - count;

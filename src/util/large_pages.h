@@ -7,8 +7,8 @@
 namespace quor {
 
 /// Asks the system to back memory that nobody has touched yet with large pages, of 2 MB and not of
-/// 4 KB: the first touch of every page costs about a microsecond, and an array that is used in no
-/// order needs fewer look-ups of addresses. A hint: it changes no content, and where the system has
+/// 4 KB: the first touch of a page costs about a microsecond, and an array that is used in no order
+/// needs fewer look-ups of addresses. A hint: it changes no content, and where the system has
 /// no such pages, or the memory does not hold a whole one, nothing happens.
 /// @param memory  any bytes of a process; other memory of it is not affected
 void preferLargePages(void* memory, std::size_t bytes);

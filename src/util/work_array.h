@@ -1,8 +1,6 @@
 // Uninitialised memory for numbers, aligned to cache lines.
 #pragma once
 
-#include "util/large_pages.h"
-
 #include <cstddef>
 #include <memory>
 #include <new>
@@ -15,9 +13,7 @@ class WorkArray {
   /// Throws std::bad_alloc.
   explicit WorkArray(std::ptrdiff_t count)
       : data_(static_cast<double*>(
-            ::operator new(static_cast<std::size_t>(count) * sizeof(double), kLine))) {
-    preferLargePages(data(), static_cast<std::size_t>(count) * sizeof(double));
-  }
+            ::operator new(static_cast<std::size_t>(count) * sizeof(double), kLine))) {}
   double* data() const { return data_.get(); }
 
  private:

@@ -45,6 +45,7 @@ std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
       return true;
     });
   }
+  distinct.reserve(distinct.size() + static_cast<std::size_t>(count - seen));
   for (std::int32_t i = seen; i < count; ++i) {
     forest.parent(i) = i;
     if (isFinite(points[i])) {

@@ -2,6 +2,7 @@
 // point or a box.
 #pragma once
 
+#include "util/large_pages.h"
 #include "util/work_array.h"
 #include "weld/point.h"
 
@@ -30,7 +31,9 @@ class PointColumns {
   /// Throws std::bad_alloc.
   /// @param count  number of points there will be
   explicit PointColumns(std::size_t count)
-      : stride_(count + 1), coordinates_(3 * static_cast<std::ptrdiff_t>(stride_)) {}
+      : stride_(count + 1), coordinates_(3 * static_cast<std::ptrdiff_t>(stride_)) {
+    preferLargePages(coordinates_.data(), 3 * stride_ * sizeof(double));
+  }
 
   void put(std::int32_t position, Point p) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
