@@ -8,8 +8,12 @@ namespace quor {
 
 /// Asks the system to back memory that nobody has touched yet with large pages, of 2 MB and not of
 /// 4 KB: the first touch of a page costs about a microsecond, and an array that is used in no order
-/// needs fewer look-ups of addresses. A hint: it changes no content, and where the system has
-/// no such pages, or the memory does not hold a whole one, nothing happens.
+/// needs fewer look-ups of addresses. A hint: it changes no content, and where the system has no
+/// such pages, or the memory does not hold a whole one, nothing happens.
+///
+/// Not for arrays of hundreds of megabytes that are written once, such as the factor: large pages
+/// are taken from memory that was long unused, and on a virtual machine whose host has yet to back
+/// that memory they are slower than small ones that were used before.
 /// @param memory  any bytes of a process; other memory of it is not affected
 void preferLargePages(void* memory, std::size_t bytes);
 
