@@ -11,9 +11,9 @@ namespace quor {
 /// needs fewer look-ups of addresses. A hint: it changes no content, and where the system has no
 /// such pages, or the memory does not hold a whole one, nothing happens.
 ///
-/// Not for arrays of hundreds of megabytes that are written once, such as the factor: large pages
-/// are taken from memory that was long unused, and on a virtual machine whose host has yet to back
-/// that memory they are slower than small ones that were used before.
+/// Nor does it for more than 32 MB: large pages are taken from memory that was long unused, and on
+/// a virtual machine whose host has yet to back that memory, many of them are far slower than small
+/// ones that were used before.
 /// @param memory  any bytes of a process; other memory of it is not affected
 void preferLargePages(void* memory, std::size_t bytes);
 
