@@ -206,15 +206,21 @@ std::vector<Shape> awkwardShapes(std::int32_t count) {
                            return p;
                          })));
 
-  Shape fan{"a fan around one vertex", {}, 1e-9};
-  fan.soup.points = points(count / 2, [&](std::int32_t i) {
-    return i == 0 ? Vector{0, 0, 0}
-                  : Vector{std::cos(12.6 * i / count), std::sin(12.6 * i / count), 0};
-  });
-  for (std::int32_t i = 1; i + 1 < count / 2; ++i) {
-    fan.soup.triangles.insert(fan.soup.triangles.end(), {0, i, i + 1});
+  const std::int32_t rim = count / 2 - 1;
+  for (const bool hubIsLast : {false, true}) {
+    Shape fan{
+        hubIsLast ? "a fan around its last vertex" : "a fan around its first vertex", {}, 1e-9};
+    const std::int32_t hub = hubIsLast ? rim : 0;
+    const std::int32_t first = hubIsLast ? 0 : 1;
+    fan.soup.points = points(rim + 1, [&](std::int32_t i) {
+      const double angle = 6.28 * i / rim;
+      return i == hub ? Vector{0, 0, 0} : Vector{std::cos(angle), std::sin(angle), 0};
+    });
+    for (std::int32_t i = first; i + 1 < first + rim; ++i) {
+      fan.soup.triangles.insert(fan.soup.triangles.end(), {hub, i, i + 1});
+    }
+    shapes.push_back(std::move(fan));
   }
-  shapes.push_back(std::move(fan));
   return shapes;
 }
 
