@@ -94,9 +94,9 @@ class PointHash {
 
   std::int32_t blockSize(std::int32_t begin) const { return std::min(kBlock, count_ - begin); }
 
-  /// The same for points with the same bits. Its upper bits are the mixed ones: there a multiple
-  /// gathers what its factor has in the lower half, where by the turn a coordinate's upper bits
-  /// are.
+  /// The same for points with the same bits. Only its upper bits are of use: those of a product
+  /// depend on all lower bits of its factor, and the turn brings a coordinate's upper half, in
+  /// which often all its content is, down there.
   static std::uint64_t quickHash(Point p) {
     const auto turned = [](double c) { return bitsOf(c) << 32U | bitsOf(c) >> 32U; };
     return turned(p[0]) * 0x9E3779B97F4A7C15U + turned(p[1]) * 0xD6E8FEB86659FD93U +
