@@ -33,7 +33,7 @@ class TriangleFilter {
         vertexOfPoint_(vertexOfPoint),
         kept_(kept),
         index_(static_cast<std::size_t>(count), count),
-        homesPerVertex_(~std::uint64_t{0} / static_cast<std::uint64_t>(vertexCount)) {}
+        homesPerVertex_(~std::uint64_t{0} / 3 / static_cast<std::uint64_t>(vertexCount)) {}
 
   std::int32_t run() {
     for (std::int32_t begin = 0; begin < count_; begin += std::min(kBlock, count_ - begin)) {
@@ -89,12 +89,14 @@ class TriangleFilter {
     }
   }
 
-  /// Triangles of near vertices, which mostly follow each other, have homes near to each other, in
-  /// a stretch of 1/4096 of the table that moves along with the highest vertex.
+  /// Triangles that follow each other mostly have near vertices, and so homes near to each other,
+  /// in a stretch of 1/4096 of the table that moves along with the mean of the three. The highest
+  /// alone would crowd the table where some vertices have all triangles and come last, as the
+  /// centres that a mesh of polygons gets when it is cut up.
   std::uint64_t hashOf(const Triangle& key) const {
     const auto word = [&key](std::size_t k) { return static_cast<std::uint64_t>(key[k]); };
     const std::uint64_t mixed = mixHash(mixHash(0, word(0) << 32U | word(1)), word(2));
-    return word(2) * homesPerVertex_ + (mixed >> 12U);
+    return (word(0) + word(1) + word(2)) * homesPerVertex_ + (mixed >> 12U);
   }
 
   const std::int32_t* cornersOf(std::int32_t t) const {
@@ -108,7 +110,7 @@ class TriangleFilter {
   std::int32_t* kept_;
   std::int32_t keptCount_ = 0;
   HashIndex index_;
-  std::uint64_t homesPerVertex_;  ///< as a share of 2^64
+  std::uint64_t homesPerVertex_;  ///< as a share of 2^64, for each of the three
   // Of the block:
   std::array<std::int32_t, std::size_t{3} * kBlock> corners_;
   std::array<std::uint32_t, kBlock> candidates_;

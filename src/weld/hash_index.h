@@ -26,8 +26,8 @@ inline std::uint64_t mixHash(std::uint64_t hash, std::uint64_t word) {
 /// nearly every record looked at is one with the hash in question. An empty slot is 0, and a table
 /// of zeros comes from the system as it is, without a pass over it.
 ///
-/// Hashes may lead many records to few slots: one that finds the slots next to its home taken goes
-/// on at another home, to which the lower bits of its hash lead.
+/// Hashes may lead many records to few slots: one that finds a stretch of slots from its home on
+/// taken goes on at other homes, anywhere in the table, to which the lower bits of its hash lead.
 class HashIndex {
  public:
   static constexpr std::int32_t kNone = -1;
@@ -60,9 +60,12 @@ class HashIndex {
     if (slots()[slot] == 0) {  // as mostly for a new record, which need not pay for the count below
       return slot;
     }
-    for (int taken = 1;
+    for (std::uint64_t taken = 1;
          slots()[slot] != 0 && !(isTagged(slots()[slot], hash) && accept(index(slot))); ++taken) {
-      slot = taken == kNear ? home(mixHash(hash, 0)) : (slot + 1) & (slotCount_ - 1);
+      slot = (slot + 1) & (slotCount_ - 1);
+      if (taken % kStretch == 0 && taken < kFar) {
+        slot = home(mixHash(hash, taken));
+      }
     }
     return slot;
   }
@@ -99,7 +102,8 @@ class HashIndex {
   }
 
  private:
-  static constexpr int kNear = 32;
+  static constexpr std::uint64_t kStretch = 32;
+  static constexpr std::uint64_t kFar = 32 * kStretch;  ///< then no more homes: the search must end
 
   struct Free {
     void operator()(std::uint32_t* slots) const { std::free(slots); }
