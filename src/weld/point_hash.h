@@ -83,7 +83,13 @@ class PointHash {
  private:
   static constexpr std::int32_t kBlock = 512;
 
-  /// At most 64 KB, and a byte a point where there are few.
+  /// The last point with a hash that leads here, at first point 0, and the hash's upper half.
+  struct Recent {
+    std::uint32_t tag;
+    std::int32_t point;
+  };
+
+  /// At most 128 KB, and 4 bytes a point where there are few.
   static unsigned recentBits(std::int32_t count) {
     unsigned bits = 4;
     while (bits < 14 && (std::int32_t{4} << bits) < count) {
@@ -103,18 +109,21 @@ class PointHash {
            turned(p[2]) * 0xA0761D6478BD642FU;
   }
 
-  /// Makes every point of the block the child of one before it that is likely to be its equal, if
-  /// any is: of the last one with its entry in the table, or of point 0.
+  /// Makes every point of the block the child of one before it: of the last one with the same hash,
+  /// most likely its equal, or of the very last, which is in the cache at least.
   void linkToGuesses(std::int32_t begin, std::int32_t end, PointForest forest) {
     const PointArray points = points_;
-    std::int32_t* const table = recent_.data();
+    Recent* const table = recent_.data();
     const std::int32_t nextBlock = std::min(kBlock, count_ - end);
     for (std::int32_t i = begin; i < end; ++i) {
       prefetch(points[i + nextBlock]);
-      std::int32_t& recent = table[quickHash(points[i]) >> recentShift_];
-      prefetch(points[recent]);
-      forest.parent(i) = recent;
-      recent = i;
+      const std::uint64_t hash = quickHash(points[i]);
+      const auto tag = static_cast<std::uint32_t>(hash >> 32U);
+      Recent& recent = table[hash >> recentShift_];
+      const std::int32_t guess = select(recent.tag == tag, recent.point, i - 1);
+      prefetch(points[guess]);
+      forest.parent(i) = guess;
+      recent = {tag, i};
     }
   }
 
@@ -144,7 +153,7 @@ class PointHash {
   PointArray points_;
   Hash hash_;
   HashIndex index_;
-  std::vector<std::int32_t> recent_;
+  std::vector<Recent> recent_;
   unsigned recentShift_;  ///< from a hash to its entry
   // Of the block:
   std::array<std::int32_t, kBlock> others_;
