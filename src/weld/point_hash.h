@@ -49,14 +49,9 @@ class PointHash {
       const std::int32_t end = begin + blockSize(begin);
       linkToGuesses(begin, end, forest);
       const std::size_t others = findOthers(begin, end, forest);
-      hashOthers(others);
-      for (std::size_t k = 0; k < others; ++k) {
-        prefetch(points_[index_.guess(hashes_[k], begin)]);
-      }
-      for (std::size_t k = 0; k < others; ++k) {
-        if (!visit(others_[k], hashes_[k])) {
-          return others_[k];
-        }
+      const std::size_t visited = visitOthers(others, visit);
+      if (visited < others) {
+        return others_[visited];
       }
     }
     return count_;
@@ -81,7 +76,9 @@ class PointHash {
   }
 
  private:
-  static constexpr std::int32_t kBlock = 512;
+  static constexpr std::int32_t kBlock = 1024;
+  static constexpr std::size_t kSlotAhead = 32;
+  static constexpr std::size_t kPointAhead = 16;
 
   /// The last point with a hash that leads here, at first point 0, and the hash's upper half.
   struct Recent {
@@ -142,11 +139,33 @@ class PointHash {
     return others;
   }
 
-  void hashOthers(std::size_t others) {
+  /// Visits the first others_. Each visit waits for a slot of the index and then for the point to
+  /// which the slot leads, so both are asked for some visits ahead.
+  /// @return how many were visited with success
+  template <typename Visit>
+  std::size_t visitOthers(std::size_t others, const Visit& visit) {
+    // Not by functions of their own, which a compiler may drop: a prefetch has no visible effect.
     for (std::size_t k = 0; k < others; ++k) {
       hashes_[k] = hash_(points_[others_[k]]);
-      index_.prefetchSlot(hashes_[k]);
+      if (k < kSlotAhead) {
+        index_.prefetchSlot(hashes_[k]);
+      }
     }
+    for (std::size_t k = 0; k < std::min(kPointAhead, others); ++k) {
+      prefetch(points_[index_.guess(hashes_[k], others_[k])]);
+    }
+    for (std::size_t k = 0; k < others; ++k) {
+      if (k + kSlotAhead < others) {
+        index_.prefetchSlot(hashes_[k + kSlotAhead]);
+      }
+      if (k + kPointAhead < others) {
+        prefetch(points_[index_.guess(hashes_[k + kPointAhead], others_[k])]);
+      }
+      if (!visit(others_[k], hashes_[k])) {
+        return k;
+      }
+    }
+    return others;
   }
 
   std::int32_t count_;

@@ -29,11 +29,15 @@ void weldPoints(std::int32_t count, const double* points, double tolerance, std:
 std::int32_t numberVertices(std::int32_t count, const double* points, std::int32_t* forest,
                             double* vertices) {
   constexpr std::int32_t kAhead = 512;
+  constexpr std::int32_t kOften = 16;
   std::int32_t vertexCount = 0;
+  std::int32_t lastRoot = 0;
   for (std::int32_t i = 0; i < count; ++i) {
     const auto point = static_cast<std::size_t>(i);
     const std::int32_t parent = forest[point];
-    prefetch(points + 3 * static_cast<std::size_t>(i + std::min(kAhead, count - 1 - i)));
+    if (i - lastRoot < kOften) {  // most of the points ahead are needed, or memory lines with them
+      prefetch(points + 3 * static_cast<std::size_t>(i + std::min(kAhead, count - 1 - i)));
+    }
     if (parent != i) {
       forest[point] = forest[static_cast<std::size_t>(parent)];  // numbered already: parent < i
       continue;
@@ -42,6 +46,7 @@ std::int32_t numberVertices(std::int32_t count, const double* points, std::int32
       vertices[3 * static_cast<std::size_t>(vertexCount) + axis] = points[3 * point + axis];
     }
     forest[point] = vertexCount++;
+    lastRoot = i;
   }
   return vertexCount;
 }
