@@ -159,7 +159,9 @@ class PointHash {
         index_.prefetchSlot(hashes_[k + kSlotAhead]);
       }
       if (k + kPointAhead < others) {
-        prefetch(points_[index_.guess(hashes_[k + kPointAhead], others_[k])]);
+        const Point guess = points_[index_.guess(hashes_[k + kPointAhead], others_[k])];
+        prefetch(guess);
+        prefetch(guess + 2);  // three coordinates are often in two cache lines
       }
       if (!visit(others_[k], hashes_[k])) {
         return k;
