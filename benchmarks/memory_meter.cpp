@@ -3,6 +3,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 
@@ -13,7 +14,9 @@ extern "C" {
 void* __libc_malloc(std::size_t size);                  // NOLINT(bugprone-reserved-identifier)
 void* __libc_realloc(void* block, std::size_t size);    // NOLINT(bugprone-reserved-identifier)
 void* __libc_calloc(std::size_t count, std::size_t n);  // NOLINT(bugprone-reserved-identifier)
-void __libc_free(void* block);                          // NOLINT(bugprone-reserved-identifier)
+void* __libc_memalign(std::size_t alignment,
+                      std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+void __libc_free(void* block);            // NOLINT(bugprone-reserved-identifier)
 }
 
 namespace {
@@ -44,6 +47,16 @@ void* malloc(std::size_t size) {
 }
 void* calloc(std::size_t count, std::size_t size) {
   return noteTaken(__libc_calloc(count, size));
+}
+void* memalign(std::size_t alignment, std::size_t size) {
+  return noteTaken(__libc_memalign(alignment, size));
+}
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+  return memalign(alignment, size);
+}
+int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
+  *block = memalign(alignment, size);
+  return *block == nullptr ? ENOMEM : 0;
 }
 void* realloc(void* block, std::size_t size) {
   noteGiven(block);

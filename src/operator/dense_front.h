@@ -5,7 +5,7 @@
 // Trans. Math. Softw. 34 (2008).
 #pragma once
 
-#include "util/work_array.h"
+#include "operator/work_array.h"
 
 #include <cstddef>
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "util/large_pages.h"
-#include "util/work_array.h"
 #include "weld/point.h"
 
 #include <algorithm>
@@ -11,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 namespace quor {
 
@@ -31,14 +31,14 @@ class PointColumns {
   /// Throws std::bad_alloc.
   /// @param count  number of points there will be
   explicit PointColumns(std::size_t count)
-      : stride_(count + 1), coordinates_(3 * static_cast<std::ptrdiff_t>(stride_)) {
-    preferLargePages(coordinates_.data(), 3 * stride_ * sizeof(double));
+      : stride_(count + 1), coordinates_(new double[3 * stride_]) {
+    preferLargePages(coordinates_.get(), 3 * stride_ * sizeof(double));
   }
 
   void put(std::int32_t position, Point p) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
       double* const place =
-          coordinates_.data() + axis * stride_ + static_cast<std::size_t>(position);
+          coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
       place[0] = place[1] = p[axis];  // the second completes a pair until the next point comes
     }
   }
@@ -81,7 +81,7 @@ class PointColumns {
 
  private:
   const double* column(std::size_t axis, std::int32_t position) const {
-    return coordinates_.data() + axis * stride_ + static_cast<std::size_t>(position);
+    return coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
   }
 
   /// Those whose distance is below the reach.
@@ -119,7 +119,8 @@ class PointColumns {
   }
 
   std::size_t stride_;
-  WorkArray coordinates_;  ///< one column after the other
+  /// One column after the other. Not a vector, which would be written twice.
+  std::unique_ptr<double[]> coordinates_;  // NOLINT(modernize-avoid-c-arrays)
 };
 
 }  // namespace quor
