@@ -14,9 +14,9 @@ extern "C" {
 void* __libc_malloc(std::size_t size);                  // NOLINT(bugprone-reserved-identifier)
 void* __libc_realloc(void* block, std::size_t size);    // NOLINT(bugprone-reserved-identifier)
 void* __libc_calloc(std::size_t count, std::size_t n);  // NOLINT(bugprone-reserved-identifier)
-void* __libc_memalign(std::size_t alignment,
-                      std::size_t size);  // NOLINT(bugprone-reserved-identifier)
-void __libc_free(void* block);            // NOLINT(bugprone-reserved-identifier)
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* block);  // NOLINT(bugprone-reserved-identifier)
 }
 
 namespace {

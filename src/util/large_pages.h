@@ -24,4 +24,11 @@ void reserveInLargePages(std::vector<Value>& vector, std::size_t count) {
   preferLargePages(vector.data(), count * sizeof(Value));
 }
 
+/// The same, and fills the vector with zeros.
+template <typename Value>
+void resizeInLargePages(std::vector<Value>& vector, std::size_t count) {
+  reserveInLargePages(vector, count);
+  vector.resize(count);
+}
+
 }  // namespace quor

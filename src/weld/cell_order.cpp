@@ -148,11 +148,9 @@ CellOrder orderByCell(const std::vector<std::int32_t>& selected, PointArray poin
 
   // Counting sort. The counts stand one place further on than the starts that they add up to, and
   // filling a cell moves its start to its end, that is to where the next one's belongs.
-  reserveInLargePages(order.cellStart, std::size_t{grid.outside()} + 3);
-  order.cellStart.resize(std::size_t{grid.outside()} + 3);
+  resizeInLargePages(order.cellStart, std::size_t{grid.outside()} + 3);
   std::vector<std::uint32_t> cellOf;
-  reserveInLargePages(cellOf, selected.size());
-  cellOf.resize(selected.size());
+  resizeInLargePages(cellOf, selected.size());
   for (std::size_t i = 0; i < selected.size(); ++i) {
     prefetch(points[selected[std::min(i + kAhead, selected.size() - 1)]]);
     cellOf[i] = grid.cellOf(points[selected[i]]);
@@ -161,8 +159,7 @@ CellOrder orderByCell(const std::vector<std::int32_t>& selected, PointArray poin
   for (std::size_t cell = 2; cell < order.cellStart.size(); ++cell) {
     order.cellStart[cell] += order.cellStart[cell - 1];
   }
-  reserveInLargePages(order.points, selected.size());
-  order.points.resize(selected.size());
+  resizeInLargePages(order.points, selected.size());
   for (std::size_t i = 0; i < selected.size(); ++i) {
     order.points[order.cellStart[cellOf[i] + 1]++] = selected[i];
   }
