@@ -2,14 +2,9 @@
 
 #include "api/solver_handle.h"
 #include "memory_meter.h"
-#include "operator/blocked_factorization.h"
-#include "operator/elimination_tree.h"
-#include "operator/front_tree.h"
-#include "operator/minimum_degree.h"
-#include "operator/multifrontal.h"
-#include "operator/permuted_triangles.h"
+#include "operator/factor/factorization.h"
+#include "operator/mesh_check.h"
 #include "operator/stiffness_assembly.h"
-#include "operator/supernodes.h"
 #include "operator/vertex_partition.h"
 #include "peers/cholmod_solver.h"
 #include "peers/plain_solver.h"
@@ -112,8 +107,10 @@ PlainAssembly ourAssembly(const TaggedMesh& mesh) {
   a.triangles = std::make_shared<const std::vector<std::int32_t>>(
       quor::reorderTriangles(mesh.m(), mesh.triangles.data(), partition.callerToSolver));
   a.tags = mesh.tags;
-  Matrix stiffness;
-  quor::assembleStiffness(mesh.n(), *a.vertices, *a.triangles, stiffness);
+  if (quor::checkMesh(mesh.n(), *a.triangles) != QUOR_SUCCESS) {
+    throw std::runtime_error("the mesh is rejected");
+  }
+  const Matrix stiffness = quor::assembleStiffness(mesh.n(), *a.vertices, *a.triangles);
   const Eigen::Index free = mesh.n() - a.prescribed;
   a.stiffnessFF = quor::copyBlock(stiffness, a.prescribed, a.prescribed, free);
   a.stiffnessFP = quor::copyBlock(stiffness, a.prescribed, 0, a.prescribed);
@@ -122,36 +119,23 @@ PlainAssembly ourAssembly(const TaggedMesh& mesh) {
   return a;
 }
 
-/// Our factorization, step by step.
-struct OurSteps {
-  quor::Permutation inverse;
-  std::unique_ptr<quor::PermutedTriangles> permuted;
-  Eigen::VectorXi parent, counts, starts, rows;
-  Eigen::VectorXd values, diagonal;
-  std::unique_ptr<quor::Supernodes> supernodes;
-  quor::FrontTree tree;
-
+/// The library's factorization, step by step.
+class OurSteps : public quor::Factorization {
+ public:
   void order(const Matrix& matrix) {
-    const quor::Permutation permutation = quor::orderByMinimumDegree(matrix, inverse);
-    permuted = std::make_unique<quor::PermutedTriangles>(matrix, permutation, inverse);
+    permuted_ = std::make_unique<quor::PermutedTriangles>(Factorization::order(matrix));
   }
   void analyze() {
-    parent = quor::eliminationTree(permuted->upper);
-    counts = quor::columnCounts(permuted->lower, parent);
-    supernodes = std::make_unique<quor::Supernodes>(permuted->upper, parent, counts);
-    tree = quor::groupIntoFronts(*supernodes);
+    analysis_ = quor::analyze(*permuted_);
+    takeOver(analysis_);
   }
-  void factorize(quor::VectorWidth width) {
-    starts = Eigen::VectorXi::Zero(counts.size() + 1);
-    for (Eigen::Index j = 0; j < counts.size(); ++j) {
-      starts[j + 1] = starts[j] + counts[j];
-    }
-    rows.resize(starts[counts.size()]);
-    values.resize(starts[counts.size()]);
-    diagonal.resize(counts.size());
-    quor::factorizeFronts(*permuted, *supernodes, tree, width,
-                          {starts.data(), rows.data(), values.data(), diagonal.data()});
+  void computeEntries(quor::VectorWidth width) {
+    Factorization::computeEntries(*permuted_, analysis_, width);
   }
+
+ private:
+  std::unique_ptr<quor::PermutedTriangles> permuted_;
+  quor::Analysis analysis_;
 };
 
 void printSteps(const std::vector<TaggedMesh>& meshes, int rounds) {
@@ -172,11 +156,12 @@ void printSteps(const std::vector<TaggedMesh>& meshes, int rounds) {
         rounds, {[&] { assembly = ourAssembly(mesh); }, [&] { assembly = plainAssemble(mesh); }},
         [&] { assembly = {}; });
     const std::vector<double> t = sideBySide(
-        rounds, {[&] { ours->order(matrix); }, [&] { ours->analyze(); },
-                 [&] { ours->factorize(quor::widestVectors()); },
-                 [&] { ours->factorize(quor::VectorWidth::two); }, [&] { plain->order(matrix); },
-                 [&] { plain->analyze(); }, [&] { plain->factorizeNumerically(); },
-                 [&] { cholmod->analyze(matrix); }, [&] { cholmod->factorize(matrix); }});
+        rounds,
+        {[&] { ours->order(matrix); }, [&] { ours->analyze(); },
+         [&] { ours->computeEntries(quor::widestVectors()); },
+         [&] { ours->computeEntries(quor::VectorWidth::two); }, [&] { plain->order(matrix); },
+         [&] { plain->analyze(); }, [&] { plain->factorizeNumerically(); },
+         [&] { cholmod->analyze(matrix); }, [&] { cholmod->factorize(matrix); }});
     std::printf("| %s | ours | %.4f | %.4f | %.4f | %.4f (%.4f) |\n", mesh.name.c_str(),
                 assemblies[0], t[0], t[1], t[2], t[3]);
     std::printf("| | plain | %.4f | %.4f | %.4f | %.4f |\n", assemblies[1], t[4], t[5], t[6]);

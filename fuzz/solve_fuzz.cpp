@@ -2,7 +2,7 @@
 // posed both solves agree with dense linear algebra.
 
 #include "input.h"
-#include "support/dense_stiffness.h"
+#include "support/cotangent_stiffness.h"
 
 #include <quor.h>
 

@@ -1,25 +1,36 @@
-# The rooms of src include each other in one direction only, and weld, export and util need no Eigen.
-# What each may include besides its own headers, the public one and the standard library's:
-set(api_may "(export|operator|solve|util|weld)/|Eigen/")
-set(operator_may "api/solver_handle\\.h|util/|Eigen/")
-set(solve_may "api/solver_handle\\.h|Eigen/")
+# The modules of src include each other in one direction only, and weld, export and util need no
+# Eigen. A module is a folder; one inside another, as operator/factor, is a module of its own.
+# What each may include besides its own headers and those of the standard library:
+set(api_may "quor\\.h|(export|operator|solve|util|weld)/|Eigen/")
+set(api_solver_handle_may "operator/factor/")
+set(operator_may "quor\\.h|operator/factor/|util/|Eigen/")
+set(operator_construct_tagged_may "${operator_may}|api/solver_handle\\.h")
+set(operator_factor_may "util/|Eigen/")
+set(solve_may "api/solver_handle\\.h|operator/factor/|util/|Eigen/")
 set(util_may "sys/mman\\.h")
 set(weld_may "util/")
+set(standard "[a-z_]+|std(def|int)\\.h|(cpuid|intrin|xmmintrin)\\.h")
 
 file(GLOB_RECURSE sources RELATIVE "${SOURCE}" "${SOURCE}/*.h" "${SOURCE}/*.cpp")
 if(NOT sources)
   message(FATAL_ERROR "there are no sources in ${SOURCE}")
 endif()
 foreach(source ${sources})
-  string(REGEX REPLACE "/.*" "" room "${source}")
-  set(may "${room}/")
-  if(${room}_may)
-    string(APPEND may "|${${room}_may}")
+  cmake_path(GET source PARENT_PATH module)
+  cmake_path(REMOVE_EXTENSION source OUTPUT_VARIABLE operation)
+  string(REPLACE "/" "_" module_key "${module}")
+  string(REPLACE "/" "_" operation_key "${operation}")
+  # A file may have leave of its own, instead of its module's.
+  if(DEFINED ${operation_key}_may)
+    set(may "${${operation_key}_may}")
+  else()
+    set(may "${${module_key}_may}")
   endif()
-  file(STRINGS "${SOURCE}/${source}" lines REGEX "^ *# *include *[\"<].*/")
+  file(STRINGS "${SOURCE}/${source}" lines REGEX "^ *# *include *[\"<].*")
   foreach(line ${lines})
     string(REGEX REPLACE ".*[\"<](.*)[\">].*" "\\1" header "${line}")
-    if(NOT header MATCHES "^(${may})")
+    if(NOT header MATCHES "^(${module}/[^/]*|${standard})$" AND
+       (may STREQUAL "" OR NOT header MATCHES "^(${may})"))
       message(SEND_ERROR "src/${source} must not include ${header}")
     endif()
   endforeach()

@@ -25,7 +25,7 @@ TEST(FactorizationPart, AgreesWithEigens) {
   ASSERT_EQ(quorinfo(pointer), 0U);
   const auto& handle = *static_cast<const quor::SolverHandle*>(pointer);
   const quor::SparseMatrix& K = *handle.stiffnessFF;
-  const quor::Factorization eigen(K);
+  const Eigen::SimplicialLDLT<quor::SparseMatrix> eigen(K);
 
   const quor::SparseMatrix& ours = handle.factorFF->matrixL().nestedExpression();
   const quor::SparseMatrix& theirs = eigen.matrixL().nestedExpression();

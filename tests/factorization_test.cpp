@@ -1,12 +1,10 @@
 // The factorization by blocks against Eigen's own.
 
-#include "operator/blocked_factorization.h"
-#include "operator/elimination_tree.h"
-#include "operator/front_tree.h"
-#include "operator/minimum_degree.h"
-#include "operator/multifrontal.h"
-#include "operator/permuted_triangles.h"
+#include "operator/factor/factorization.h"
+#include "operator/factor/elimination_tree.h"
+#include "operator/factor/multifrontal.h"
 #include "operator/stiffness_assembly.h"
+#include "support/matrices.h"
 #include "support/mesh.h"
 
 #include <gtest/gtest.h>
@@ -17,14 +15,14 @@
 #include <vector>
 
 using namespace test;
-using quor::BlockedFactorization;
-using quor::SparseMatrix;
+using quor::Factorization;
 using quor::VectorWidth;
 
 namespace {
 
 /// Eigen's factorization, with its steps and its insides in reach.
-class EigenFactor : public quor::Factorization {
+class EigenFactor
+    : public Eigen::SimplicialLDLT<SparseMatrix, Eigen::Lower, Eigen::AMDOrdering<int>> {
  public:
   explicit EigenFactor(const SparseMatrix& matrix, bool ordered = true) {
     if (ordered) {
@@ -48,43 +46,6 @@ class EigenFactor : public quor::Factorization {
     Eigen::VectorXi parent, columnCounts;
   } analysis;
 };
-
-/// A symmetric positive definite matrix with the pattern of a graph, both triangles stored.
-SparseMatrix matrixOf(int n, const std::vector<std::pair<int, int>>& edges, std::mt19937& random) {
-  std::uniform_real_distribution<double> weight(0.1, 1.0);
-  std::vector<Eigen::Triplet<double>> triplets;
-  for (int i = 0; i < n; ++i) {
-    triplets.emplace_back(i, i, weight(random));
-  }
-  for (const auto& [i, j] : edges) {
-    const double w = weight(random);
-    for (const auto& [r, c] : {std::pair{i, j}, std::pair{j, i}}) {
-      triplets.emplace_back(r, c, -w);
-      triplets.emplace_back(r, r, w);
-    }
-  }
-  SparseMatrix matrix(n, n);
-  matrix.setFromTriplets(triplets.begin(), triplets.end());
-  return matrix;
-}
-
-SparseMatrix gridMatrix(int side, int layers, std::mt19937& random) {
-  std::vector<std::pair<int, int>> edges;
-  const auto at = [&](int i, int j, int k) { return i + side * (j + side * k); };
-  for (int k = 0; k < layers; ++k) {
-    for (int j = 0; j < side; ++j) {
-      for (int i = 0; i < side; ++i) {
-        if (i > 0)
-          edges.emplace_back(at(i - 1, j, k), at(i, j, k));
-        if (j > 0)
-          edges.emplace_back(at(i, j - 1, k), at(i, j, k));
-        if (k > 0)
-          edges.emplace_back(at(i, j, k - 1), at(i, j, k));
-      }
-    }
-  }
-  return matrixOf(side * side * layers, edges, random);
-}
 
 struct NamedMatrix {
   std::string name;
@@ -129,8 +90,7 @@ std::vector<NamedMatrix> positiveMatrices() {
 
 /// Free-free block of a mesh with all rows of one end held.
 SparseMatrix stiffnessOf(const Mesh& mesh, int held) {
-  SparseMatrix stiffness;
-  EXPECT_EQ(quor::assembleStiffness(mesh.n(), mesh.vertices, mesh.triangles, stiffness), 0U);
+  const SparseMatrix stiffness = quor::assembleStiffness(mesh.n(), mesh.vertices, mesh.triangles);
   const int free = mesh.n() - held;
   return *quor::copyBlock(stiffness, held, held, free);
 }
@@ -150,57 +110,13 @@ bool sameBits(const double* a, const double* b, Eigen::Index count) {
   return test::sameBits({a, a + count}, {b, b + count});
 }
 
-void expectSameBits(const BlockedFactorization& ours, const EigenFactor& eigen) {
+void expectSameBits(const Factorization& ours, const EigenFactor& eigen) {
   ASSERT_EQ(ours.info(), eigen.info());
   if (eigen.info() == Eigen::Success) {
     const SparseMatrix& L = ours.matrixL().nestedExpression();
     expectSamePattern(L, eigen.L());
     EXPECT_TRUE(sameBits(L.valuePtr(), eigen.L().valuePtr(), L.nonZeros()));
     EXPECT_TRUE(sameBits(ours.vectorD().data(), eigen.vectorD().data(), L.cols()));
-  }
-}
-
-/// A symmetric pattern for an ordering to fall for.
-/// @param kind  0: at random, 1: a band, 2: a chain with shortcuts, 3: with hubs, 4: a wide band
-SparseMatrix patternOf(unsigned kind, int n, double degree, bool fullDiagonal,
-                       std::mt19937& random) {
-  std::vector<Eigen::Triplet<double>> triplets;
-  const auto below = [&](int limit) { return int(random() % unsigned(limit)); };
-  for (int i = 0; i < n; ++i) {
-    if (fullDiagonal || below(8) != 0) {
-      triplets.emplace_back(i, i, 1.0);
-    }
-  }
-  for (int k = 0; k < degree * n / 2; ++k) {
-    const int i = below(n);
-    const int anywhere = below(n);
-    const int others[] = {anywhere, i + 1 + below(5), below(3) != 0 ? i + 1 : anywhere,
-                          below(20) == 0 ? below(3) : anywhere, i + 1 + 17 * below(2)};
-    const int j = others[kind];
-    if (i != j && j < n) {
-      triplets.emplace_back(i, j, 1.0);
-      triplets.emplace_back(j, i, 1.0);
-    }
-  }
-  SparseMatrix pattern(n, n);
-  pattern.setFromTriplets(triplets.begin(), triplets.end());
-  return pattern;
-}
-
-TEST(MinimumDegree, GivesEigensOrder) {
-  std::mt19937 random(3);
-  for (int round = 0; round < 3000; ++round) {
-    const int n = int(random() % (round < 2000 ? 40U : round < 2990 ? 300U : 3000U));
-    const unsigned kind = random() % 5;
-    const double degree = random() % 200 / 20.0;
-    const SparseMatrix pattern = patternOf(kind, n, degree, random() % 4 != 0, random);
-    quor::Permutation ours;
-    const quor::Permutation inverse = quor::orderByMinimumDegree(pattern, ours).inverse();
-    SparseMatrix copy = pattern;
-    quor::Permutation eigens;
-    Eigen::internal::minimum_degree_ordering(copy, eigens);
-    ASSERT_EQ(ours.indices(), eigens.indices()) << "n " << n << ", kind " << kind;
-    ASSERT_EQ(ours.indices(), inverse.indices());
   }
 }
 
@@ -259,14 +175,14 @@ TEST(Multifrontal, FillsEigensPatternWithEigensValues) {
   }
 }
 
-TEST(BlockedFactorization, OfAMeshAgreesWithEigens) {
+TEST(Factorization, OfAMeshAgreesWithEigens) {
   const int side = 130;
   // Equilateral triangles, lifted: no entry is the small difference of large ones.
   const Mesh mesh = gridMesh(side, side, [](double u, double v) {
     return std::array<double, 3>{u - 0.5 * v, std::sqrt(0.75) * v, 0.1 * std::sin(4 * u)};
   });
   const SparseMatrix matrix = stiffnessOf(mesh, side);
-  const BlockedFactorization ours(matrix);
+  const Factorization ours(matrix);
   const EigenFactor eigen(matrix);
   ASSERT_EQ(ours.info(), Eigen::Success);
   const SparseMatrix& L = ours.matrixL().nestedExpression();
@@ -281,7 +197,7 @@ TEST(BlockedFactorization, OfAMeshAgreesWithEigens) {
 }
 
 // A diagonal entry and what slivers take away from it are large and nearly the same.
-TEST(BlockedFactorization, OfSliversIsAsAccurateAsEigens) {
+TEST(Factorization, OfSliversIsAsAccurateAsEigens) {
   const int side = 130;
   std::mt19937 random(0);
   const auto little = [&] { return 0.01 * std::ldexp(double(random()), -32); };
@@ -291,7 +207,7 @@ TEST(BlockedFactorization, OfSliversIsAsAccurateAsEigens) {
     return std::array<double, 3>{x, std::round(v * (side - 1)) + little(), 0.0};
   });
   const SparseMatrix matrix = stiffnessOf(mesh, side);
-  const BlockedFactorization ours(matrix);
+  const Factorization ours(matrix);
   const EigenFactor eigen(matrix);
   for (int round = 0; round < 3; ++round) {
     Eigen::VectorXd rhs = Eigen::VectorXd::Zero(matrix.cols());
@@ -336,7 +252,7 @@ SparseMatrix withSingularIsland(const SparseMatrix& matrix) {
   return result;
 }
 
-TEST(BlockedFactorization, LeavesTheRestToEigen) {
+TEST(Factorization, LeavesTheRestToEigen) {
   std::mt19937 random(2);
   const SparseMatrix large = gridMatrix(90, 1, random);
   std::vector<std::pair<int, int>> complete;
@@ -358,10 +274,10 @@ TEST(BlockedFactorization, LeavesTheRestToEigen) {
   };
   for (const auto& [name, matrix] : cases) {
     SCOPED_TRACE(name);
-    expectSameBits(BlockedFactorization(matrix), EigenFactor(matrix));
+    expectSameBits(Factorization(matrix), EigenFactor(matrix));
   }
   // So that the cases above would be noticed:
-  const BlockedFactorization ours(large);
+  const Factorization ours(large);
   EXPECT_FALSE(
       (ours.matrixL().nestedExpression().coeffs() == EigenFactor(large).L().coeffs()).all());
 }

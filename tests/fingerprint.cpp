@@ -73,8 +73,7 @@ std::uint64_t weldFingerprint() {
 }
 
 std::uint64_t stiffnessFingerprint(const Mesh& mesh) {
-  quor::SparseMatrix K;
-  quor::assembleStiffness(mesh.n(), mesh.vertices, mesh.triangles, K);
+  const quor::SparseMatrix K = quor::assembleStiffness(mesh.n(), mesh.vertices, mesh.triangles);
   Hash hash;
   hash.add(K.valuePtr(), std::size_t(K.nonZeros()));
   hash.add(K.innerIndexPtr(), std::size_t(K.nonZeros()));

@@ -186,6 +186,53 @@ TEST(Weld, MatchesBruteForceWhereTheTreeIsDeep) {
   }
 }
 
+/// Points by the hundred thousand, with a spacing of about 1.
+std::vector<double> manyPoints(const std::string& shape, int count, Random& random) {
+  std::vector<double> points;
+  const int side = int(std::sqrt(count));
+  const auto jitter = [&] { return uniform(random, -0.05, 0.05); };
+  for (int i = 0; i < count; ++i) {
+    const double u = i % side;
+    const double v = i / side;
+    if (shape == "a line along an axis") {  // more points than the grid has slabs on one axis
+      points.insert(points.end(), {0.0, double(i) + jitter(), 0.0});
+    } else if (shape == "a tilted line") {
+      points.insert(points.end(), {0.6 * i, -0.48 * i + jitter(), 0.64 * i});
+    } else if (shape == "a tilted sheet") {
+      points.insert(points.end(), {0.8 * u, v + jitter(), 0.6 * u});
+    } else if (shape == "two sheets") {  // about one spacing apart
+      const double layer = i % 2;
+      points.insert(points.end(), {u / 2 + jitter(), 0.8 * v - 0.6 * layer, 0.6 * v + 0.8 * layer});
+    } else if (shape == "clusters") {  // of 25 points, some nearer than others
+      const int cluster = i / 25;
+      points.insert(points.end(), {cluster % 91 * 1.3 + 4 * jitter(), cluster / 91 * 1.3 + jitter(),
+                                   4 * jitter()});
+    } else {  // a volume
+      const int edge = int(std::cbrt(count));
+      points.insert(points.end(), {i % edge + jitter(), i / edge % edge + jitter(),
+                                   double(i) / edge / edge + jitter()});
+    }
+  }
+  return points;
+}
+
+TEST(Weld, MatchesAGridOnManyPoints) {
+#if defined(__OPTIMIZE__)
+  const int count = 100000;
+#else
+  const int count = 20000;
+#endif
+  Random random(23);
+  for (const char* shape : {"a line along an axis", "a tilted line", "a tilted sheet", "two sheets",
+                            "clusters", "a volume"}) {
+    const Mesh soup{manyPoints(shape, count, random), {}};
+    for (const double tolerance : {0.25, 0.97, 1.02}) {
+      ASSERT_TRUE(same(weld(soup, tolerance), gridWeld(soup, tolerance)))
+          << shape << ", tolerance " << tolerance;
+    }
+  }
+}
+
 TEST(Weld, LongChainInRandomOrderIsOneVertex) {
   Random random(22);
   const int count = 10000;

@@ -1,26 +1,14 @@
 // The solver handle: the one long-lived object, opaque to callers.
 #pragma once
 
-#include <Eigen/SparseCholesky>
-#include <Eigen/SparseCore>
+#include "operator/factor/factorization.h"
+#include "operator/factor/sparse_matrix.h"
 
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 namespace quor {
-
-/// Sparse matrix of the solver: column-major, 32-bit indices, like everything derived from it.
-using SparseMatrix = Eigen::SparseMatrix<double, Eigen::ColMajor, int>;
-
-/// Sparse L D L^T factorization that reads the lower triangle and orders by approximate minimum
-/// degree; an Eigen SimplicialLDLT that gives its diagonal away without a copy.
-class Factorization
-    : public Eigen::SimplicialLDLT<SparseMatrix, Eigen::Lower, Eigen::AMDOrdering<int>> {
- public:
-  using SimplicialLDLT::SimplicialLDLT;
-  const Eigen::VectorXd& diagonal() const { return m_diag; }
-};
 
 /// Everything a solve needs, written once during construction and only read afterwards, so that any
 /// number of threads may share it without a lock.

@@ -1,6 +1,6 @@
 #include "operator/construct_tagged.h"
 
-#include "operator/blocked_factorization.h"
+#include "operator/mesh_check.h"
 #include "operator/stiffness_assembly.h"
 #include "operator/vertex_partition.h"
 
@@ -18,6 +18,15 @@ void requireSizesFit(std::int32_t n, std::int32_t m) {
   if (static_cast<std::uint32_t>(n) > maxVertices || m > maxTriangles) {
     throw std::length_error("vector");
   }
+}
+
+/// A function of its own, so that the whole matrix is released before the factorization begins.
+void assembleBlocks(SolverHandle& handle) {
+  const auto n = static_cast<std::int32_t>(handle.vertexCount);
+  const auto prescribed = static_cast<Eigen::Index>(handle.prescribedCount);
+  const SparseMatrix stiffness = assembleStiffness(n, *handle.vertices, *handle.triangles);
+  handle.stiffnessFF = copyBlock(stiffness, prescribed, prescribed, n - prescribed);
+  handle.stiffnessFP = copyBlock(stiffness, prescribed, 0, prescribed);
 }
 
 }  // namespace
@@ -48,19 +57,13 @@ void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
   handle->vertices = std::make_shared<const std::vector<double>>(std::move(coordinates));
   handle->triangles = std::make_shared<const std::vector<std::int32_t>>(std::move(triangles));
 
-  {
-    SparseMatrix stiffness;
-    *statusOut = assembleStiffness(n, *handle->vertices, *handle->triangles, stiffness);
-    if (*statusOut != QUOR_SUCCESS) {
-      handleOut->reset();
-      return;
-    }
-    const Eigen::Index prescribed = prescribedCount;
-    const Eigen::Index free = n - prescribed;
-    handle->stiffnessFF = copyBlock(stiffness, prescribed, prescribed, free);
-    handle->stiffnessFP = copyBlock(stiffness, prescribed, 0, prescribed);
+  *statusOut = checkMesh(n, *handle->triangles);
+  if (*statusOut != QUOR_SUCCESS) {
+    handleOut->reset();
+    return;
   }
-  handle->factorFF = std::make_shared<const BlockedFactorization>(*handle->stiffnessFF);
+  assembleBlocks(*handle);
+  handle->factorFF = std::make_shared<const Factorization>(*handle->stiffnessFF);
   *handleOut = std::move(handle);
 }
 

@@ -26,8 +26,9 @@ struct Construction {
 Construction constructTagged(std::int32_t n, const double* vertices, std::int32_t m,
                              const std::int32_t* triangles, const std::int32_t* tags);
 
-/// The part of the construction that works in solver order: assembles the stiffness matrix, keeps
-/// its free-free and free-prescribed blocks and factorizes the former.
+/// The part of the construction that works in solver order: checks the mesh, assembles the
+/// stiffness matrix, keeps its free-free and free-prescribed blocks and factorizes the former. Its
+/// name is fixed, as those of the exported functions are, though it is none of them.
 /// @param n, prescribedCount     numbers of all and of prescribed vertices
 /// @param coordinates,triangles  the mesh in solver order, moved into the handle
 /// @param statusOut              receives 0, or 23 or 24 if the mesh is rejected

@@ -1,5 +1,7 @@
 #include "operator/element_stiffness.h"
 
+#include "util/exact_arithmetic.h"
+
 #include <cmath>
 
 namespace quor {

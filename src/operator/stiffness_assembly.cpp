@@ -22,11 +22,10 @@ std::array<Triplet, 9> tripletsOf(std::int32_t a, std::int32_t b, std::int32_t c
 
 }  // namespace
 
-StatusCode assembleStiffness(std::int32_t n, const std::vector<double>& vertices,
-                             const std::vector<std::int32_t>& triangles, SparseMatrix& stiffness) {
+SparseMatrix assembleStiffness(std::int32_t n, const std::vector<double>& vertices,
+                               const std::vector<std::int32_t>& triangles) {
   std::vector<Triplet> triplets;
   triplets.reserve(3 * triangles.size());
-  std::vector<bool> used(static_cast<std::size_t>(n));
   const auto position = [&](std::int32_t vertex) {
     return vertices.data() + 3 * static_cast<std::size_t>(vertex);
   };
@@ -34,22 +33,13 @@ StatusCode assembleStiffness(std::int32_t n, const std::vector<double>& vertices
     const std::int32_t a = triangles[t];
     const std::int32_t b = triangles[t + 1];
     const std::int32_t c = triangles[t + 2];
-    if (a == b || b == c || a == c) {
-      return QUOR_REPEATED_CORNER;
-    }
-    for (const std::int32_t corner : {a, b, c}) {
-      used[static_cast<std::size_t>(corner)] = true;
-    }
     const std::array<Triplet, 9> nine =
         tripletsOf(a, b, c, elementStiffness(position(a), position(b), position(c)));
     triplets.insert(triplets.end(), nine.begin(), nine.end());
   }
-  if (std::find(used.begin(), used.end(), false) != used.end()) {
-    return QUOR_UNUSED_VERTEX;
-  }
-  stiffness.resize(n, n);
+  SparseMatrix stiffness(n, n);
   stiffness.setFromTriplets(triplets.begin(), triplets.end());
-  return QUOR_SUCCESS;
+  return stiffness;
 }
 
 std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen::Index firstRow,

@@ -1,8 +1,7 @@
 // Assembles the stiffness matrix of a mesh and cuts blocks out of it.
 #pragma once
 
-#include "api/solver_handle.h"
-#include "quor.h"
+#include "operator/factor/sparse_matrix.h"
 
 #include <cstdint>
 #include <memory>
@@ -10,18 +9,16 @@
 
 namespace quor {
 
-/// Checks the mesh and assembles its n x n stiffness matrix: symmetric, both triangles stored, an
-/// entry for every vertex and every edge (also where it is 0), rows that sum to 0.
+/// Assembles the n x n stiffness matrix: symmetric, both triangles stored, an entry for every
+/// vertex and every edge (also where it is 0), rows that sum to 0.
 /// @param n          number of vertices
 /// @param vertices   3n coordinates
-/// @param triangles  3m corners in 0 .. n-1, m at most (2^31-1)/9
-/// @param stiffness  receives the matrix; untouched unless the result is QUOR_SUCCESS
-/// @return QUOR_SUCCESS; QUOR_REPEATED_CORNER if some triangle has two equal corners;
-///         QUOR_UNUSED_VERTEX if some vertex is a corner of no triangle
-StatusCode assembleStiffness(std::int32_t n, const std::vector<double>& vertices,
-                             const std::vector<std::int32_t>& triangles, SparseMatrix& stiffness);
+/// @param triangles  3m corners in 0 .. n-1, m at most (2^31-1)/9, that checkMesh accepts
+SparseMatrix assembleStiffness(std::int32_t n, const std::vector<double>& vertices,
+                               const std::vector<std::int32_t>& triangles);
 
-/// Copies the block from a row and a column on: all rows below, and a number of columns.
+/// Copies the block from a row and a column on: all rows below, and a number of columns. Eigen's
+/// block() does the same, and takes 3 to 8 % of a construction more.
 /// @param matrix  compressed, rows ascending
 std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen::Index firstRow,
                                               Eigen::Index firstColumn, Eigen::Index columns);

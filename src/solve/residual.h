@@ -7,7 +7,7 @@ namespace quor {
 
 /// Computes |K_FF x_F + K_FP x_P - y|^2: for a field of solveField the round-off of the solve, with
 /// y = -source. Everything is in solver order, nothing is permuted. Not exported: an internal
-/// check.
+/// check, whose name is fixed as those of the exported functions are.
 /// @param handle       null gives the sentinel 1001.0, which no residual of interest reaches
 /// @param freeRhs      y, one value per free vertex
 /// @param solverField  n values

@@ -1,5 +1,7 @@
 #include "util/integer_on_sphere.h"
 
+#include "util/exact_arithmetic.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>

@@ -1,19 +1,31 @@
-// Machine instructions that C++17 has no name for.
+// Machine instructions that C++17 has no name for, by extensions of g++ and clang or without them.
+// QUOR_PORTABLE chooses the latter everywhere, so that what other compilers get is tested as well.
 #pragma once
 
 #include <cstdint>
 
-#if defined(_MSC_VER)
-#include <intrin.h>
+#if defined(__GNUC__) && !defined(QUOR_PORTABLE)
+#define QUOR_GNU_EXTENSIONS 1
+#elif defined(__x86_64__) || defined(_M_X64)
+#define QUOR_HAS_SSE 1
+#include <xmmintrin.h>
+#endif
+
+#if defined(QUOR_GNU_EXTENSIONS)
+#define QUOR_ALWAYS_INLINE inline __attribute__((always_inline))
+#elif defined(_MSC_VER)
+#define QUOR_ALWAYS_INLINE __forceinline
+#else
+#define QUOR_ALWAYS_INLINE inline
 #endif
 
 namespace quor {
 
 /// Asks for a cache line ahead of its use. A hint: any address will do.
 inline void prefetch(const void* address) {
-#if defined(__GNUC__)
+#if defined(QUOR_GNU_EXTENSIONS)
   __builtin_prefetch(address);
-#elif defined(_M_X64) || defined(_M_IX86)
+#elif defined(QUOR_HAS_SSE)
   _mm_prefetch(static_cast<const char*>(address), _MM_HINT_T0);
 #else
   static_cast<void>(address);
@@ -22,11 +34,16 @@ inline void prefetch(const void* address) {
 
 /// The position of the lowest bit that is set. @param bits not 0
 inline unsigned lowestBit(std::uint32_t bits) {
-#if defined(__GNUC__)
+#if defined(QUOR_GNU_EXTENSIONS)
   return static_cast<unsigned>(__builtin_ctz(bits));
 #else
-  unsigned long position = 0;
-  _BitScanForward(&position, bits);
+  unsigned position = 0;
+  for (unsigned step = 16; step != 0; step /= 2) {
+    if ((bits & ((std::uint32_t{1} << step) - 1)) == 0) {  // nothing in the lower half
+      position += step;
+      bits >>= step;
+    }
+  }
   return position;
 #endif
 }

@@ -1,6 +1,8 @@
 #include "weld/equal_points.h"
 
-#include "weld/point_hash.h"
+#include "weld/hashing.h"
+#include "weld/point_pass.h"
+#include "weld/point_table.h"
 
 namespace quor {
 namespace {
@@ -12,11 +14,6 @@ struct EqualHash {
   }
 };
 
-/// Fewer than one in 32 was an equal of an earlier point.
-bool areEqualsRare(std::size_t distinct, std::size_t seen) {
-  return distinct > seen - seen / 32;
-}
-
 }  // namespace
 
 std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
@@ -24,9 +21,10 @@ std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
   std::vector<std::int32_t> distinct;
   std::int32_t seen = 0;
   {
-    PointHash table(count, points, EqualHash{});
-    seen = table.forEach(forest, [&](std::int32_t i, std::uint64_t hash) {
-      if (i > count / 32 && areEqualsRare(distinct.size(), static_cast<std::size_t>(i))) {
+    PointTable table(count, points, EqualHash{});
+    PointPass pass(count, points, table);
+    seen = pass.run(forest, [&](std::int32_t i, std::uint64_t hash) {
+      if (areEqualsRare(static_cast<std::int64_t>(distinct.size()), i, count)) {
         return false;
       }
       const Point p = points[i];
@@ -35,16 +33,13 @@ std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
       const std::int32_t equal = table.index(slot);
       if (equal != HashIndex::kNone) {
         forest.parent(i) = equal;
-        return true;
-      }
-      forest.parent(i) = i;
-      if (isFinite(p)) {
+      } else if (isFinite(p)) {
         distinct.push_back(i);
         table.add(slot, hash, i);
       }
       return true;
     });
-  }
+  }  // neither table is needed any longer
   distinct.reserve(distinct.size() + static_cast<std::size_t>(count - seen));
   for (std::int32_t i = seen; i < count; ++i) {
     forest.parent(i) = i;

@@ -10,7 +10,7 @@
 namespace quor {
 
 /// Makes a tree of one point of every point, then links points of equal coordinates to the first
-/// of them. Equal points have distance 0, so this is right for every reach above 0. It is work
+/// of them. Equal points have distance 0, so this is right for every tolerance above 0. It is work
 /// saved for the search that follows, not a service of its own: where equal points turn out to be
 /// rare it stops looking for them and leaves them apart.
 /// @param count   number of points

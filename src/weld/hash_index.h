@@ -1,10 +1,11 @@
 // A hash table from records, which live elsewhere, to their indices.
 #pragma once
 
-#include "util/large_pages.h"
 #include "util/machine.h"
+#include "weld/hashing.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -13,13 +14,6 @@
 #include <utility>
 
 namespace quor {
-
-/// Mixes one more 64-bit word into a hash. The product carries every bit upwards, the fold brings
-/// the upper half down again; both are bijective, so nothing is lost on the way.
-inline std::uint64_t mixHash(std::uint64_t hash, std::uint64_t word) {
-  hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
-  return hash ^ (hash >> 32U);
-}
 
 /// Open addressing with linear probing, at most half full. A slot is 32 bits wide: one more than
 /// the index in its lower bits, and above it as much of the hash as there is room for, so that
@@ -75,8 +69,11 @@ class HashIndex {
     return static_cast<std::int32_t>(slots()[slot] & indexMask()) - 1;
   }
 
-  /// Fills an empty slot that locate returned.
+  /// Fills an empty slot that locate returned. The table must not be full: a search ends at an
+  /// empty slot, and half of them always are.
   void fill(std::size_t slot, std::uint64_t hash, std::int32_t index) {
+    assert(slots()[slot] == 0 && !isFull());
+    assert(index >= 0 && static_cast<std::uint64_t>(index) < indexMask_);
     slots()[slot] =
         (static_cast<std::uint32_t>(hash) & ~indexMask()) | static_cast<std::uint32_t>(index + 1);
     ++size_;
@@ -120,7 +117,6 @@ class HashIndex {
     if (slots_ == nullptr) {
       throw std::bad_alloc();
     }
-    preferLargePages(slots_.get(), slotCount_ * sizeof(std::uint32_t));
     size_ = 0;
   }
 

@@ -1,28 +1,33 @@
 // A tree of tight boxes over the points, joined with itself (a dual-tree join: Gray and Moore,
-// "N-Body" problems in statistical learning, 2000). Two boxes at or beyond the reach need no look;
-// a box whose diagonal is below it is one cluster at once; two boxes that belong to one cluster
-// need no look either. The latter two are what makes a large tolerance as cheap as a small one.
+// "N-Body" problems in statistical learning, 2000). Four shortcuts make a large tolerance as cheap
+// as a small one; that the first two are exact is proven in point.h.
+//   - Two boxes whose distance is not below the tolerance need no look.
+//   - A box whose diagonal is below the tolerance is one cluster at once.
+//   - Two boxes whose points all belong to one cluster need no look.
+//   - Between two boxes that are one cluster each, one link is enough.
 
 #include "weld/near_points.h"
 
 #include "util/large_pages.h"
 #include "util/machine.h"
-#include "weld/cell_order.h"
+#include "weld/morton_order.h"
 #include "weld/point_columns.h"
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
+#include <utility>
 
 namespace quor {
 namespace {
 
-/// Cells first .. first + 2^bits - 1 of the order: a box.
-struct Cells {
+/// Voxels first .. first + 2^bits - 1 of the order: a box.
+struct Voxels {
   std::uint32_t first;
   unsigned bits;
-  Cells lowerHalf() const { return {first, bits - 1}; }
-  Cells upperHalf() const { return {first + (1U << (bits - 1)), bits - 1}; }
+  Voxels lowerHalf() const { return {first, bits - 1}; }
+  Voxels upperHalf() const { return {first + (1U << (bits - 1)), bits - 1}; }
 };
 
 /// Stored in preorder: the left child follows its parent.
@@ -30,7 +35,7 @@ struct Node {
   Box box;
   Range range;
   std::int32_t right;  ///< index of the right child, kLeaf without children
-  bool oneCluster;     ///< all points were known to belong to one cluster when this was set
+  bool isOneCluster;   ///< its own links connect all its points
 
   static constexpr std::int32_t kLeaf = 0;
   bool isLeaf() const { return right == kLeaf; }
@@ -75,18 +80,18 @@ class LeafClusters {
 
 class NearPointLinker {
  public:
-  NearPointLinker(CellOrder order, PointArray points, PointForest forest, double reach)
+  NearPointLinker(MortonOrder order, PointArray points, PointForest forest, double squaredTolerance)
       : order_(std::move(order)),
         points_(points),
         forest_(forest),
-        reach_(reach),
+        squaredTolerance_(squaredTolerance),
         columns_(order_.points.size()) {}
 
   void run() {
     const auto count = static_cast<std::int32_t>(order_.points.size());
     if (count > 0) {
       reserveInLargePages(nodes_, order_.points.size() / 8);  // rarely more
-      build({0, count}, {0, order_.cellBits});
+      build({0, count}, {0, order_.voxelBits});
     }
   }
 
@@ -100,22 +105,23 @@ class NearPointLinker {
   std::int32_t lastPosition() const { return static_cast<std::int32_t>(order_.points.size()) - 1; }
   Node& node(std::int32_t i) { return nodes_[static_cast<std::size_t>(i)]; }
 
-  /// Builds the subtree of a range, which lies in the given cells, and links all its near pairs.
-  /// Both halves of every split hold points, so the depth is at most 28, the number of cell bits,
-  /// plus 63, the logarithm to the base 4/3 of how many leaves the fullest cell can hold: together
+  /// Builds the subtree of a range, which lies in the given voxels, and links all its near pairs.
+  /// Both halves of every split hold points, so the depth is at most 28, the number of voxel bits,
+  /// plus 63, the logarithm to the base 4/3 of how many leaves the fullest voxel can hold: together
   /// with linkAcross, which descends on both sides, less than 64 KB of stack.
   /// @return the index of its node
-  std::int32_t build(Range range, Cells cells) {
+  std::int32_t build(Range range, Voxels voxels) {
     const auto self = static_cast<std::int32_t>(nodes_.size());
     nodes_.push_back({Box(points_[id(range.begin)]), range, Node::kLeaf, false});
     if (range.size() <= kLeafCapacity) {
       linkInside(node(self));
       return self;
     }
-    const std::int32_t middle = split(range, cells);
-    const bool byCell = cells.bits > 0;
-    const std::int32_t left = build({range.begin, middle}, byCell ? cells.lowerHalf() : cells);
-    const std::int32_t right = build({middle, range.end}, byCell ? cells.upperHalf() : cells);
+    const std::int32_t middle = split(range, voxels);
+    assert(middle > range.begin && middle < range.end);
+    const bool byVoxel = voxels.bits > 0;
+    const std::int32_t left = build({range.begin, middle}, byVoxel ? voxels.lowerHalf() : voxels);
+    const std::int32_t right = build({middle, range.end}, byVoxel ? voxels.upperHalf() : voxels);
     node(self).right = right;
     node(self).box = node(left).box;
     node(self).box.extend(node(right).box);
@@ -123,22 +129,22 @@ class NearPointLinker {
     return self;
   }
 
-  /// Finds the position that divides the range in two, between its cells as long as it has several.
-  /// Narrows `cells` to the smallest box that holds the range.
-  std::int32_t split(Range range, Cells& cells) {
-    while (cells.bits > 0) {
-      const std::int32_t middle = order_.start(cells.upperHalf().first);
+  /// Finds the position that divides the range in two, between its voxels as long as it has
+  /// several. Narrows `voxels` to the smallest box that holds the range.
+  std::int32_t split(Range range, Voxels& voxels) {
+    while (voxels.bits > 0) {
+      const std::int32_t middle = order_.start(voxels.upperHalf().first);
       if (middle > range.begin && middle < range.end) {
         return middle;
       }
-      cells = middle == range.begin ? cells.upperHalf() : cells.lowerHalf();
+      voxels = middle == range.begin ? voxels.upperHalf() : voxels.lowerHalf();
     }
-    return splitInsideCell(range);
+    return splitInsideVoxel(range);
   }
 
   /// Halves the longest side of the box, or the number of points if that leaves one half with fewer
   /// than a quarter of them, as in a cluster with outliers.
-  std::int32_t splitInsideCell(Range range) {
+  std::int32_t splitInsideVoxel(Range range) {
     Box box(points_[id(range.begin)]);
     for (std::int32_t i = range.begin + 1; i < range.end; ++i) {
       box.extend(Box(points_[id(i)]));
@@ -161,38 +167,47 @@ class NearPointLinker {
   }
 
   void joinChildren(Node& parent, const Node& left, const Node& right) {
-    if (parent.box.squaredDiagonal() < reach_) {
-      // So are the children's diagonals: each child is one cluster already.
+    if (parent.box.squaredDiagonal() < squaredTolerance_) {
+      assert(left.isOneCluster && right.isOneCluster);  // their diagonals are no longer
       forest_.link(id(left.range.begin), id(right.range.begin));
-      parent.oneCluster = true;
+      parent.isOneCluster = true;
       return;
     }
-    linkAcross({left, left.oneCluster}, {right, right.oneCluster});
-    parent.oneCluster = left.oneCluster && right.oneCluster && isSameTree(left, right);
+    const Side a{left, left.isOneCluster};
+    const Side b{right, right.isOneCluster};
+    linkAcross(a, b);
+    parent.isOneCluster = areJoined(a, b);
   }
 
-  bool isSameTree(const Node& a, const Node& b) {
-    return forest_.root(id(a.range.begin)) == forest_.root(id(b.range.begin));
-  }
-
-  /// A node, and whether all its points are known to belong to one cluster: because the node says
-  /// so, or one that it is part of.
+  /// A part of one side of a join. It refers to a node in place, which stays there: nodes are added
+  /// between the joins, not during one.
   struct Side {
     const Node& node;
-    bool oneCluster;
+    bool inOneCluster;  ///< the node is one cluster, or one that it is part of is
   };
   Side part(const Side& side, std::int32_t child) {
-    return {node(child), side.oneCluster || node(child).oneCluster};
+    return {node(child), side.inOneCluster || node(child).isOneCluster};
   }
   Side leftPart(const Side& side) {
     return part(side, static_cast<std::int32_t>(&side.node - nodes_.data()) + 1);
   }
   Side rightPart(const Side& side) { return part(side, side.node.right); }
 
-  /// Links every near pair with one point on either side. Between two clusters one pair is enough:
-  /// the calls after it return at once.
+  /// Whether one link between the two would connect all points of both. One side alone is not
+  /// enough: the other may hold several clusters, each with a link of its own.
+  static bool isOneLinkEnough(const Side& a, const Side& b) {
+    return a.inOneCluster && b.inOneCluster;
+  }
+
+  /// Whether all points of both are known to belong to one cluster.
+  bool areJoined(const Side& a, const Side& b) {
+    return isOneLinkEnough(a, b) &&
+           forest_.root(id(a.node.range.begin)) == forest_.root(id(b.node.range.begin));
+  }
+
+  /// Links every near pair with one point on either side, or as many as it takes to connect them.
   void linkAcross(const Side& a, const Side& b) {
-    if (!(squaredDistance(a.node.box, b.node.box) < reach_) || isJoined(a, b)) {
+    if (!(squaredDistance(a.node.box, b.node.box) < squaredTolerance_) || areJoined(a, b)) {
       return;
     }
     if (a.node.isLeaf() && b.node.isLeaf()) {
@@ -207,22 +222,20 @@ class NearPointLinker {
     }
   }
 
-  bool isJoined(const Side& a, const Side& b) {
-    return a.oneCluster && b.oneCluster && isSameTree(a.node, b.node);
-  }
-
   void linkLeaves(const Side& a, const Side& b) {
     const Range rangeA = a.node.range;
     const Range rangeB = b.node.range;
-    if (columns_.nearTo(a.node.box, rangeB, reach_) == 0) {
+    if (columns_.nearTo(a.node.box, rangeB, squaredTolerance_) == 0) {
       return;
     }
-    for (Mask inA = columns_.nearTo(b.node.box, rangeA, reach_); inA != 0; inA &= inA - 1) {
+    for (Mask inA = columns_.nearTo(b.node.box, rangeA, squaredTolerance_); inA != 0;
+         inA &= inA - 1) {
       const std::int32_t i = first(inA, rangeA);
       const std::array<double, 3> p = columns_.point(i);
-      for (Mask near = columns_.nearTo(p.data(), rangeB, reach_); near != 0; near &= near - 1) {
+      for (Mask near = columns_.nearTo(p.data(), rangeB, squaredTolerance_); near != 0;
+           near &= near - 1) {
         forest_.link(id(i), id(first(near, rangeB)));
-        if (a.oneCluster && b.oneCluster) {
+        if (isOneLinkEnough(a, b)) {
           return;
         }
       }
@@ -244,26 +257,28 @@ class NearPointLinker {
     }
     leaf.box = columns_.box(range);
     const Mask all = PointColumns::all(range);
-    if (leaf.box.squaredDiagonal() < reach_) {
+    if (leaf.box.squaredDiagonal() < squaredTolerance_) {
       linkToSmallest(all, range);
-      leaf.oneCluster = true;
+      leaf.isOneCluster = true;
       return;
     }
     LeafClusters clusters(range.size());
     for (std::int32_t i = range.begin; i + 1 < range.end; ++i) {
       const auto k = static_cast<unsigned>(i - range.begin);
       const Range later{i + 1, range.end};
-      clusters.unite(k, columns_.nearTo(columns_.point(i).data(), later, reach_) << (k + 1));
+      clusters.unite(k, columns_.nearTo(columns_.point(i).data(), later, squaredTolerance_)
+                            << (k + 1));
     }
     for (Mask rest = clusters.united(); rest != 0;) {
       const Mask cluster = clusters.of(lowestBit(rest));
       linkToSmallest(cluster, range);
       rest &= ~cluster;
     }
-    leaf.oneCluster = clusters.of(0) == all;
+    leaf.isOneCluster = clusters.of(0) == all;
   }
 
   void linkToSmallest(Mask cluster, Range range) {
+    assert(cluster != 0);
     std::int32_t smallest = id(first(cluster, range));
     for (Mask rest = cluster; rest != 0; rest &= rest - 1) {
       smallest = std::min(smallest, id(first(rest, range)));
@@ -273,10 +288,10 @@ class NearPointLinker {
     }
   }
 
-  CellOrder order_;
+  MortonOrder order_;
   PointArray points_;
   PointForest forest_;
-  double reach_;
+  double squaredTolerance_;
   PointColumns columns_;
   std::vector<Node> nodes_;
 };
@@ -284,8 +299,8 @@ class NearPointLinker {
 }  // namespace
 
 void linkNearPoints(const std::vector<std::int32_t>& selected, PointArray points,
-                    PointForest forest, double reach) {
-  NearPointLinker(orderByCell(selected, points), points, forest, reach).run();
+                    PointForest forest, double squaredTolerance) {
+  NearPointLinker(orderAlongMortonCurve(selected, points), points, forest, squaredTolerance).run();
 }
 
 }  // namespace quor

@@ -9,13 +9,13 @@
 
 namespace quor {
 
-/// Links every two of the given points whose squared distance is below the reach: afterwards the
-/// trees of the forest are the clusters. Any reach and any arrangement of points take about the
-/// time of a sort.
-/// @param selected  indices of finite points, each a tree of its own or the root of one whose other
-///                  points are not among those given
-/// @param reach     square of the tolerance, above 0, +infinity included
+/// Links every two of the given points that are near: afterwards the trees of the forest are the
+/// clusters. Takes about the time of a sort, whatever the tolerance, unless many points of separate
+/// clusters are almost near: see "Shape" in docs/performance.md.
+/// @param selected          indices of finite points, each a tree of its own or the root of one
+///                          whose other points are not among those given
+/// @param squaredTolerance  above 0, +infinity included
 void linkNearPoints(const std::vector<std::int32_t>& selected, PointArray points,
-                    PointForest forest, double reach);
+                    PointForest forest, double squaredTolerance);
 
 }  // namespace quor

@@ -1,17 +1,21 @@
 // Points, boxes and the distances between them, with the arithmetic that decides what is near.
 //
-// The rule: two points are near when ((dx*dx + dy*dy) + dz*dz) < reach, in double, where reach is
-// the tolerance times itself, in double. All that the search skips or joins without computing this
-// for a pair follows from one fact: rounding is monotonic. If u <= v then fl(u) <= fl(v), hence for
-// non-negative operands a larger difference gives a larger (or equal) square, and larger squares a
-// larger (or equal) sum. So with the same operations in the same order
+// The rule: two points are near when ((dx*dx + dy*dy) + dz*dz) < squaredTolerance, in double, where
+// squaredTolerance is the tolerance times itself, in double. All that the search skips or joins
+// without computing this for a pair follows from one fact: rounding is monotonic. If u <= v then
+// fl(u) <= fl(v), hence for non-negative operands a larger difference gives a larger (or equal)
+// square, and larger squares a larger (or equal) sum. So with the same operations in the same order
 //   - the distance of two boxes, from the gaps along the axes, is at most that of any two points in
-//     them: if it is not below the reach, no pair between the boxes is near;
-//   - the diagonal of a box is at least the distance of any two points in it: if it is below the
-//     reach, every pair in the box is near.
+//     them: if it is not below squaredTolerance, no pair between the boxes is near;
+//   - the diagonal of a box is at least the distance of any two points in it: if it is below
+//     squaredTolerance, every pair in the box is near.
 // No margin is needed. The argument holds for overflow to infinity and underflow to zero too, since
-// these are monotonic as well. Only finite points take part: NaN has no order.
+// these are monotonic as well. Only finite points take part: NaN has no order. And it holds only if
+// the same operations are the same: a compiler that contracts a product and a sum in one of these
+// places and not in the other (-ffp-contract=fast) breaks it.
 #pragma once
+
+#include "util/exact_arithmetic.h"
 
 #include <algorithm>
 #include <array>

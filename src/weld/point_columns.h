@@ -2,11 +2,12 @@
 // point or a box.
 #pragma once
 
-#include "util/large_pages.h"
+#include "util/machine.h"
 #include "weld/point.h"
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -31,11 +32,10 @@ class PointColumns {
   /// Throws std::bad_alloc.
   /// @param count  number of points there will be
   explicit PointColumns(std::size_t count)
-      : stride_(count + 1), coordinates_(new double[3 * stride_]) {
-    preferLargePages(coordinates_.get(), 3 * stride_ * sizeof(double));
-  }
+      : stride_(count + 1), coordinates_(new double[3 * stride_]) {}
 
   void put(std::int32_t position, Point p) {
+    assert(position >= 0 && static_cast<std::size_t>(position) + 1 < stride_);
     for (std::size_t axis = 0; axis < 3; ++axis) {
       double* const place =
           coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
@@ -49,19 +49,21 @@ class PointColumns {
 
   /// All points of a range.
   static Mask all(Range range) {
+    assert(range.size() >= 0 && range.size() <= kMaskBits);
     return static_cast<Mask>((std::uint64_t{1} << static_cast<unsigned>(range.size())) - 1);
   }
 
   /// Those that are near to p.
-  Mask nearTo(Point p, Range range, double reach) const {
-    return below(range, reach, [p](auto x, auto y, auto z) {
+  Mask nearTo(Point p, Range range, double squaredTolerance) const {
+    return below(range, squaredTolerance, [p](auto x, auto y, auto z) {
       return squaredLength(p[0] - x, p[1] - y, p[2] - z);
     });
   }
 
-  /// Those that may be near to some point in the box.
-  Mask nearTo(const Box& box, Range range, double reach) const {
-    return below(range, reach, [&box](auto x, auto y, auto z) {
+  /// Those that may be near to some point in the box: all that are not are proven to be too far by
+  /// the argument at the head of point.h.
+  Mask nearTo(const Box& box, Range range, double squaredTolerance) const {
+    return below(range, squaredTolerance, [&box](auto x, auto y, auto z) {
       using Number = decltype(x);
       const auto gapOnAxis = [&box](Number v, std::size_t axis) {
         return gap(v, v, Number{} + box.lo[axis], Number{} + box.hi[axis]);
@@ -84,15 +86,16 @@ class PointColumns {
     return coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
   }
 
-  /// Those whose distance is below the reach.
+  /// Those whose distance is below the squared tolerance.
   /// @param distance  of x, y, z; called with doubles or with vectors of them
   template <typename Distance>
-  Mask below(Range range, double reach, const Distance& distance) const {
+  Mask below(Range range, double squaredTolerance, const Distance& distance) const {
+    assert(range.begin >= 0 && range.size() >= 0 && range.size() <= kMaskBits);
     const double* const x = column(0, range.begin);
     const double* const y = column(1, range.begin);
     const double* const z = column(2, range.begin);
     const std::int32_t size = range.size();
-#if defined(__GNUC__)
+#if defined(QUOR_GNU_EXTENSIONS)
     // Two points at a time. A comparison gives a lane of ones or zeros, which selects the bit of
     // its point.
     using Pair = double __attribute__((vector_size(2 * sizeof(double))));
@@ -105,14 +108,14 @@ class PointColumns {
     PairMask bit{1, 2};
     PairMask result{0, 0};
     for (std::int32_t k = 0; k < size; k += 2) {
-      result |= (distance(at(x + k), at(y + k), at(z + k)) < reach) & bit;
+      result |= (distance(at(x + k), at(y + k), at(z + k)) < squaredTolerance) & bit;
       bit <<= 2;
     }
     return static_cast<Mask>(result[0] | result[1]) & all(range);
 #else
     Mask result = 0;
     for (std::int32_t k = 0; k < size; ++k) {
-      result |= static_cast<Mask>(distance(x[k], y[k], z[k]) < reach) << k;
+      result |= static_cast<Mask>(distance(x[k], y[k], z[k]) < squaredTolerance) << k;
     }
     return result;
 #endif

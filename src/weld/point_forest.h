@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -18,6 +19,7 @@ class PointForest {
 
   std::int32_t root(std::int32_t i) {
     while (parent(i) != i) {
+      assert(parent(i) < i);
       parent(i) = parent(parent(i));
       i = parent(i);
     }
@@ -26,6 +28,7 @@ class PointForest {
 
   /// Links point i to an earlier one. Cheap as long as i is a tree of its own.
   void attach(std::int32_t i, std::int32_t earlier) {
+    assert(earlier < i);
     if (parent(i) == i) {
       parent(i) = earlier;
     } else {

@@ -1,8 +1,13 @@
 #include "weld/sparse_cells.h"
 
-#include "weld/point_hash.h"
+#include "weld/hashing.h"
+#include "weld/point_pass.h"
+#include "weld/point_table.h"
 
+#include <array>
+#include <cassert>
 #include <cmath>
+#include <cstddef>
 
 namespace quor {
 namespace {
@@ -11,9 +16,8 @@ namespace {
 using Cell = std::array<std::uint64_t, 3>;
 
 std::uint64_t hashOf(const Cell& cell) {
-  // The sum of odd multiples tells apart all cells of any real extent, the mixing spreads them.
-  const std::uint64_t sum =
-      cell[0] * 0x9E3779B97F4A7C15U + cell[1] * 0xD6E8FEB86659FD93U + cell[2] * 0xA0761D6478BD642FU;
+  // The sum tells apart all cells of any real extent, the mixing spreads them.
+  const std::uint64_t sum = sumOfMultiples(cell[0], cell[1], cell[2]);
   return mixHash(sum, sum >> 32U);
 }
 
@@ -61,12 +65,6 @@ bool isCrowded(std::int64_t looks, std::int64_t points) {
   return looks > 8 * (points + 64);
 }
 
-/// Fewer than one in 32 was an equal of an earlier point. Where equal points do not save the work,
-/// a search tree is faster.
-bool isMostlyDifferent(std::int64_t different, std::int64_t points) {
-  return different > 64 + points - points / 32;
-}
-
 struct CellHash {
   CellNumbers numbers;
   std::uint64_t operator()(Point p) const { return hashOf(numbers.of(p)); }
@@ -78,13 +76,14 @@ class SparseCells {
       : count_(count),
         points_(points),
         forest_(forest),
-        reach_(tolerance * tolerance),
+        squaredTolerance_(tolerance * tolerance),
         numbers_(tolerance),
         table_(count, points, CellHash{numbers_}) {}
 
   bool run() {
+    PointPass pass(count_, points_, table_);
     const auto visitNext = [this](std::int32_t i, std::uint64_t hash) { return visit(i, hash); };
-    return table_.forEach(forest_, visitNext) == count_;
+    return pass.run(forest_, visitNext) == count_;
   }
 
  private:
@@ -92,7 +91,6 @@ class SparseCells {
   /// @return false if cells are not the way for these points
   bool visit(std::int32_t i, std::uint64_t hash) {
     const Point p = points_[i];
-    forest_.parent(i) = i;
     const std::size_t slot = table_.locate(hash, [&](std::int32_t j) {
       if (hasSameBits(p, points_[j])) {
         forest_.attach(i, j);
@@ -110,12 +108,12 @@ class SparseCells {
     table_.add(slot, hash, i);
     linkBeyondWalls(i);
     ++different_;
-    return !isCrowded(looks_, i) && !(i > count_ / 32 && isMostlyDifferent(different_, i));
+    return !isCrowded(looks_, i) && !areEqualsRare(different_, i, count_);
   }
 
   void linkIfNear(std::int32_t i, std::int32_t j) {
     ++looks_;
-    if (squaredDistance(points_[i], points_[j]) < reach_) {
+    if (squaredDistance(points_[i], points_[j]) < squaredTolerance_) {
       forest_.attach(i, j);
     }
   }
@@ -131,6 +129,7 @@ class SparseCells {
 
   void linkInOtherCells(std::int32_t i, const Cell& first, const Cell& last) {
     const Cell own = numbers_.of(points_[i]);
+    assert(last[0] - first[0] <= 1 && last[1] - first[1] <= 1 && last[2] - first[2] <= 1);
     for (std::uint64_t x = first[0]; x <= last[0]; ++x) {
       for (std::uint64_t y = first[1]; y <= last[1]; ++y) {
         for (std::uint64_t z = first[2]; z <= last[2]; ++z) {
@@ -148,9 +147,9 @@ class SparseCells {
   std::int32_t count_;
   PointArray points_;
   PointForest forest_;
-  double reach_;
+  double squaredTolerance_;
   CellNumbers numbers_;
-  PointHash<CellHash> table_;
+  PointTable<CellHash> table_;
   std::int64_t different_ = 0;  ///< points, so far
   std::int64_t looks_ = 0;      ///< at points different from the one in question
 };

@@ -8,10 +8,11 @@
 
 namespace quor {
 
-/// Makes a tree of one point of every point, then links every two whose squared distance is below
-/// the reach, with a hash table of cells 64 tolerances wide. That is the way of most welds, and the
-/// fastest, as long as a cell holds few different points. Where cells turn out to be crowded, or
-/// too many to number, it gives up; the forest is then of no use.
+/// Makes a tree of one point of every point, then links every two that are near, with a hash table
+/// of cells 64 tolerances wide. It is tried for every tolerance, and it is the fastest search as
+/// long as most points repeat earlier ones and a cell holds few different ones. Where cells turn
+/// out to be crowded or too many to number, or repeats to be rare, it gives up; the forest is then
+/// of no use.
 /// @param count      number of points
 /// @param tolerance  above 0
 /// @param forest     over `count` points, any content

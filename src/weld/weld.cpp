@@ -14,15 +14,18 @@
 namespace quor {
 
 void weldPoints(std::int32_t count, const double* points, double tolerance, std::int32_t* forest) {
-  const double reach = tolerance * tolerance;
-  if (!(reach > 0.0)) {  // no squared distance is below 0, not even that of identical points
+  const double squaredTolerance = tolerance * tolerance;
+  if (!(squaredTolerance >
+        0.0)) {  // no squared distance is below 0, not even that of identical points
     std::iota(forest, forest + count, 0);
     return;
   }
   const PointArray array(points);
   const PointForest trees(forest);
+  // Cells do for soups with tolerances well below the spacing of their vertices; larger tolerances,
+  // and points without repeats, are for the tree.
   if (!linkInSparseCells(count, array, trees, tolerance)) {
-    linkNearPoints(linkEqualPoints(count, array, trees), array, trees, reach);
+    linkNearPoints(linkEqualPoints(count, array, trees), array, trees, squaredTolerance);
   }
 }
 

@@ -1,4 +1,4 @@
-// Welding as the rule says it, with nothing clever: the oracle for small inputs.
+// Welding as the rule says it, with nothing clever: the oracles.
 #pragma once
 
 #include "mesh.h"
@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <numeric>
 #include <set>
+#include <unordered_map>
 
 namespace test {
 
@@ -33,32 +35,27 @@ inline Welded welded(const Mesh& soup, double tolerance) {
   return result;
 }
 
-/// Compares every pair.
-inline Welded bruteForceWeld(const Mesh& soup, double tolerance) {
-  const auto n = std::size_t(soup.n());
-  const double* p = soup.vertices.data();
-  std::vector<std::int32_t> root(n);
-  std::iota(root.begin(), root.end(), 0);
-  const double r2 = tolerance * tolerance;
-  for (std::size_t i = 0; i < n; ++i) {
-    for (std::size_t j = i + 1; j < n; ++j) {
-      const double dx = p[3 * i] - p[3 * j];
-      const double dy = p[3 * i + 1] - p[3 * j + 1];
-      const double dz = p[3 * i + 2] - p[3 * j + 2];
-      if ((dx * dx + dy * dy) + dz * dz < r2 && root[i] != root[j]) {
-        const std::int32_t from = std::max(root[i], root[j]);
-        const std::int32_t to = std::min(root[i], root[j]);
-        std::replace(root.begin(), root.end(), from, to);
-      }
-    }
-  }
+/// Whether the rule makes one vertex of points i and j.
+inline bool areNear(const Mesh& soup, std::size_t i, std::size_t j, double tolerance) {
+  const double* p = soup.vertices.data() + 3 * i;
+  const double* q = soup.vertices.data() + 3 * j;
+  const double dx = p[0] - q[0];
+  const double dy = p[1] - q[1];
+  const double dz = p[2] - q[2];
+  return (dx * dx + dy * dy) + dz * dz < tolerance * tolerance;
+}
+
+/// The outputs that follow from which points belong together.
+/// @param root  the first point of each point's cluster
+inline Welded weldedByRoots(const Mesh& soup, const std::vector<std::int32_t>& root) {
   Welded welded;
   welded.result = 0;
-  welded.map.resize(n);
-  for (std::size_t i = 0; i < n; ++i) {
+  welded.map.resize(root.size());
+  for (std::size_t i = 0; i < root.size(); ++i) {
     if (root[i] == std::int32_t(i)) {
+      const double* p = soup.vertices.data() + 3 * i;
       welded.map[i] = std::int32_t(welded.vertices.size() / 3);
-      welded.vertices.insert(welded.vertices.end(), p + 3 * i, p + 3 * i + 3);
+      welded.vertices.insert(welded.vertices.end(), p, p + 3);
     } else {
       welded.map[i] = welded.map[std::size_t(root[i])];
     }
@@ -76,6 +73,73 @@ inline Welded bruteForceWeld(const Mesh& soup, double tolerance) {
     }
   }
   return welded;
+}
+
+/// Compares every pair.
+inline Welded bruteForceWeld(const Mesh& soup, double tolerance) {
+  const auto n = std::size_t(soup.n());
+  std::vector<std::int32_t> root(n);
+  std::iota(root.begin(), root.end(), 0);
+  for (std::size_t i = 0; i < n; ++i) {
+    for (std::size_t j = i + 1; j < n; ++j) {
+      if (root[i] != root[j] && areNear(soup, i, j, tolerance)) {
+        const std::int32_t from = std::max(root[i], root[j]);
+        const std::int32_t to = std::min(root[i], root[j]);
+        std::replace(root.begin(), root.end(), from, to);
+      }
+    }
+  }
+  return weldedByRoots(soup, root);
+}
+
+/// Compares pairs in neighbouring cells of a grid only, and goes through clusters point by point:
+/// for finite points by the hundred thousand, as long as few share a cell. Cells are a thousandth
+/// wider than the tolerance, so that no rounding puts near points further apart than neighbours.
+inline Welded gridWeld(const Mesh& soup, double tolerance) {
+  using Cell = std::array<std::int64_t, 3>;
+  const auto cellOf = [&](std::size_t i) {
+    const double* p = soup.vertices.data() + 3 * i;
+    Cell cell{};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      cell[axis] = std::int64_t(std::floor(p[axis] / (1.001 * tolerance)));
+    }
+    return cell;
+  };
+  struct Hash {
+    std::size_t operator()(const Cell& cell) const {
+      return std::size_t(cell[0] * 73856093 ^ cell[1] * 19349663 ^ cell[2] * 83492791);
+    }
+  };
+  std::unordered_map<Cell, std::vector<std::size_t>, Hash> cells;
+  for (std::size_t i = 0; i < std::size_t(soup.n()); ++i) {
+    cells[cellOf(i)].push_back(i);
+  }
+  std::vector<std::int32_t> root(std::size_t(soup.n()), -1);
+  for (std::size_t first = 0; first < root.size(); ++first) {
+    if (root[first] != -1) {
+      continue;
+    }
+    std::vector<std::size_t> open{first};
+    root[first] = std::int32_t(first);
+    while (!open.empty()) {
+      const std::size_t i = open.back();
+      open.pop_back();
+      const auto [x, y, z] = cellOf(i);
+      for (int k = 0; k < 27; ++k) {
+        const auto cell = cells.find(Cell{x - 1 + k % 3, y - 1 + k / 3 % 3, z - 1 + k / 9});
+        if (cell == cells.end()) {
+          continue;
+        }
+        for (const std::size_t j : cell->second) {
+          if (root[j] == -1 && areNear(soup, i, j, tolerance)) {
+            root[j] = std::int32_t(first);
+            open.push_back(j);
+          }
+        }
+      }
+    }
+  }
+  return weldedByRoots(soup, root);
 }
 
 inline bool same(const Welded& a, const Welded& b) {

@@ -1,6 +1,6 @@
-#include "operator/minimum_degree.h"
+#include "operator/factor/minimum_degree.h"
 
-#include "operator/quotient_graph.h"
+#include "operator/factor/quotient_graph.h"
 
 #include <cstdint>
 #include <limits>

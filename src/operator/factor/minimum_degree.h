@@ -1,13 +1,9 @@
 // The order in which the unknowns are eliminated.
 #pragma once
 
-#include "api/solver_handle.h"
-
-#include <Eigen/Core>
+#include "operator/factor/sparse_matrix.h"
 
 namespace quor {
-
-using Permutation = Eigen::PermutationMatrix<Eigen::Dynamic, Eigen::Dynamic, int>;
 
 /// Finds the permutation P for which P A P^T fills in little: exactly that of Eigen's AMDOrdering,
 /// in two thirds of its time.

@@ -5,7 +5,7 @@
 // Trans. Math. Softw. 34 (2008).
 #pragma once
 
-#include "operator/work_array.h"
+#include "operator/factor/work_array.h"
 
 #include <cstddef>
 
@@ -59,7 +59,7 @@ class DenseFront {
   template <typename Vectors>
   bool eliminatePanel(Index begin, Index end);
   template <typename Vectors>
-  bool solveTile(Index row, Index from, Index first, Index last);
+  bool solveTile(Index rowBlock, Index from, Index first, Index last);
   template <typename Vectors>
   void updateRest(Index begin, Index end);
   template <typename Vectors>
@@ -67,6 +67,8 @@ class DenseFront {
                          Index depth);
 
   Index blocks() const { return (size_ + kBlock - 1) / kBlock; }
+  /// The first row of the block that a row is in.
+  static Index blockOf(Index row) { return row / kBlock * kBlock; }
 
   /// Column j of the panel in the eight packed rows that begin with `row`.
   static double* packed(const WorkArray& rows, Index row, Index j) {
@@ -74,6 +76,7 @@ class DenseFront {
   }
 
   VectorWidth width_;
+  Index largest_;
   Index size_ = 0;
   Index stride_ = 0;
   WorkArray entries_;

@@ -1,11 +1,12 @@
 // This Source Code Form is subject to the terms of the Mozilla Public License, v. 2.0. If a copy of
 // the MPL was not distributed with this file, You can obtain one at https://mozilla.org/MPL/2.0/.
 
-#include "operator/quotient_graph.h"
+#include "operator/factor/quotient_graph.h"
 
 #include "util/machine.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -83,6 +84,7 @@ void QuotientGraph::listNeighbours(const SparseMatrix& matrix) {
     const int entries = matrix.outerIndexPtr()[i + 1] - matrix.outerIndexPtr()[i];
     node(i) = {begin, listsEnd_ - begin, 0, 1, entries, kUnmarked, kNone, kNone};
   }
+  assert(listsEnd_ <= lists_.size());
 }
 
 /// Unknowns on their own come first, as roots. Dense rows, which would only cost time, and rows
@@ -107,6 +109,7 @@ void QuotientGraph::sortOutByDegree() {
 }
 
 void QuotientGraph::insertByDegree(int i) {
+  assert(node(i).degree >= 0 && node(i).degree < n_);
   int& first = firstOfDegree_[node(i).degree];
   if (first != kNone) {
     node(first).previous = i;
@@ -126,13 +129,11 @@ void QuotientGraph::removeByDegree(const Node& variable) {
 void QuotientGraph::choosePivot() {
   while (firstOfDegree_[leastDegree_] == kNone) {
     ++leastDegree_;
+    assert(leastDegree_ < n_);
   }
   pivot_ = firstOfDegree_[leastDegree_];
   const Node& pivot = node(pivot_);
   removeByDegree(pivot);
-  if (pivot.next != kNone) {
-    prefetch(&lists_[node(pivot.next).list]);  // likely the next pivot's
-  }
   pivotSize_ = pivot.size;
   eliminated_ += pivot.size;
   hasElements_ = pivot.elements > 0;
@@ -164,6 +165,7 @@ void QuotientGraph::compactLists() {
     }
   }
   listsEnd_ = end;
+  ++compactions_;
 }
 
 /// Makes the pivot the element of all variables next to it, and takes in the elements that it
@@ -182,6 +184,7 @@ void QuotientGraph::formElement() {
     absorb(lists_[e], pivot_);
   }
   addVariables(neighbours, end);
+  assert(elementEnd_ <= lists_.size());
   pivot.list = elementBegin_;
   pivot.length = elementEnd_ - elementBegin_;
   pivot.degree = degree_;
@@ -295,6 +298,7 @@ int QuotientGraph::pruneList(Node& variable, std::uint32_t& hash) {
       keep(j, node(j).size);
     }
   }
+  assert(kept < end);
   lists[kept] = lists[keptNeighbours];
   lists[keptNeighbours] = lists[begin];
   lists[begin] = pivot_;
@@ -395,6 +399,7 @@ void QuotientGraph::raiseBase(int by) {
       any.mark = std::min(any.mark, kUnmarked);
     }
     base_ = kUnmarked + 1;
+    ++restarts_;
   }
 }
 

@@ -5,10 +5,10 @@
 // matrix solution: theory and practice, SIAM Review 34 (1992).
 #pragma once
 
-#include "operator/dense_front.h"
-#include "operator/front_tree.h"
-#include "operator/permuted_triangles.h"
-#include "operator/supernodes.h"
+#include "operator/factor/dense_front.h"
+#include "operator/factor/front_tree.h"
+#include "operator/factor/permuted_triangles.h"
+#include "operator/factor/supernodes.h"
 
 #include <cstdint>
 

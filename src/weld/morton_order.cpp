@@ -1,10 +1,11 @@
-#include "weld/cell_order.h"
+#include "weld/morton_order.h"
 
 #include "util/large_pages.h"
 #include "util/machine.h"
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 
 namespace quor {
@@ -35,10 +36,10 @@ struct GridAxis {
 /// A grid over the bulk of some points.
 class Grid {
  public:
-  /// @param cells  how many to make, about
-  Grid(const std::vector<std::int32_t>& selected, PointArray points, std::size_t cells) {
+  /// @param voxels  how many to make, about
+  Grid(const std::vector<std::int32_t>& selected, PointArray points, std::size_t voxels) {
     std::size_t bits = 0;
-    while ((std::size_t{1} << bits) < cells && bits < kMaxBits) {
+    while ((std::size_t{1} << bits) < voxels && bits < kMaxBits) {
       ++bits;
     }
     coverBulk(selected, points);
@@ -48,7 +49,7 @@ class Grid {
   unsigned bits() const { return bits_; }
   std::uint32_t outside() const { return std::uint32_t{1} << bits_; }
 
-  std::uint32_t cellOf(Point p) const {
+  std::uint32_t voxelOf(Point p) const {
     const bool covered = axes_[0].covers(p[0]) && axes_[1].covers(p[1]) && axes_[2].covers(p[2]);
     return covered ? axes_[0].bitsAt(p[0]) | axes_[1].bitsAt(p[1]) | axes_[2].bitsAt(p[2])
                    : outside();
@@ -88,8 +89,8 @@ class Grid {
     axis.high += extent / 16;
   }
 
-  /// Halves the widest side of a cell again and again. The first halving gets the uppermost bit of
-  /// the cell number.
+  /// Halves the widest side of a voxel again and again. The first halving gets the uppermost bit of
+  /// the voxel number.
   void divide(std::size_t bits) {
     std::array<double, 3> width{};
     for (std::size_t a = 0; a < 3; ++a) {
@@ -138,30 +139,31 @@ class Grid {
 
 }  // namespace
 
-CellOrder orderByCell(const std::vector<std::int32_t>& selected, PointArray points) {
-  CellOrder order;
+MortonOrder orderAlongMortonCurve(const std::vector<std::int32_t>& selected, PointArray points) {
+  MortonOrder order;
   if (selected.empty()) {
     return order;
   }
   const Grid grid(selected, points, selected.size());
-  order.cellBits = grid.bits() + 1;
+  order.voxelBits = grid.bits() + 1;
 
   // Counting sort. The counts stand one place further on than the starts that they add up to, and
-  // filling a cell moves its start to its end, that is to where the next one's belongs.
-  resizeInLargePages(order.cellStart, std::size_t{grid.outside()} + 3);
-  std::vector<std::uint32_t> cellOf;
-  resizeInLargePages(cellOf, selected.size());
+  // filling a voxel moves its start to its end, that is to where the next one's belongs.
+  resizeInLargePages(order.voxelStart, std::size_t{grid.outside()} + 3);
+  std::vector<std::uint32_t> voxelOf;
+  resizeInLargePages(voxelOf, selected.size());
   for (std::size_t i = 0; i < selected.size(); ++i) {
     prefetch(points[selected[std::min(i + kAhead, selected.size() - 1)]]);
-    cellOf[i] = grid.cellOf(points[selected[i]]);
-    ++order.cellStart[cellOf[i] + 2];
+    voxelOf[i] = grid.voxelOf(points[selected[i]]);
+    ++order.voxelStart[voxelOf[i] + 2];
   }
-  for (std::size_t cell = 2; cell < order.cellStart.size(); ++cell) {
-    order.cellStart[cell] += order.cellStart[cell - 1];
+  for (std::size_t voxel = 2; voxel < order.voxelStart.size(); ++voxel) {
+    order.voxelStart[voxel] += order.voxelStart[voxel - 1];
   }
   resizeInLargePages(order.points, selected.size());
   for (std::size_t i = 0; i < selected.size(); ++i) {
-    order.points[order.cellStart[cellOf[i] + 1]++] = selected[i];
+    assert(voxelOf[i] <= grid.outside());
+    order.points[order.voxelStart[voxelOf[i] + 1]++] = selected[i];
   }
   return order;
 }

@@ -6,7 +6,7 @@
 // Direct Methods for Sparse Linear Systems (2006), chapter 4.
 #pragma once
 
-#include "api/solver_handle.h"
+#include "operator/factor/sparse_matrix.h"
 
 #include <Eigen/Core>
 

@@ -1,5 +1,6 @@
-#include "operator/elimination_tree.h"
+#include "operator/factor/elimination_tree.h"
 
+#include <cassert>
 #include <utility>
 
 namespace quor {
@@ -55,6 +56,7 @@ Eigen::VectorXi postorder(const Eigen::VectorXi& parent) {
   Eigen::VectorXi sibling(n);
   int firstRoot = -1;
   for (int j = n - 1; j >= 0; --j) {
+    assert(parent[j] == -1 || (parent[j] > j && parent[j] < n));
     int& first = parent[j] == -1 ? firstRoot : firstChild[parent[j]];
     sibling[j] = std::exchange(first, j);
   }

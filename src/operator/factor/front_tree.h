@@ -4,7 +4,7 @@
 // method, ACM Trans. Math. Softw. 15 (1989).
 #pragma once
 
-#include "operator/supernodes.h"
+#include "operator/factor/supernodes.h"
 
 #include <Eigen/Core>
 
@@ -17,12 +17,12 @@ namespace quor {
 /// supernodes, a top one and descendants of it. Its rows are these columns and the shared rows of
 /// the top supernode; of the descendants' shared rows there are no others.
 struct Front {
-  int top;          ///< the supernode whose shared rows are left after the elimination
-  int columns;      ///< number of columns to eliminate
-  int rows;         ///< number of rows left
-  int children;     ///< number of fronts whose remainders this one takes in
-  int memberBegin;  ///< its supernodes are members[memberBegin .. memberEnd-1]
-  int memberEnd;
+  int top = 0;          ///< the supernode whose shared rows are left after the elimination
+  int columns = 0;      ///< number of columns to eliminate
+  int rows = 0;         ///< number of rows left
+  int children = 0;     ///< number of fronts whose remainders this one takes in
+  int memberBegin = 0;  ///< its supernodes are members[memberBegin .. memberEnd-1]
+  int memberEnd = 0;
 
   int size() const { return columns + rows; }
   /// Entries of the lower triangle of what is left.

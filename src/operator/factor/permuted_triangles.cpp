@@ -1,25 +1,32 @@
-#include "operator/permuted_triangles.h"
+#include "operator/factor/permuted_triangles.h"
 
 #include "util/machine.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace quor {
 namespace {
 
 /// The entries of one triangle so far.
 struct Entries {
-  explicit Entries(SparseMatrix& matrix)
-      : rows(matrix.innerIndexPtr()), values(matrix.valuePtr()) {}
+  /// Makes room in the matrix.
+  Entries(SparseMatrix& matrix, Eigen::Index entries) : room(entries) {
+    matrix.resizeNonZeros(room);
+    rows = matrix.innerIndexPtr();
+    values = matrix.valuePtr();
+  }
 
   /// Writes an entry over one that was not kept. Nothing to predict, which half of the time would
   /// go wrong.
   void put(int row, double value, bool keep) {
+    assert(count < room);
     rows[count] = row;
     values[count] = value;
     count += keep ? 1 : 0;
   }
 
+  Eigen::Index room;
   int* rows;
   double* values;
   int count = 0;
@@ -32,10 +39,8 @@ PermutedTriangles::PermutedTriangles(const SparseMatrix& matrix, const Permutati
     : upper(matrix.rows(), matrix.cols()), lower(matrix.rows(), matrix.cols()) {
   const auto n = static_cast<int>(matrix.cols());
   const Eigen::Index room = (matrix.nonZeros() + n) / 2 + 1;  // one for what is not kept
-  upper.resizeNonZeros(room);
-  lower.resizeNonZeros(room);
-  Entries above(upper);
-  Entries below(lower);
+  Entries above(upper, room);
+  Entries below(lower, room);
   const int* const newIndex = permutation.indices().data();
   const int* const oldIndex = inverse.indices().data();
   const int* const starts = matrix.outerIndexPtr();

@@ -9,7 +9,7 @@
 // the MPL was not distributed with this file, You can obtain one at https://mozilla.org/MPL/2.0/.
 #pragma once
 
-#include "api/solver_handle.h"
+#include "operator/factor/sparse_matrix.h"
 
 #include <Eigen/Core>
 
@@ -45,6 +45,10 @@ class QuotientGraph {
   /// Writes the n unknowns in the order of their elimination: children before their parents,
   /// elements before the variables that were merged, both ascending. To be called last.
   void postorder(int* order);
+
+  /// How often the lists were moved together, and all marks made old ones by a pass over the nodes.
+  int compactions() const { return compactions_; }
+  int restarts() const { return restarts_; }
 
  private:
   /// Half a cache line, since nearly all of the time goes into waiting for these.
@@ -106,6 +110,9 @@ class QuotientGraph {
   int elementEnd_ = 0;
   int degree_ = 0;              ///< of the current element
   bool bucketsShared_ = false;  ///< whether some bucket holds two variables
+
+  int compactions_ = 0;
+  int restarts_ = 0;
 };
 
 }  // namespace quor

@@ -56,7 +56,7 @@ TEST(CppFace, DoesTheWholeJob) {
   }
   EXPECT_EQ(solver.triangles().size(), mesh.triangles.size());
 
-  const std::string base = testing::TempDir() + "quor_cpp_face_test";
+  const std::string base = testing::TempDir() + "quor_cpp_wrapper_test";
   solver.writeObj(ordered, base);
   std::string line;
   std::getline(std::ifstream(base + ".obj"), line);

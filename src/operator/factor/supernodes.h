@@ -4,7 +4,7 @@
 // computations, SIAM J. Matrix Anal. Appl. 14 (1993).
 #pragma once
 
-#include "api/solver_handle.h"
+#include "operator/factor/sparse_matrix.h"
 
 #include <Eigen/Core>
 
@@ -32,6 +32,9 @@ class IndexList {
 /// Supernodes are numbered by their last columns; a parent has a higher number than its children.
 class Supernodes {
  public:
+  /// None.
+  Supernodes() = default;
+
   /// @param upper         the matrix whose pattern it is, with the entries (i, j), i <= j
   /// @param parent        its elimination tree
   /// @param columnCounts  entries of L below the diagonal, their sum at most 2^31 - 1

@@ -1,4 +1,4 @@
-// The two ways of finding near points, each on its own, against brute force.
+// The two searches for near points, each on its own, against brute force.
 
 #include "support/nasty_points.h"
 #include "support/weld_oracle.h"
@@ -22,7 +22,7 @@ std::vector<std::int32_t> mapOf(const std::vector<double>& points,
   return forest;
 }
 
-TEST(WeldRooms, BothWaysMatchBruteForce) {
+TEST(WeldSearch, BothSearchesMatchBruteForce) {
   Random random(31);
   int inCells = 0;
   for (const Nasty& nasty : kNasty) {
@@ -30,8 +30,8 @@ TEST(WeldRooms, BothWaysMatchBruteForce) {
       double tolerance = 0;
       const int count = 2 + below(random, round % 20 == 0 ? 1500 : 90);
       const std::vector<double> points = nasty.points(random, count, tolerance);
-      const double reach = tolerance * tolerance;
-      if (!(reach > 0)) {
+      const double squaredTolerance = tolerance * tolerance;
+      if (!(squaredTolerance > 0)) {
         continue;
       }
       const auto n = std::int32_t(points.size() / 3);
@@ -40,7 +40,7 @@ TEST(WeldRooms, BothWaysMatchBruteForce) {
 
       std::vector<std::int32_t> forest(std::size_t(n), -1);
       const quor::PointForest trees(forest.data());
-      quor::linkNearPoints(quor::linkEqualPoints(n, array, trees), array, trees, reach);
+      quor::linkNearPoints(quor::linkEqualPoints(n, array, trees), array, trees, squaredTolerance);
       ASSERT_EQ(mapOf(points, forest), expected) << "tree: " << nasty.name << ", round " << round;
 
       forest.assign(std::size_t(n), -1);
@@ -54,7 +54,7 @@ TEST(WeldRooms, BothWaysMatchBruteForce) {
   EXPECT_GT(inCells, 1000);  // the others are too crowded for cells
 }
 
-TEST(WeldRooms, EqualPointsLeaveTheFirstOfEach) {
+TEST(WeldSearch, EqualPointsLeaveTheFirstOfEach) {
   Random random(32);
   std::vector<double> points;
   for (int i = 0; i < 3 * 5000; ++i) {
@@ -75,7 +75,7 @@ TEST(WeldRooms, EqualPointsLeaveTheFirstOfEach) {
   }
 }
 
-TEST(WeldRooms, HashIndexHoldsTheLargestIndices) {
+TEST(WeldSearch, HashIndexHoldsTheLargestIndices) {
   // As many points as there can be leave one bit of a slot for the hash.
   constexpr std::int32_t limit = std::numeric_limits<std::int32_t>::max();
   quor::HashIndex index(4, limit);
@@ -92,7 +92,7 @@ TEST(WeldRooms, HashIndexHoldsTheLargestIndices) {
   }
 }
 
-TEST(WeldRooms, HashIndexStaysFastWhereHomesAreCrowded) {
+TEST(WeldSearch, HashIndexStaysFastWhereHomesAreCrowded) {
   constexpr std::int32_t count = 10000;
   // Tags, the lower halves, tell no records apart. All have one home, or homes in one quarter of
   // the table, which is fewer than there are records.

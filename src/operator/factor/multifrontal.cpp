@@ -1,6 +1,7 @@
-#include "operator/multifrontal.h"
+#include "operator/factor/multifrontal.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -8,12 +9,16 @@
 namespace quor {
 namespace {
 
-/// The entries of the diagonal, and the columns with which they are added.
+/// The diagonal of the matrix, and with which column each of its entries is added.
 ///
-/// Entry (i, i) is added with the earlier column that has the largest entry in row i, or with its
-/// own. What is subtracted on behalf of that column, nearly all of the diagonal at a sliver, so
-/// meets it at once. With column i it would find a sum of its own size, to which much had been
-/// added, every time with that size's rounding error.
+/// The pivot of row i is what A(i, i) leaves when every earlier column j with an entry in the row
+/// has taken its term away, L(i, j)^2 D(j). At a sliver one term, that of the short edge, is nearly
+/// as large as A(i, i): the two cancel, and the pivot is small beside both. If A(i, i) came last,
+/// with its own column, the terms would by then have added up to a sum of its size, rounded at that
+/// size once per term, and all these errors would stay in the small difference. So A(i, i) is added
+/// as soon as the column with the row's largest entry is eliminated: it meets the large term first,
+/// the difference of two numbers so near to each other has hardly any rounding error, and what
+/// comes after is added to a small sum, with small errors.
 class Diagonal {
  public:
   static constexpr int kNone = -1;
@@ -73,6 +78,7 @@ class Multifrontal {
       dense_.reset(front.size());
       addMatrix(front);
       for (int child = 0; child < front.children; ++child) {
+        assert(!waiting_.empty());
         addRemainder(*waiting_.back());
         waiting_.pop_back();
       }
@@ -84,6 +90,7 @@ class Multifrontal {
       }
       keepRemainder(front);
     }
+    assert(stackTop_ == stack_.data());  // nothing is left of a root
     return true;
   }
 
@@ -103,6 +110,7 @@ class Multifrontal {
     for (const int index : indices_) {
       places_[index] = place++;
     }
+    assert(place == front.size());
   }
 
   /// Adds the entries of the front's columns below the diagonal, and those of the diagonal that go
@@ -124,8 +132,10 @@ class Multifrontal {
   void addRemainder(const Front& child) {
     childPlaces_.clear();
     for (const int row : supernodes_.rows(child.top)) {
+      assert(indices_[static_cast<std::size_t>(places_[row])] == row);
       childPlaces_.push_back(places_[row]);
     }
+    assert(stackTop_ - stack_.data() >= child.remainder());
     stackTop_ -= child.remainder();
     const double* source = stackTop_;
     const int* const end = childPlaces_.data() + child.rows;
@@ -181,6 +191,7 @@ class Multifrontal {
 
   /// Puts the lower triangle of what the elimination left on the stack, by columns.
   void keepRemainder(const Front& front) {
+    assert(stackTop_ - stack_.data() + front.remainder() <= tree_.largestStack);
     for (int j = front.columns; j < front.size(); ++j) {
       const double* const column = dense_.column(j);
       stackTop_ = std::copy(column + j, column + front.size(), stackTop_);

@@ -1,8 +1,7 @@
 // The matrix in the order of elimination.
 #pragma once
 
-#include "api/solver_handle.h"
-#include "operator/minimum_degree.h"
+#include "operator/factor/sparse_matrix.h"
 
 namespace quor {
 

@@ -1,5 +1,6 @@
-#include "operator/supernodes.h"
+#include "operator/factor/supernodes.h"
 
+#include <cassert>
 #include <numeric>
 
 namespace quor {
@@ -70,6 +71,7 @@ void Supernodes::listRows(const SparseMatrix& upper, const Eigen::VectorXi& colu
       }
     }
   }
+  assert(next.head(count()) == rowStart_.tail(count()));  // as many rows as were counted
 }
 
 }  // namespace quor

@@ -1,26 +1,27 @@
-#include "operator/dense_front.h"
+#include "operator/factor/dense_front.h"
+
+#include "util/exact_arithmetic.h"
+#include "util/machine.h"
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cmath>
 #include <cstring>
 
-#if defined(__GNUC__) && defined(__x86_64__) && !defined(_WIN32)
+#if defined(QUOR_GNU_EXTENSIONS) && defined(__x86_64__) && !defined(_WIN32)
 // Windows aligns no stack to the 32 bytes of the wider vectors.
 #define QUOR_WIDE_VECTORS 1
 #include <cpuid.h>
 #endif
 
-#if defined(__GNUC__)
-// A function is compiled for the instructions of the one that it is inlined into.
-#define QUOR_INLINE inline __attribute__((always_inline))
-#else
-#define QUOR_INLINE __forceinline
-#endif
+// A function is compiled for the instructions of the one that it is inlined into: all that works
+// with vectors must be. Indices are signed throughout, hence .data()[j] where std::array asks for
+// an unsigned one.
 
 namespace quor {
 
-#if defined(__GNUC__)
+#if defined(QUOR_GNU_EXTENSIONS)
 struct DenseFront::Vectors2 {
   using Type = double __attribute__((vector_size(2 * sizeof(double))));
 };
@@ -36,12 +37,12 @@ struct DenseFront::Vectors2 {
 namespace {
 
 template <typename Vector>
-QUOR_INLINE void load(Vector& vector, const double* from) {
+QUOR_ALWAYS_INLINE void load(Vector& vector, const double* from) {
   std::memcpy(&vector, from, sizeof vector);
 }
 
 template <typename Vector>
-QUOR_INLINE void store(double* to, const Vector& vector) {
+QUOR_ALWAYS_INLINE void store(double* to, const Vector& vector) {
   std::memcpy(to, &vector, sizeof vector);
 }
 
@@ -54,6 +55,8 @@ std::ptrdiff_t strideFor(std::ptrdiff_t size) {
 
 }  // namespace
 
+// Not by the compiler's own test, __builtin_cpu_supports: that fills a table when the library is
+// loaded, which would be the library's only data that changes.
 VectorWidth widestVectors() {
 #if defined(QUOR_WIDE_VECTORS)
   constexpr unsigned savesState = 1U << 27;  // leaf 1, ecx: the system may save wide registers
@@ -78,6 +81,7 @@ VectorWidth widestVectors() {
 
 DenseFront::DenseFront(Index largest, VectorWidth width)
     : width_(width),
+      largest_(largest),
       entries_(strideFor(largest) * strideFor(largest)),
       scaled_(strideFor(largest) * kPanel),
       unscaled_(strideFor(largest) * kPanel) {}
@@ -87,6 +91,7 @@ DenseFront::Index DenseFront::room(Index largest) {
 }
 
 void DenseFront::reset(Index size) {
+  assert(size >= 0 && size <= largest_);
   size_ = size;
   stride_ = strideFor(size);
   const Index end = blocks() * kBlock;
@@ -97,8 +102,8 @@ void DenseFront::reset(Index size) {
 
 /// A tile of 8 rows and 4 columns: minus the product of 8 packed rows and 4 others.
 template <typename Vectors>
-QUOR_INLINE void DenseFront::updateTile(double* tile, Index stride, const double* left,
-                                        const double* right, Index depth) {
+QUOR_ALWAYS_INLINE void DenseFront::updateTile(double* tile, Index stride, const double* left,
+                                               const double* right, Index depth) {
   using Vector = typename Vectors::Type;
   constexpr Index lanes = sizeof(Vector) / sizeof(double);
   for (Index row = 0; row < kBlock; row += 2 * lanes) {  // as many rows as registers can hold
@@ -126,44 +131,46 @@ QUOR_INLINE void DenseFront::updateTile(double* tile, Index stride, const double
   }
 }
 
-/// Eliminates up to four columns of the panel in eight rows, from the columns `from` on; earlier
-/// ones must have been eliminated. The rows that hold the pivots come before all others.
+/// Eliminates the columns first .. last-1, four at most, in the block of rows that begins with
+/// `rowBlock`: subtracts what the panel's columns from `from` on take from them, earlier ones
+/// having been subtracted, and divides by the pivots. The block with the pivots comes before all
+/// others.
 /// @return false if a pivot is zero or not finite
 template <typename Vectors>
-QUOR_INLINE bool DenseFront::solveTile(Index row, Index from, Index first, Index last) {
+QUOR_ALWAYS_INLINE bool DenseFront::solveTile(Index rowBlock, Index from, Index first, Index last) {
   using Vector = typename Vectors::Type;
   constexpr Index lanes = sizeof(Vector) / sizeof(double);
   constexpr Index parts = kBlock / lanes;
-  const Index pivotRow = first / kBlock * kBlock;
+  const Index pivotBlock = blockOf(first);  // the first row of the block that holds the pivots
   for (Index t = first; t < last; ++t) {
-    double* const target = column(t) + row;
+    double* const target = column(t) + rowBlock;
     std::array<Vector, parts> sum;
     for (Index part = 0; part < parts; ++part) {
       load(sum.data()[part], target + part * lanes);
     }
     for (Index s = from; s < t; ++s) {
-      const double factor = packed(scaled_, pivotRow, s)[t - pivotRow];
+      const double factor = packed(scaled_, pivotBlock, s)[t - pivotBlock];
       for (Index part = 0; part < parts; ++part) {
         Vector earlier;
-        load(earlier, packed(unscaled_, row, s) + part * lanes);
+        load(earlier, packed(unscaled_, rowBlock, s) + part * lanes);
         sum.data()[part] -= earlier * factor;
       }
     }
-    double* const unscaled = packed(unscaled_, row, t);
+    double* const unscaled = packed(unscaled_, rowBlock, t);
     for (Index part = 0; part < parts; ++part) {
       store(unscaled + part * lanes, sum.data()[part]);
     }
-    const double pivot = row == pivotRow ? unscaled[t - row] : column(t)[t];
+    const double pivot = rowBlock == pivotBlock ? unscaled[t - rowBlock] : column(t)[t];
     if (pivot == 0.0 || !std::isfinite(pivot)) {
       return false;
     }
-    double* const scaled = packed(scaled_, row, t);
+    double* const scaled = packed(scaled_, rowBlock, t);
     for (Index part = 0; part < parts; ++part) {
       sum.data()[part] /= pivot;
       store(scaled + part * lanes, sum.data()[part]);
       store(target + part * lanes, sum.data()[part]);
     }
-    column(t)[t] = pivot;
+    column(t)[t] = pivot;  // D takes the place of the one that the division left in the pivot's row
   }
   return true;
 }
@@ -171,17 +178,18 @@ QUOR_INLINE bool DenseFront::solveTile(Index row, Index from, Index first, Index
 /// Eliminates the columns of a panel in all rows, four by four: most of it is tiles as well.
 /// @return false if a pivot is zero or not finite
 template <typename Vectors>
-QUOR_INLINE bool DenseFront::eliminatePanel(Index begin, Index end) {
+QUOR_ALWAYS_INLINE bool DenseFront::eliminatePanel(Index begin, Index end) {
   for (Index first = begin; first < end; first += 4) {
     const Index last = std::min(first + 4, end);
     const bool isWhole = last == first + 4;
-    const Index pivotRow = first / kBlock * kBlock;
-    for (Index row = pivotRow; row < size_; row += kBlock) {
+    const Index pivotBlock = blockOf(first);
+    for (Index rowBlock = pivotBlock; rowBlock < size_; rowBlock += kBlock) {
       if (isWhole) {
-        updateTile<Vectors>(column(first) + row, stride_, packed(unscaled_, row, begin),
-                            packed(scaled_, pivotRow, begin) + (first - pivotRow), first - begin);
+        updateTile<Vectors>(column(first) + rowBlock, stride_, packed(unscaled_, rowBlock, begin),
+                            packed(scaled_, pivotBlock, begin) + (first - pivotBlock),
+                            first - begin);
       }
-      if (!solveTile<Vectors>(row, isWhole ? first : begin, first, last)) {
+      if (!solveTile<Vectors>(rowBlock, isWhole ? first : begin, first, last)) {
         return false;
       }
     }
@@ -189,24 +197,27 @@ QUOR_INLINE bool DenseFront::eliminatePanel(Index begin, Index end) {
   return true;
 }
 
-/// All columns behind the panel, in bands of eight row blocks, whose part of L stays in the
-/// innermost cache. Where the panel ends inside a block, zeros in the copy of L D keep the block's
-/// finished columns as they are.
+/// Subtracts what the panel takes from all columns behind it. Invariant: every tile on or below the
+/// diagonal is updated once. The rows are taken in bands of eight blocks, whose part of L stays in
+/// the innermost cache; a band updates its own rows only, of each column from the diagonal down.
+/// Where the panel ends inside a block, zeros in the copy of L D keep the block's finished columns
+/// as they are.
 template <typename Vectors>
-QUOR_INLINE void DenseFront::updateRest(Index begin, Index end) {
+QUOR_ALWAYS_INLINE void DenseFront::updateRest(Index begin, Index end) {
   constexpr Index band = 8 * kBlock;
-  const Index first = end / kBlock * kBlock;
-  for (Index t = begin; t < end && first < size_; ++t) {
-    std::fill_n(packed(unscaled_, first, t), end - first, 0.0);
+  const Index rest = blockOf(end);
+  for (Index t = begin; t < end && rest < size_; ++t) {
+    std::fill_n(packed(unscaled_, rest, t), end - rest, 0.0);
   }
-  for (Index bandBegin = first; bandBegin < size_; bandBegin += band) {
+  for (Index bandBegin = rest; bandBegin < size_; bandBegin += band) {
     const Index bandEnd = std::min(bandBegin + band, size_);
-    for (Index columns = first; columns < bandEnd; columns += kBlock) {
+    for (Index columnBlock = rest; columnBlock < bandEnd; columnBlock += kBlock) {
       for (Index half = 0; half < kBlock; half += 4) {
-        const double* const right = packed(unscaled_, columns, begin) + half;
-        for (Index rows = std::max(bandBegin, columns); rows < bandEnd; rows += kBlock) {
-          updateTile<Vectors>(column(columns + half) + rows, stride_, packed(scaled_, rows, begin),
-                              right, end - begin);
+        const double* const right = packed(unscaled_, columnBlock, begin) + half;
+        for (Index rowBlock = std::max(bandBegin, columnBlock); rowBlock < bandEnd;
+             rowBlock += kBlock) {
+          updateTile<Vectors>(column(columnBlock + half) + rowBlock, stride_,
+                              packed(scaled_, rowBlock, begin), right, end - begin);
         }
       }
     }
@@ -214,7 +225,7 @@ QUOR_INLINE void DenseFront::updateRest(Index begin, Index end) {
 }
 
 template <typename Vectors>
-QUOR_INLINE bool DenseFront::eliminateWith(Index pivots) {
+QUOR_ALWAYS_INLINE bool DenseFront::eliminateWith(Index pivots) {
   for (Index begin = 0; begin < pivots; begin += kPanel) {
     const Index end = std::min(begin + kPanel, pivots);
     if (!eliminatePanel<Vectors>(begin, end)) {
@@ -237,6 +248,7 @@ bool DenseFront::eliminateWithFour(Index pivots) {
 #endif
 
 bool DenseFront::eliminate(Index pivots) {
+  assert(pivots >= 0 && pivots <= size_);
   return width_ == VectorWidth::four ? eliminateWithFour(pivots) : eliminateWith<Vectors2>(pivots);
 }
 

@@ -1,0 +1,53 @@
+#include "operator/factor/analysis.h"
+
+#include "operator/factor/elimination_tree.h"
+#include "operator/factor/multifrontal.h"
+
+#include <cstdint>
+#include <limits>
+#include <stdexcept>
+
+namespace quor {
+namespace {
+
+/// Products and sums from which on blocks pay, by measurement: those of a square grid of KGRID
+/// vertices. It hardly matters: up to twice as many either way takes about the same time.
+constexpr double kBlocksPay = 4e6;
+
+constexpr std::int64_t kMaxIndex = std::numeric_limits<int>::max();
+
+/// The floating-point operations of the numeric step.
+double operations(const Eigen::VectorXi& columnCounts) {
+  return columnCounts.cast<double>().array().square().sum();
+}
+
+/// Eigen's own analysis sums the counts in 32 bits, whatever they come to.
+std::int64_t entriesOf(const Eigen::VectorXi& columnCounts) {
+  return columnCounts.cast<std::int64_t>().sum();
+}
+
+/// Whether the fronts need no more working memory than L.
+bool isWorkSmall(const FrontTree& fronts, std::int64_t entriesOfL) {
+  constexpr std::int64_t entrySize = sizeof(double) + sizeof(int);  // in L
+  return workSize(fronts) * std::int64_t{sizeof(double)} <= entriesOfL * entrySize;
+}
+
+}  // namespace
+
+Analysis analyze(const PermutedTriangles& matrix) {
+  Analysis analysis;
+  analysis.parent = eliminationTree(matrix.upper);
+  analysis.columnCounts = columnCounts(matrix.lower, analysis.parent);
+  const std::int64_t entries = entriesOf(analysis.columnCounts);
+  if (entries > kMaxIndex) {
+    throw std::length_error("vector");
+  }
+  if (operations(analysis.columnCounts) >= kBlocksPay) {
+    analysis.supernodes = Supernodes(matrix.upper, analysis.parent, analysis.columnCounts);
+    analysis.fronts = groupIntoFronts(analysis.supernodes);
+    analysis.blocksPay = isWorkSmall(analysis.fronts, entries);
+  }
+  return analysis;
+}
+
+}  // namespace quor

@@ -1,0 +1,49 @@
+#include "operator/factor/factorization.h"
+
+#include "operator/factor/minimum_degree.h"
+#include "operator/factor/multifrontal.h"
+
+namespace quor {
+
+Factorization::Factorization(const SparseMatrix& matrix) {
+  const PermutedTriangles permuted = order(matrix);
+  const Analysis analysis = analyze(permuted);
+  takeOver(analysis);
+  computeEntries(permuted, analysis, widestVectors());
+}
+
+PermutedTriangles Factorization::order(const SparseMatrix& matrix) {
+  m_P = orderByMinimumDegree(matrix, m_Pinv);
+  return {matrix, m_P, m_Pinv};
+}
+
+void Factorization::takeOver(const Analysis& analysis) {
+  const Eigen::Index n = analysis.parent.size();
+  m_parent = analysis.parent;
+  m_nonZerosPerCol = analysis.columnCounts;
+  m_matrix.resize(n, n);
+  int* const columnStart = m_matrix.outerIndexPtr();
+  columnStart[0] = 0;
+  for (Eigen::Index j = 0; j < n; ++j) {
+    columnStart[j + 1] = columnStart[j] + m_nonZerosPerCol[j];
+  }
+  m_matrix.resizeNonZeros(columnStart[n]);
+  this->Eigen::SparseSolverBase<SimplicialLDLT>::m_isInitialized = true;
+  m_info = Eigen::Success;
+  m_analysisIsOk = true;
+}
+
+/// An entry that is not finite comes to a pivot that is not finite, and so to Eigen's numeric step.
+void Factorization::computeEntries(const PermutedTriangles& matrix, const Analysis& analysis,
+                                   VectorWidth width) {
+  m_diag.resize(m_matrix.cols());
+  m_factorizationIsOk =
+      analysis.blocksPay && factorizeFronts(matrix, analysis.supernodes, analysis.fronts, width,
+                                            {m_matrix.outerIndexPtr(), m_matrix.innerIndexPtr(),
+                                             m_matrix.valuePtr(), m_diag.data()});
+  if (!m_factorizationIsOk) {
+    factorize_preordered<true>(matrix.upper);
+  }
+}
+
+}  // namespace quor

@@ -1,0 +1,53 @@
+// The factorization that a handle keeps.
+#pragma once
+
+#include "operator/factor/analysis.h"
+#include "operator/factor/dense_front.h"
+#include "operator/factor/permuted_triangles.h"
+#include "operator/factor/sparse_matrix.h"
+
+#include <Eigen/SparseCholesky>
+
+namespace quor {
+
+// Factorization writes protected members of SimplicialLDLT, in place of Eigen's own steps: m_P,
+// m_Pinv, m_parent, m_nonZerosPerCol, m_matrix, m_diag, m_info, m_isInitialized, m_analysisIsOk,
+// m_factorizationIsOk. When Eigen moves, compare its compute, ordering, analyzePattern_preordered,
+// factorize_preordered and _solve_impl with what factorization.cpp and solve/ do, its Amd.h with
+// quotient_graph.cpp, then widen this and the bound in src/CMakeLists.txt.
+static_assert(EIGEN_VERSION_AT_LEAST(3, 4, 0) && !EIGEN_VERSION_AT_LEAST(3, 4, 90),
+              "written for the insides of Eigen 3.4");
+
+/// A sparse L D L^T factorization: an Eigen SimplicialLDLT, with Eigen's ordering and Eigen's
+/// pattern of L, that is filled faster.
+///
+/// Eigen's own numeric step computes one entry after the other. Here a large matrix is factorized
+/// by the multifrontal method, whose dense blocks compute many at once; the entries of L and D then
+/// differ from Eigen's by rounding. Eigen's numeric step is used, and its result is Eigen's to the
+/// bit, for
+///   - a small matrix, which it factorizes faster;
+///   - a matrix with an entry that is not finite, or one that meets a pivot that is zero or not
+///     finite: then what exactly comes out depends on the order of operations;
+///   - a matrix for which the multifrontal method would need more working memory than L.
+class Factorization
+    : public Eigen::SimplicialLDLT<SparseMatrix, Eigen::Lower, Eigen::AMDOrdering<int>> {
+ public:
+  /// Factorizes; info() tells the outcome.
+  /// Throws std::length_error("vector") if L would have more than 2^31 - 1 entries, or the ordering
+  /// would need more room than that, before anything is computed; and std::bad_alloc.
+  /// @param matrix  symmetric, both triangles stored, compressed, rows ascending
+  explicit Factorization(const SparseMatrix& matrix);
+
+  /// D. What vectorD() gives is a copy.
+  const Eigen::VectorXd& diagonal() const { return m_diag; }
+
+ protected:
+  // The steps, in their order, for whoever measures them one by one.
+  Factorization() = default;
+  PermutedTriangles order(const SparseMatrix& matrix);
+  /// Takes the pattern of L over and makes room for it.
+  void takeOver(const Analysis& analysis);
+  void computeEntries(const PermutedTriangles& matrix, const Analysis& analysis, VectorWidth width);
+};
+
+}  // namespace quor
