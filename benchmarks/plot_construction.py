@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """plot_construction.py TABLE IMAGE: draws the first table that `scripts/bench construct` printed.
 
-One panel per kind of mesh, time over the number of vertices, a line per way.
+One panel per kind of mesh, time over the number of vertices, a line per method.
 """
 import collections
 import sys
@@ -11,12 +11,12 @@ import matplotlib
 matplotlib.use("Agg")
 import matplotlib.pyplot as plt
 
-WAYS = ["quorctorTagged", "plain Eigen", "CHOLMOD"]
+METHODS = ["quorctorTagged", "plain Eigen", "CHOLMOD"]
 COLORS = ["#440154", "#fdae61", "#21918c"]
 
 
 def read(lines):
-    """The table's rows by kind of mesh: (vertices, seconds of each way)."""
+    """The table's rows by kind of mesh: (vertices, seconds of each method)."""
     kinds = collections.defaultdict(list)
     inside = False
     for line in lines:
@@ -36,8 +36,8 @@ def main():
         kinds = read(table)
     figure, panels = plt.subplots(1, len(kinds), figsize=(11, 4), sharey=True)
     for panel, (kind, rows) in zip(panels, kinds.items()):
-        for way, (label, color) in enumerate(zip(WAYS, COLORS)):
-            panel.loglog([n for n, _ in rows], [times[way] for _, times in rows], "o-",
+        for method, (label, color) in enumerate(zip(METHODS, COLORS)):
+            panel.loglog([n for n, _ in rows], [times[method] for _, times in rows], "o-",
                          label=label, color=color, linewidth=2)
         panel.set_title(kind)
         panel.set_xlabel("vertices")

@@ -1,4 +1,4 @@
-// Measures several ways of doing one thing in turn, so that all of them meet the same machine.
+// Measures several methods of doing one thing in turn, so that all of them meet the same machine.
 #pragma once
 
 #include <algorithm>

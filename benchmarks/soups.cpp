@@ -118,6 +118,19 @@ Soup shaken(const Soup& soup, double distance) {
   return result;
 }
 
+Soup shuffled(const Soup& soup) {
+  std::vector<std::int32_t> order(soup.triangles.size() / 3);
+  std::iota(order.begin(), order.end(), 0);
+  Random random(3);
+  std::shuffle(order.begin(), order.end(), random);
+  std::vector<double> points;
+  for (const std::int32_t t : order) {
+    points.insert(points.end(), soup.points.begin() + 9 * std::ptrdiff_t{t},
+                  soup.points.begin() + 9 * (std::ptrdiff_t{t} + 1));
+  }
+  return soupOfPoints(std::move(points));
+}
+
 double diagonalOf(const Soup& soup) {
   Vector low = pointAt(soup, 0);
   Vector high = low;

@@ -30,6 +30,9 @@ Soup subdivided(const Soup& soup);
 /// Every point moved at random by less than `distance`, so that no two are equal.
 Soup shaken(const Soup& soup, double distance);
 
+/// The triangles in random order.
+Soup shuffled(const Soup& soup);
+
 double diagonalOf(const Soup& soup);
 double meanEdgeOf(const Soup& soup);
 

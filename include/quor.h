@@ -109,7 +109,9 @@ enum {
  * triangle has the same three vertices in whatever order. Kept triangles keep their order and
  * their corner order.
  *
- * Time is about that of one pass with a hash table, whatever the tolerance and the shape.
+ * Time: one pass with a hash table where most points repeat others and the tolerance is well below
+ * the spacing of the vertices, as in most soups; else about that of a sort. Many points that are
+ * almost, but not quite, within the tolerance of many others take longer.
  *
  *   pointCount        number of points, 0 or more
  *   points            in   3*pointCount coordinates
@@ -191,8 +193,8 @@ QUOR_API uint32_t quorinfo(const void* handle);
 
 /*
  * Computes the field that takes the given values at the prescribed vertices and is harmonic at the
- * free ones: the temperature of a plate whose prescribed vertices are held at given temperatures.
- * Costs one pass over the stored factor.
+ * free ones: the temperature of a plate that is kept at given temperatures at its prescribed
+ * vertices. Costs one pass over the stored factor.
  *
  *   handle            the solver
  *   prescribedValues  in   n values, caller's order; only those of prescribed vertices are read

@@ -1,5 +1,5 @@
 /*
- * quor.hpp - the C++ face of quor.h: the same eleven functions with vectors, a solver that frees
+ * quor.hpp - the C++ wrapper of quor.h: the same eleven functions with vectors, a solver that frees
  * itself, and exceptions. C++17, header only; link the same library.
  *
  *   const quor::Welded mesh = quor::weld(points, triangles, 1e-6);
@@ -274,8 +274,8 @@ inline std::vector<double> toSolverOrder(Span<double> values, Span<std::int32_t>
   std::size_t prescribed = 0;
   std::size_t next = values.size();
   for (std::size_t i = 0; i < values.size(); ++i) {
-    const bool held = tags[i] >= 1 && tags[i] <= 3;
-    ordered[held ? prescribed++ : --next] = values[i];
+    const bool isPrescribed = tags[i] >= 1 && tags[i] <= 3;
+    ordered[isPrescribed ? prescribed++ : --next] = values[i];
   }
   return ordered;
 }

@@ -2,8 +2,8 @@
 
 #include "operator/factor/dense_front.h"
 
-#include <Eigen/Dense>
 #include <gtest/gtest.h>
+#include <Eigen/Dense>
 
 #include <limits>
 #include <random>
@@ -33,8 +33,7 @@ void eliminateNaively(Matrix& lower, int column) {
   const Eigen::Index below = lower.rows() - column - 1;
   const Eigen::VectorXd l = lower.col(column).tail(below) / lower(column, column);
   for (Eigen::Index j = 0; j < below; ++j) {
-    lower.col(column + 1 + j).tail(below - j) -=
-        l.tail(below - j) * (lower(column, column) * l[j]);
+    lower.col(column + 1 + j).tail(below - j) -= l.tail(below - j) * (lower(column, column) * l[j]);
   }
   lower.col(column).tail(below) = l;
 }
@@ -52,8 +51,7 @@ void fill(DenseFront& front, const Matrix& matrix) {
 Matrix lowerOf(DenseFront& front, Eigen::Index size) {
   Matrix lower = Matrix::Zero(size, size);
   for (Eigen::Index j = 0; j < size; ++j) {
-    lower.col(j).tail(size - j) =
-        Eigen::Map<const Eigen::VectorXd>(front.column(j) + j, size - j);
+    lower.col(j).tail(size - j) = Eigen::Map<const Eigen::VectorXd>(front.column(j) + j, size - j);
   }
   return lower;
 }

@@ -88,11 +88,11 @@ std::vector<NamedMatrix> positiveMatrices() {
   return matrices;
 }
 
-/// Free-free block of a mesh with all rows of one end held.
-SparseMatrix stiffnessOf(const Mesh& mesh, int held) {
+/// Free-free block of a mesh whose first vertices are prescribed.
+SparseMatrix stiffnessOf(const Mesh& mesh, int prescribed) {
   const SparseMatrix stiffness = quor::assembleStiffness(mesh.n(), mesh.vertices, mesh.triangles);
-  const int free = mesh.n() - held;
-  return *quor::copyBlock(stiffness, held, held, free);
+  const int free = mesh.n() - prescribed;
+  return *quor::copyBlock(stiffness, prescribed, prescribed, free);
 }
 
 void expectSamePattern(const SparseMatrix& a, const SparseMatrix& b) {

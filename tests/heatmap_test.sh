@@ -28,7 +28,7 @@ for file in heatmap.obj heatmap.mtl viridis.PNG; do
 done
 [ "$(head -n 1 heatmap.obj)" = "mtllib heatmap.mtl" ] || fail "a viewer would not find the material"
 grep -q "^map_Kd viridis.PNG$" heatmap.mtl || fail "a viewer would not find the ramp"
-# Held vertices sit at both ends of the ramp; six triangles meet at a vertex on average.
+# Prescribed vertices sit at both ends of the ramp; six triangles meet at a vertex on average.
 awk '$1 == "v" {v++} $1 == "vt" {vt++; hot += $2 == 0; cold += $2 == 1} $1 == "f" {f++}
      END {exit !(v == vt && hot > 100 && cold > 100 && f > 1.9 * v && f < 2.1 * v)}' heatmap.obj ||
   fail "the OBJ is not what was asked for"

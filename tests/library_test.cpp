@@ -1,4 +1,4 @@
-// The shared library as a host sees it: exported names, loading, unloading, small stacks.
+// The shared library as a host sees it: exported names, data, loading, unloading.
 
 #include "support/handle.h"
 #include "support/sanitizers.h"

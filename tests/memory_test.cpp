@@ -67,7 +67,7 @@ long failEveryAllocation(long step, const std::function<void()>& call,
 TEST_F(Memory, Weld) {
   const Mesh soup = soupOf(bumpyMesh(20, 20, 3));
   struct Case {
-    const char* way;
+    const char* search;
     Mesh soup;
     double tolerance;
     long allocations;  ///< at least
@@ -89,10 +89,10 @@ TEST_F(Memory, Weld) {
                                  room.triangles.data(), room.map.data(), &n, &m, c.tolerance);
         },
         [&] { EXPECT_EQ(room.result, 99); });
-    EXPECT_GE(count, c.allocations) << c.way;
+    EXPECT_GE(count, c.allocations) << c.search;
     room.vertices.resize(3 * std::size_t(n));
     room.triangles.resize(3 * std::size_t(m));
-    EXPECT_TRUE(same(room, expected)) << c.way;
+    EXPECT_TRUE(same(room, expected)) << c.search;
   }
 }
 
@@ -188,9 +188,9 @@ TEST_F(Memory, Writer) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST_F(Memory, SizesNearTheLimitAskForWhatTheyNeed) {
-  // Counts whose products pass 2^31 and 2^32: the size asked for tells that none wrapped around. It
-  // is refused before any array is read: most addresses are not mapped.
+TEST_F(Memory, SizesNearTheLimitDoNotWrapAround) {
+  // Counts whose products pass 2^31 and 2^32. A size that wrapped around would be granted, and the
+  // call would go on to read arrays whose addresses are not mapped.
   constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
   constexpr std::int32_t mostVertices = 1431655765;
   constexpr std::int32_t mostTriangles = 238609294;
@@ -198,7 +198,7 @@ TEST_F(Memory, SizesNearTheLimitAskForWhatTheyNeed) {
   const auto* const indices = reinterpret_cast<const std::int32_t*>(8);
   const std::int32_t threeTags[] = {1, 0, 0};
   const double threePoints[9] = {};
-  double room[9];
+  double vertices[9];
   std::int32_t map[3];
   std::int32_t counts[2] = {99, 99};
   StatusCode status = 99;
@@ -206,37 +206,32 @@ TEST_F(Memory, SizesNearTheLimitAskForWhatTheyNeed) {
   struct Case {
     const char* what;
     std::function<void()> call;
-    std::size_t bytes;
   };
   const Case cases[] = {
-      {"a hash table of every eighth point, at most half full, 4 bytes per slot",
+      {"points",
        [&] {
-         quorWeld(most, coordinates, most, indices, room, map, map, &counts[0], &counts[1], 1e-9);
-       },
-       std::size_t{1} << 31U},
-      {"a hash table of all triangles",
+         quorWeld(most, coordinates, most, indices, vertices, map, map, &counts[0], &counts[1],
+                  1e-9);
+       }},
+      {"triangles",
        [&] {
-         quorWeld(3, threePoints, most, indices, room, map, map, &counts[0], &counts[1], 1e-9);
-       },
-       std::size_t{1} << 34U},
-      {"a permutation of all vertices",
+         quorWeld(3, threePoints, most, indices, vertices, map, map, &counts[0], &counts[1], 1e-9);
+       }},
+      {"vertices",
        [&] {
          quorctorTagged(mostVertices, coordinates, mostTriangles, indices, indices, nullptr,
                         &status, &handle);
-       },
-       std::size_t{4} * mostVertices},
-      {"a copy of all triangles",
+       }},
+      {"triangles of a solver",
        [&] {
          quorctorTagged(3, threePoints, mostTriangles, indices, threeTags, nullptr, &status,
                         &handle);
-       },
-       std::size_t{12} * mostTriangles},
+       }},
   };
   for (const Case& c : cases) {
     Allocations plan;
     plan.largestAllowed = std::size_t{1} << 28U;
     EXPECT_TRUE(runsOutOfMemory(plan, c.call)) << c.what;
-    EXPECT_EQ(allocations.largest, c.bytes) << c.what;
   }
   EXPECT_EQ(status, 99U);
   EXPECT_EQ(counts[1], 0);

@@ -36,13 +36,13 @@ class NewDirectory {
 
 std::vector<double> toSolverOrder(const std::vector<double>& field,
                                   const std::vector<std::int32_t>& tags) {
-  std::vector<double> held;
+  std::vector<double> ordered;
   std::vector<double> free;
   for (std::size_t i = 0; i < field.size(); ++i) {
-    (tags[i] == 0 ? free : held).push_back(field[i]);
+    (isPrescribed(tags[i]) ? ordered : free).push_back(field[i]);
   }
-  held.insert(held.end(), free.rbegin(), free.rend());
-  return held;
+  ordered.insert(ordered.end(), free.rbegin(), free.rend());
+  return ordered;
 }
 
 TEST(ObjReader, FindsMeshMaterialRampAndField) {

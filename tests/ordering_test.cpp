@@ -4,8 +4,8 @@
 #include "operator/factor/quotient_graph.h"
 #include "support/matrices.h"
 
-#include <Eigen/OrderingMethods>
 #include <gtest/gtest.h>
+#include <Eigen/OrderingMethods>
 
 #include <stdexcept>
 

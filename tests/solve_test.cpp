@@ -91,8 +91,8 @@ TEST(Solve, UnreadEntriesChangeNothingAndOutputsMayAlias) {
   std::vector<double> prescribed(tags.size());
   std::vector<double> source(tags.size());
   for (std::size_t i = 0; i < tags.size(); ++i) {
-    prescribed[i] = tags[i] != 0 ? 0.1 * double(i) : kNaN;
-    source[i] = tags[i] == 0 ? 0.01 * double(i) : kNaN;
+    prescribed[i] = isPrescribed(tags[i]) ? 0.1 * double(i) : kNaN;
+    source[i] = !isPrescribed(tags[i]) ? 0.01 * double(i) : kNaN;
   }
   std::vector<double> expected(tags.size());
   StatusCode status = 99;

@@ -47,7 +47,7 @@ std::vector<double> useHandle(const void* handle, std::int32_t n, const std::str
   return results;
 }
 
-/// The whole way from a soup to a field.
+/// All steps from a soup to a field.
 std::vector<double> useEverything(const Mesh& soup, double tolerance, const std::string& base) {
   const Welded weld = welded(soup, tolerance);
   const Mesh mesh{weld.vertices, weld.triangles};

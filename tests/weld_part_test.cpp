@@ -1,4 +1,4 @@
-// quorWeld against the plain way, a KD-tree with one query per point, on a real part.
+// quorWeld against the plain method, a KD-tree with one query per point, on a real part.
 
 #include "peers/plain_weld.h"
 #include "soups.h"

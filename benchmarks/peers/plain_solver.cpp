@@ -10,13 +10,14 @@ namespace bench {
 PlainAssembly plainAssemble(const TaggedMesh& mesh) {
   PlainAssembly a;
   const std::int32_t n = mesh.n();
-  const auto isHeld = [](std::int32_t tag) { return tag >= 1 && tag <= 3; };
+  const auto isPrescribed = [](std::int32_t tag) { return tag >= 1 && tag <= 3; };
   a.tags = mesh.tags;
   a.callerToSolver.resize(mesh.tags.size());
   a.solverToCaller.resize(mesh.tags.size());
   for (std::int32_t i = 0; i < n; ++i) {
     const auto at = static_cast<std::size_t>(i);
-    const std::int32_t k = isHeld(mesh.tags[at]) ? a.prescribed++ : a.prescribed + (n - 1 - i);
+    const std::int32_t k =
+        isPrescribed(mesh.tags[at]) ? a.prescribed++ : a.prescribed + (n - 1 - i);
     a.callerToSolver[at] = k;
     a.solverToCaller[static_cast<std::size_t>(k)] = i;
   }

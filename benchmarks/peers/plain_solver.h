@@ -1,4 +1,4 @@
-// The plain way to a solver: the same steps as the library's, written down straight with Eigen.
+// A solver by the plain method: the same steps as the library's, written down straight with Eigen.
 #pragma once
 
 #include "tagged_mesh.h"

@@ -1,4 +1,4 @@
-// Welding the plain way: a KD-tree, one radius query per point, an ordered set of triples.
+// Welding by the plain method: a KD-tree, one radius query per point, an ordered set of triples.
 #pragma once
 
 #include "welded.h"

@@ -1,4 +1,4 @@
-// What every way of welding returns.
+// What every method of welding returns.
 #pragma once
 
 #include <cstdint>

@@ -152,12 +152,12 @@ namespace Quor
             }
             PrescribedCount = (int)prescribed;
             order = new int[VertexCount];
-            for (int i = 0, held = 0; i < VertexCount; i++)
+            for (int i = 0, before = 0; i < VertexCount; i++)
             {
                 if (tags[i] >= 1 && tags[i] <= 3)
-                    order[held++] = i;
+                    order[before++] = i;
                 else
-                    order[held + VertexCount - 1 - i] = i;
+                    order[before + VertexCount - 1 - i] = i;
             }
         }
 

@@ -241,12 +241,12 @@ class Solver:
                                 byref(handle))
         if status.value:
             raise _refusal(status.value, n, triangles)
-        held = (tags >= 1) & (tags <= 3)
+        prescribed = (tags >= 1) & (tags <= 3)
         #: (n,) for each place in solver order the caller's index of its vertex.
-        self.order = np.concatenate([np.flatnonzero(held), np.flatnonzero(~held)[::-1]])
+        self.order = np.concatenate([np.flatnonzero(prescribed), np.flatnonzero(~prescribed)[::-1]])
         self.order.flags.writeable = False
         #: The number of prescribed vertices; they come first in solver order.
-        self.prescribed_count = int(np.count_nonzero(held))
+        self.prescribed_count = int(np.count_nonzero(prescribed))
         self._triangle_count = len(triangles)
         self._handle = handle
 

@@ -1,5 +1,5 @@
-// heatmap: the main job, from a mesh file to a coloured OBJ. Two selections of vertices are held at
-// a hot and a cold value; the field in between is what heat conduction makes of them.
+// heatmap: the main job, from a mesh file to a coloured OBJ. Two selections of vertices get a hot
+// and a cold value; the field in between is what heat conduction makes of them.
 
 #include "field.h"
 #include "mesh.h"
@@ -94,14 +94,14 @@ std::vector<std::int32_t> tagVertices(const Mesh& mesh, const Options& options) 
 // A piece without a prescribed vertex has no unique field.
 void requirePrescribedVertexEverywhere(const Mesh& mesh, const std::vector<std::int32_t>& tags) {
   const std::vector<std::int32_t> component = componentsOf(mesh);
-  std::vector<bool> held(component.size(), false);
+  std::vector<bool> isPrescribed(component.size(), false);
   for (std::size_t i = 0; i < tags.size(); ++i) {
     if (tags[i] != kFree) {
-      held[static_cast<std::size_t>(component[i])] = true;
+      isPrescribed[static_cast<std::size_t>(component[i])] = true;
     }
   }
   for (std::size_t i = 0; i < component.size(); ++i) {
-    if (!held[static_cast<std::size_t>(component[i])]) {
+    if (!isPrescribed[static_cast<std::size_t>(component[i])]) {
       const double* p = mesh.vertex(static_cast<std::int32_t>(i));
       throw std::runtime_error("the component at (" + std::to_string(p[0]) + ", " +
                                std::to_string(p[1]) + ", " + std::to_string(p[2]) +

@@ -18,8 +18,8 @@ static class Plate
         }
 
         var mesh = Mesh.Weld(points, triangles, 1e-6);
-        var tags = new int[mesh.Vertices.Length / 3];  // 0: free
-        var degrees = new double[tags.Length];         // read where the tag is not 0
+        var tags = new int[mesh.Vertices.Length / 3];  // 1 and 2: prescribed, 0: free
+        var degrees = new double[tags.Length];         // read where the vertex is prescribed
         for (var i = 0; i < tags.Length; i++)
         {
             double x = mesh.Vertices[3 * i], y = mesh.Vertices[3 * i + 1];

@@ -18,8 +18,8 @@ int main() try {
   }
 
   const quor::Welded mesh = quor::weld(points, triangles, 1e-6);
-  std::vector<std::int32_t> tags;  // 0: free
-  std::vector<double> degrees;     // read where the tag is not 0
+  std::vector<std::int32_t> tags;  // 1 and 2: prescribed, 0: free
+  std::vector<double> degrees;     // read where the vertex is prescribed
   for (std::size_t i = 0; i < mesh.vertices.size(); i += 3) {
     const double x = mesh.vertices[i];
     const double y = mesh.vertices[i + 1];

@@ -10,8 +10,9 @@ triangles = np.arange(len(points)).reshape(-1, 3)  # every triangle owns its poi
 
 mesh = quor.weld(points, triangles, tolerance=1e-6)
 x, y, z = mesh.vertices.T
-tags = np.select([x == 0, x + y > 2 * SIDE - 8], [1, 2], default=0)  # 0: free
-degrees = np.where(tags == 2, 100.0, 20.0)  # read where the tag is not 0
+# 1 and 2: prescribed, 0: free
+tags = np.select([x == 0, x + y > 2 * SIDE - 8], [1, 2], default=0)
+degrees = np.where(tags == 2, 100.0, 20.0)  # read where the vertex is prescribed
 
 with quor.Solver(mesh.vertices, mesh.triangles, tags) as solver:
     assert solver.info == quor.Info.SUCCESS

@@ -8,6 +8,11 @@ enum { ROUND = 160, TUBE = 64, N = ROUND * TUBE, M = 2 * N };
 static double vertices[3 * N], field[N], stored[N];
 static int32_t triangles[3 * M], tags[N];
 
+/* Tags 1, 2 and 3 prescribe the value of a vertex; every other tag leaves it free. */
+static int is_prescribed(int i) {
+  return tags[i] >= 1 && tags[i] <= 3;
+}
+
 static int near(const double* p, double x, double y, double z) {
   return hypot(hypot(p[0] - x, p[1] - y), p[2] - z) < 0.35;
 }
@@ -28,23 +33,29 @@ int main(void) {
       triangles[6 * i + k] = corners[k];
   }
 
-  uint32_t held;
+  uint32_t prescribed;
   StatusCode status;
   void* solver;
-  quorctorTagged(N, vertices, M, triangles, tags, &held, &status, &solver);
+  quorctorTagged(N, vertices, M, triangles, tags, &prescribed, &status, &solver);
   if (status != QUOR_SUCCESS || quorinfo(solver) != QUOR_INFO_SUCCESS)
     return 1;
-  printf("%u of %d vertices are held\n", held, N);
+  printf("%u of %d vertices are prescribed\n", prescribed, N);
 
   for (double hot = 40; hot <= 100; hot += 20) { /* factorized once, solved as often as you like */
     for (int i = 0; i < N; ++i)
-      field[i] = tags[i] == 1 ? hot : 20; /* read where tags are not 0 */
+      field[i] = tags[i] == 1 ? hot : 20; /* read where the vertex is prescribed */
     quorsolveTagged(solver, field, field, &status);
     printf("heated to %3.0f degrees: %.2f on the far side\n", hot, field[N / 2]);
   }
 
-  for (int i = 0, before = 0; i < N; before += tags[i++] != 0)
-    stored[tags[i] ? before : before + N - 1 - i] = field[i];
+  int k =
+      0; /* solver order: the prescribed vertices, then the free ones from the last to the first */
+  for (int i = 0; i < N; ++i)
+    if (is_prescribed(i))
+      stored[k++] = field[i];
+  for (int i = N - 1; i >= 0; --i)
+    if (!is_prescribed(i))
+      stored[k++] = field[i];
   wobj(solver, stored, "solve");
   quorfree(solver);
 }

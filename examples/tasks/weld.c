@@ -41,7 +41,7 @@ int main(void) {
   StatusCode status;
   void* mesh;
   for (int i = 0; i < n; ++i)
-    tags[i] = 1; /* nothing to solve for: hold them all, and solver order is our order */
+    tags[i] = 1; /* nothing to solve for: all prescribed, and solver order is our order */
   quorctorTagged(n, vertices, m, triangles, tags, NULL, &status, &mesh);
   if (status != QUOR_SUCCESS)
     return 1;

@@ -8,15 +8,20 @@ enum { ROUND = 240, RINGS = 40, N = ROUND * RINGS, M = 2 * ROUND * (RINGS - 1) }
 static double vertices[3 * N], field[N], stored[N];
 static int32_t triangles[3 * M], tags[N];
 
-/* What a solve returns is in our order, what wobj takes in that of the solver: the held vertices,
-   then the free ones from the last to the first. */
+/* Tags 1, 2 and 3 prescribe the value of a vertex; every other tag leaves it free. */
+static int is_prescribed(int32_t tag) {
+  return tag >= 1 && tag <= 3;
+}
+
+/* What a solve returns is in our order, what wobj takes in that of the solver: the prescribed
+   vertices, then the free ones from the last to the first. */
 static void to_solver_order(int n, const int32_t* tag, const double* ours, double* solvers) {
   int k = 0;
   for (int i = 0; i < n; ++i)
-    if (tag[i])
+    if (is_prescribed(tag[i]))
       solvers[k++] = ours[i];
   for (int i = n - 1; i >= 0; --i)
-    if (!tag[i])
+    if (!is_prescribed(tag[i]))
       solvers[k++] = ours[i];
 }
 

@@ -41,9 +41,9 @@ void solveField(const SolverHandle& handle, const double* prescribedValues,
   const std::int32_t* const freeCallerIndex = callerIndex + prescribed;
   const auto free = static_cast<Eigen::Index>(handle.vertexCount - prescribed);
 
-  std::vector<double> held(prescribed);
+  std::vector<double> values(prescribed);
   for (std::size_t k = 0; k < prescribed; ++k) {
-    held[k] = prescribedValues[callerIndex[k]];
+    values[k] = prescribedValues[callerIndex[k]];
   }
   // The free vertices in the order of elimination, so that the factor's two permutations need no
   // passes of their own: first their right-hand side, then their field.
@@ -54,12 +54,12 @@ void solveField(const SolverHandle& handle, const double* prescribedValues,
       x[place[r]] = -sourceValues[freeCallerIndex[r]];
     }
   }
-  subtractProduct(*handle.stiffnessFP, held, place, x);
+  subtractProduct(*handle.stiffnessFP, values, place, x);
   if (free > 0) {
     solveInPlace(*handle.factorFF, x);
   }
   for (std::size_t k = 0; k < prescribed; ++k) {
-    fieldOut[callerIndex[k]] = held[k];
+    fieldOut[callerIndex[k]] = values[k];
   }
   for (Eigen::Index r = 0; r < free; ++r) {
     fieldOut[freeCallerIndex[r]] = x[place[r]];

@@ -8,7 +8,7 @@
 
 namespace quor {
 
-/// A forest over points 0 .. n-1, held in the caller's array of parents. Invariant: a parent is
+/// A forest over points 0 .. n-1, kept in the caller's array of parents. Invariant: a parent is
 /// never greater than its child, so the root of a tree is its smallest point, whatever the order of
 /// the links. Path halving alone keeps the trees shallow enough (Tarjan and van Leeuwen, 1984).
 class PointForest {

@@ -11,8 +11,8 @@
 
 namespace quor {
 
-/// Guesses which earlier point has the same bits. Most points of a triangle soup repeat one that came
-/// shortly before, and this table stays in the cache, which one of all points does not.
+/// Guesses which earlier point has the same bits. Most points of a triangle soup repeat one that
+/// came shortly before, and this table stays in the cache, which one of all points does not.
 class RecentPoints {
  public:
   /// Takes at most 128 KB, and 4 bytes a point where there are few. Throws std::bad_alloc.

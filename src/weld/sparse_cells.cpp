@@ -88,7 +88,7 @@ class SparseCells {
 
  private:
   /// Links point i to the near ones before it.
-  /// @return false if cells are not the way for these points
+  /// @return false if cells do not suit these points
   bool visit(std::int32_t i, std::uint64_t hash) {
     const Point p = points_[i];
     const std::size_t slot = table_.locate(hash, [&](std::int32_t j) {

@@ -1,4 +1,4 @@
-// The whole job through quor.hpp: a square of two triangles, held at two corners.
+// The whole job through quor.hpp: a square of two triangles, prescribed at two corners.
 #include <quor.hpp>
 
 #include <cmath>

@@ -3,7 +3,6 @@
 
 #include "sanitizers.h"
 
-#include <algorithm>
 #include <cerrno>
 
 namespace test {
@@ -42,7 +41,6 @@ void* allocated(std::size_t size, const Allocate& allocate) {
     return allocate();
   }
   ++allocations.count;
-  allocations.largest = std::max(allocations.largest, size);
   const bool isLater = allocations.failing != 0 && allocations.count > allocations.failing;
   if (allocations.count == allocations.failing || (isLater && allocations.andAllLater) ||
       size > allocations.largestAllowed) {

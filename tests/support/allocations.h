@@ -14,9 +14,8 @@ struct Allocations {
   bool andAllLater = false;  ///< those after it fail too
   std::size_t largestAllowed = std::numeric_limits<std::size_t>::max();  ///< in bytes
 
-  long count = 0;           ///< allocations so far, failed ones included
-  long live = 0;            ///< memory blocks allocated and not yet freed
-  std::size_t largest = 0;  ///< bytes asked for at once
+  long count = 0;  ///< allocations so far, failed ones included
+  long live = 0;   ///< memory blocks allocated and not yet freed
 
   /// Whether the watching works: sanitizers put their own allocator in place.
   static bool canBeWatched();

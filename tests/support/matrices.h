@@ -12,7 +12,8 @@ namespace test {
 using quor::SparseMatrix;
 
 /// A symmetric positive definite matrix with the pattern of a graph, both triangles stored.
-inline SparseMatrix matrixOf(int n, const std::vector<std::pair<int, int>>& edges, std::mt19937& random) {
+inline SparseMatrix matrixOf(int n, const std::vector<std::pair<int, int>>& edges,
+                             std::mt19937& random) {
   std::uniform_real_distribution<double> weight(0.1, 1.0);
   std::vector<Eigen::Triplet<double>> triplets;
   for (int i = 0; i < n; ++i) {

@@ -85,6 +85,10 @@ inline Mesh soupOf(const Mesh& mesh) {
   return soup;
 }
 
+inline bool isPrescribed(std::int32_t tag) {
+  return tag >= 1 && tag <= 3;
+}
+
 /// Tags of a grid mesh: its first column 1, its last column 3, all others 0.
 inline std::vector<std::int32_t> tagEnds(int nx, int ny) {
   std::vector<std::int32_t> tags(std::size_t(nx) * std::size_t(ny), 0);

@@ -60,7 +60,7 @@ static class QuorTest
     {
         internal double[] Vertices, Values, Source;
         internal int[] Triangles, Tags;
-        internal bool Held(int i) => Tags[i] >= 1 && Tags[i] <= 3;
+        internal bool IsPrescribed(int i) => Tags[i] >= 1 && Tags[i] <= 3;
         internal Solver Build() => new Solver(Vertices, Triangles, Tags);
     }
 
@@ -153,9 +153,9 @@ static class QuorTest
         {
             var k = DenseStiffness(s);
             var x = Enumerable.Range(0, n).Select(
-                i => s.Held(i) ? s.Values[i] : -(source?[i] ?? 0)).ToArray();
+                i => s.IsPrescribed(i) ? s.Values[i] : -(source?[i] ?? 0)).ToArray();
             for (var i = 0; i < n; i++)
-                for (var j = 0; j < n && s.Held(i); j++)
+                for (var j = 0; j < n && s.IsPrescribed(i); j++)
                     k[i, j] = i == j ? 1 : 0;
             for (var pivot = 0; pivot < n; pivot++)
             {
@@ -175,7 +175,7 @@ static class QuorTest
                 for (var i = 0; i < n; i++)
                 {
                     Expect(Math.Abs(field[i] - x[i] / k[i, i]) < 1e-11, $"field at {i}");
-                    Expect(!s.Held(i) || field[i] == s.Values[i], $"prescribed value at {i}");
+                    Expect(!s.IsPrescribed(i) || field[i] == s.Values[i], $"prescribed value at {i}");
                 }
             }
         }
@@ -200,10 +200,10 @@ static class QuorTest
     {
         var s = BumpySheet(6);
         var all = Enumerable.Range(0, s.Tags.Length).ToArray();
-        var order = all.Where(s.Held).Concat(all.Where(i => !s.Held(i)).Reverse()).ToArray();
+        var order = all.Where(s.IsPrescribed).Concat(all.Where(i => !s.IsPrescribed(i)).Reverse()).ToArray();
         using (var solver = s.Build())
         {
-            Expect(solver.PrescribedCount == all.Count(s.Held), "prescribed count");
+            Expect(solver.PrescribedCount == all.Count(s.IsPrescribed), "prescribed count");
             Expect(solver.GetVertices().SequenceEqual(
                 order.SelectMany(i => s.Vertices.Skip(3 * i).Take(3))), "vertices");
             Expect(solver.GetTriangles().Select(k => order[k]).SequenceEqual(s.Triangles),

@@ -73,20 +73,20 @@ class Solve(unittest.TestCase):
         self.vertices, self.triangles, self.tags = self.mesh
         self.solver = quor.Solver(*self.mesh)
         self.n = len(self.tags)
-        self.held = np.isin(self.tags, (1, 2, 3))
+        self.prescribed = np.isin(self.tags, (1, 2, 3))
         self.values, self.source = RANDOM.random((2, self.n))
 
     def test_agrees_with_a_dense_solve(self):
-        k, free = dense_stiffness(self.vertices, self.triangles), ~self.held
+        k, free = dense_stiffness(self.vertices, self.triangles), ~self.prescribed
         self.assertEqual(self.solver.info, quor.Info.SUCCESS)
         for source in (None, self.source):
             load = -(0 if source is None else source[free])
             expected = self.values.copy()
             expected[free] = np.linalg.solve(
-                k[np.ix_(free, free)], load - k[np.ix_(free, self.held)] @ self.values[self.held])
+                k[np.ix_(free, free)], load - k[np.ix_(free, self.prescribed)] @ self.values[self.prescribed])
             field = self.solver.solve(self.values, source)
             np.testing.assert_allclose(field, expected, rtol=0, atol=1e-11)
-            np.testing.assert_array_equal(field[self.held], self.values[self.held])
+            np.testing.assert_array_equal(field[self.prescribed], self.values[self.prescribed])
 
     def test_writes_where_it_is_told(self):
         expected = self.solver.solve(self.values, self.source)
@@ -111,17 +111,17 @@ class Solve(unittest.TestCase):
         misaligned[:] = self.values
         for layout in ((np.asfortranarray(vertices), triangles.astype(">u8"), list(tags)),
                        (np.repeat(vertices, 2, 1)[:, ::2], np.asfortranarray(triangles, np.int32),
-                        self.held)):
+                        self.prescribed)):
             solver = quor.Solver(*layout)
             for values in (self.values.astype(">f8"), self.values[::-1].copy()[::-1], misaligned):
                 np.testing.assert_array_equal(solver.solve(values), expected)
 
     def test_reads_back_its_mesh_in_solver_order(self):
-        order = list(np.flatnonzero(self.held)) + list(np.flatnonzero(~self.held))[::-1]
+        order = list(np.flatnonzero(self.prescribed)) + list(np.flatnonzero(~self.prescribed))[::-1]
         np.testing.assert_array_equal(self.solver.vertices, self.vertices[order])
         np.testing.assert_array_equal(self.solver.to_solver_order(self.values), self.values[order])
         np.testing.assert_array_equal(np.take(order, self.solver.triangles), self.triangles)
-        self.assertEqual(self.solver.prescribed_count, self.held.sum())
+        self.assertEqual(self.solver.prescribed_count, self.prescribed.sum())
 
     def test_views_are_the_solvers_own_and_keep_it_alive(self):
         views = self.solver.vertices, self.solver.triangles

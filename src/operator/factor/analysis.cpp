@@ -10,7 +10,7 @@
 namespace quor {
 namespace {
 
-/// Products and sums from which on blocks pay, by measurement: those of a square grid of KGRID
+/// Products and sums from which on blocks pay, by measurement: those of a square grid of 65 x 65
 /// vertices. It hardly matters: up to twice as many either way takes about the same time.
 constexpr double kBlocksPay = 4e6;
 
@@ -40,7 +40,7 @@ Analysis analyze(const PermutedTriangles& matrix) {
   analysis.columnCounts = columnCounts(matrix.lower, analysis.parent);
   const std::int64_t entries = entriesOf(analysis.columnCounts);
   if (entries > kMaxIndex) {
-    throw std::length_error("vector");
+    throw std::length_error("vector");  // GCOVR_EXCL_LINE: takes 3 GB, scripts/check_overflow
   }
   if (operations(analysis.columnCounts) >= kBlocksPay) {
     analysis.supernodes = Supernodes(matrix.upper, analysis.parent, analysis.columnCounts);

@@ -19,8 +19,8 @@ struct Analysis {
 };
 
 /// Analyzes a matrix that is in the order of elimination.
-/// Throws std::length_error("vector") if L would have more than 2^31 - 1 entries, before anything of
-/// that size is allocated; and std::bad_alloc.
+/// Throws std::length_error("vector") if L would have more than 2^31 - 1 entries, before anything
+/// of that size is allocated; and std::bad_alloc.
 Analysis analyze(const PermutedTriangles& matrix);
 
 }  // namespace quor

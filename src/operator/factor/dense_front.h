@@ -76,7 +76,6 @@ class DenseFront {
   }
 
   VectorWidth width_;
-  Index largest_;
   Index size_ = 0;
   Index stride_ = 0;
   WorkArray entries_;

@@ -2,7 +2,7 @@
 //
 // Sources: P. R. Amestoy, T. A. Davis, I. S. Duff, An approximate minimum degree ordering
 // algorithm, SIAM J. Matrix Anal. Appl. 17 (1996); T. A. Davis, Direct Methods for Sparse Linear
-// Systems (2006), section 7.1, whose way to break ties, and so whose result, is Eigen's too. The
+// Systems (2006), section 7.1, whose rule for ties, and so whose result, is Eigen's too. The
 // steps follow Eigen's Amd.h by Gael Guennebaud, after CSparse by Timothy A. Davis.
 //
 // This Source Code Form is subject to the terms of the Mozilla Public License, v. 2.0. If a copy of

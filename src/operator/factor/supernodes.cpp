@@ -55,7 +55,7 @@ void Supernodes::listColumns(int count) {
   }
 }
 
-/// Row i of L is a subtree of the elimination tree with root i: all columns on the ways from the
+/// Row i of L is a subtree of the elimination tree with root i: all columns on the paths from the
 /// entries of row i of the matrix up to i. Walked by supernodes, row by row, so that every list
 /// comes out ascending.
 void Supernodes::listRows(const SparseMatrix& upper, const Eigen::VectorXi& columnCounts) {

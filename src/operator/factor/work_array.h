@@ -12,15 +12,18 @@ class WorkArray {
  public:
   /// Throws std::bad_alloc.
   explicit WorkArray(std::ptrdiff_t count)
-      : data_(static_cast<double*>(
+      : size_(count),
+        data_(static_cast<double*>(
             ::operator new(static_cast<std::size_t>(count) * sizeof(double), kLine))) {}
   double* data() const { return data_.get(); }
+  std::ptrdiff_t size() const { return size_; }
 
  private:
   static constexpr std::align_val_t kLine{64};
   struct Release {
     void operator()(double* data) const { ::operator delete(data, kLine); }
   };
+  std::ptrdiff_t size_;
   std::unique_ptr<double, Release> data_;
 };
 
