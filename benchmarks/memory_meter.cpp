@@ -11,12 +11,13 @@
 // here: the operators by replacement, malloc by interposition on the C library's own.
 
 extern "C" {
-void* __libc_malloc(std::size_t size);                  // NOLINT(bugprone-reserved-identifier)
-void* __libc_realloc(void* block, std::size_t size);    // NOLINT(bugprone-reserved-identifier)
-void* __libc_calloc(std::size_t count, std::size_t n);  // NOLINT(bugprone-reserved-identifier)
-// NOLINTNEXTLINE(bugprone-reserved-identifier)
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the C library's own
+void* __libc_malloc(std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
-void __libc_free(void* block);  // NOLINT(bugprone-reserved-identifier)
+void __libc_free(void* block);
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 }
 
 namespace {

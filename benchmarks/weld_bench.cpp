@@ -141,7 +141,8 @@ void printScaling(const Named& input, const Options& options) {
 
 void printShapes(const Named& scan, const Options& options) {
   constexpr std::int32_t count = 999999;
-  const Soup same = soupOfPoints({scan.soup.points.begin(), scan.soup.points.begin() + 3 * count});
+  const Soup same = soupOfPoints(
+      {scan.soup.points.begin(), scan.soup.points.begin() + std::ptrdiff_t{3} * count});
   Welded reference = roomFor(same);
   const double tolerance = 1e-9 * diagonalOf(same);
   std::printf(

@@ -36,9 +36,9 @@ int decode(float x, float y, float z) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzz::Input input(data, size);
-  float x = input.raw<float>();
-  float y = input.raw<float>();
-  float z = input.raw<float>();
+  auto x = input.raw<float>();
+  auto y = input.raw<float>();
+  auto z = input.raw<float>();
   require(decode_integer_from_sphere(x, y, z) == decode(x, y, z));
 
   const auto value = input.raw<std::int32_t>() >> input.byte() % 32;

@@ -38,7 +38,7 @@ TEST(Constructor, ChecksArgumentsInOrder) {
   const std::int32_t* t = kSquare.triangles.data();
   const std::array<std::int32_t, 4> tags{1, 0, 0, 0};
   constexpr std::int32_t huge = std::numeric_limits<std::int32_t>::max();
-  struct Case {
+  struct Case {  // NOLINT(clang-analyzer-optin.performance.Padding): in the order of the arguments
     std::int32_t n;
     const double* vertices;
     std::int32_t m;

@@ -220,17 +220,15 @@ TEST(Factorization, OfSliversIsAsAccurateAsEigens) {
 }
 
 /// Spoils one diagonal entry of the matrix.
-SparseMatrix withDiagonal(SparseMatrix matrix, int vertex, double value) {
+SparseMatrix withDiagonal(const SparseMatrix& original, int vertex, double value) {
+  SparseMatrix matrix = original;
   matrix.coeffRef(vertex, vertex) = value;
   return matrix;
 }
 
-SparseMatrix scaledBesideDiagonal(SparseMatrix matrix, double factor) {
-  for (int j = 0; j < matrix.cols(); ++j) {
-    for (SparseMatrix::InnerIterator entry(matrix, j); entry; ++entry) {
-      entry.valueRef() *= entry.row() == j ? 1.0 : factor;
-    }
-  }
+SparseMatrix scaledBesideDiagonal(const SparseMatrix& original, double factor) {
+  SparseMatrix matrix = original * factor;
+  matrix.diagonal() = original.diagonal();
   return matrix;
 }
 

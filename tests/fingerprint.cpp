@@ -85,7 +85,8 @@ std::uint64_t sphereFingerprint() {
   Numbers numbers;
   for (std::int32_t value = -1; value <= 65534; ++value) {
     std::array<float, 3> p{};
-    encode_integer_to_sphere(value, &p[0], &p[1], &p[2]);
+    auto& [x, y, z] = p;
+    encode_integer_to_sphere(value, &x, &y, &z);
     hash.add(p);
     const float far = std::ldexp(float(numbers.next()) - 0.5F, value % 70);
     const std::int32_t decoded = decode_integer_from_sphere(far, p[1], -p[2]);

@@ -57,7 +57,7 @@ TEST(MinimumDegree, GivesEigensOrder) {
   for (int round = 0; round < 3000; ++round) {
     const int n = int(random() % (round < 2000 ? 40U : round < 2990 ? 300U : 3000U));
     const unsigned kind = random() % 5;
-    const double degree = random() % 200 / 20.0;
+    const double degree = double(random() % 200) / 20;
     const SparseMatrix pattern = patternOf(kind, n, degree, random() % 4 != 0, random);
     ASSERT_TRUE(isEigensOrder(pattern)) << "n " << n << ", kind " << kind;
     quor::QuotientGraph graph(pattern);

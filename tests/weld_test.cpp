@@ -193,7 +193,8 @@ std::vector<double> manyPoints(const std::string& shape, int count, Random& rand
   const auto jitter = [&] { return uniform(random, -0.05, 0.05); };
   for (int i = 0; i < count; ++i) {
     const double u = i % side;
-    const double v = i / side;
+    const int row = i / side;
+    const double v = row;
     if (shape == "a line along an axis") {  // more points than the grid has slabs on one axis
       points.insert(points.end(), {0.0, double(i) + jitter(), 0.0});
     } else if (shape == "a tilted line") {
@@ -210,7 +211,7 @@ std::vector<double> manyPoints(const std::string& shape, int count, Random& rand
     } else {  // a volume
       const int edge = int(std::cbrt(count));
       points.insert(points.end(), {i % edge + jitter(), i / edge % edge + jitter(),
-                                   double(i) / edge / edge + jitter()});
+                                   double(i / edge) / edge + jitter()});
     }
   }
   return points;

@@ -58,7 +58,7 @@ Eigen::VectorXd CholmodSolver::solve(const Eigen::VectorXd& rhs) {
   b.xtype = CHOLMOD_REAL;
   b.dtype = CHOLMOD_DOUBLE;
   cholmod_dense* x = cholmod_solve(CHOLMOD_A, factor_, &b, &common_);
-  const Eigen::VectorXd result =
+  Eigen::VectorXd result =
       Eigen::Map<const Eigen::VectorXd>(static_cast<const double*>(x->x), rhs.size());
   cholmod_free_dense(&x, &common_);
   return result;

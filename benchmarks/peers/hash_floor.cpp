@@ -17,7 +17,8 @@ std::vector<std::int32_t> emptyTable(std::size_t entries) {
   while (slots < entries + entries / 4) {
     slots *= 2;
   }
-  return std::vector<std::int32_t>(slots, -1);
+  std::vector<std::int32_t> table(slots, -1);
+  return table;
 }
 
 }  // namespace
@@ -33,6 +34,7 @@ void hashFloor(std::int32_t pointCount, const double* points, std::int32_t trian
     std::memcpy(words.data(), p, bytes);
     std::size_t slot = mix(mix(mix(0, words[0]), words[1]), words[2]) & (table.size() - 1);
     while (table[slot] >= 0 &&
+           // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison,cert-exp42-c,cert-flp37-c)
            std::memcmp(out.vertices.data() + 3 * static_cast<std::size_t>(table[slot]), p, bytes) !=
                0) {
       slot = (slot + 1) & (table.size() - 1);

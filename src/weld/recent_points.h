@@ -25,7 +25,7 @@ class RecentPoints {
   std::int32_t exchange(std::int32_t i, Point p, std::int32_t other) {
     const std::uint64_t hash = hashOf(p);
     const auto tag = static_cast<std::uint32_t>(hash >> 32U);
-    Entry& entry = table_.data()[hash >> shift_];
+    Entry& entry = table_[hash >> shift_];
     const std::int32_t guess = select(entry.tag == tag, entry.point, other);
     entry = {tag, i};
     return guess;

@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-int main() {
+int main() {  // NOLINT(bugprone-exception-escape): none is expected
   const double points[] = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 0, 0, 1, 1, 0, 0, 1, 0};
   const quor::Welded mesh = quor::weld(points, std::array<std::int32_t, 6>{0, 1, 2, 3, 4, 5}, 1e-9);
   const std::vector<std::int32_t> tags{1, 0, 2, 0};

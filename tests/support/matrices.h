@@ -37,12 +37,15 @@ inline SparseMatrix gridMatrix(int side, int layers, std::mt19937& random) {
   for (int k = 0; k < layers; ++k) {
     for (int j = 0; j < side; ++j) {
       for (int i = 0; i < side; ++i) {
-        if (i > 0)
+        if (i > 0) {
           edges.emplace_back(at(i - 1, j, k), at(i, j, k));
-        if (j > 0)
+        }
+        if (j > 0) {
           edges.emplace_back(at(i, j - 1, k), at(i, j, k));
-        if (k > 0)
+        }
+        if (k > 0) {
           edges.emplace_back(at(i, j, k - 1), at(i, j, k));
+        }
       }
     }
   }

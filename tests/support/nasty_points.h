@@ -113,7 +113,7 @@ inline const Nasty kNasty[] = {
        }
        std::vector<double> points;
        for (int i = 0; i < count; ++i) {
-         const double* p = distinct.data() + 3 * below(random, 9);
+         const double* p = distinct.data() + std::ptrdiff_t{3} * below(random, 9);
          points.insert(points.end(), p, p + 3);
        }
        return points;
