@@ -3,20 +3,12 @@
 
 #include "operator/factor/quotient_graph.h"
 
-#include "util/machine.h"
-
 #include <algorithm>
 #include <cassert>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 namespace quor {
-namespace {
-
-constexpr int kMaxIndex = std::numeric_limits<int>::max();
-
-}  // namespace
 
 std::int64_t QuotientGraph::room(const SparseMatrix& matrix) {
   return matrix.nonZeros() + matrix.nonZeros() / 5 + 2 * matrix.cols();
@@ -35,42 +27,6 @@ QuotientGraph::QuotientGraph(const SparseMatrix& matrix)
   buckets_.assign(std::size_t{1} << bucketBits_, kNone);
   listNeighbours(matrix);
   sortOutByDegree();
-}
-
-// Nearly all of the time goes into these few loops, which do better in one function.
-[[gnu::flatten]] void QuotientGraph::eliminateAll() {
-  while (eliminated_ < n_) {
-    choosePivot();
-    formElement();
-    measureElements();
-    updateVariables();
-    if (bucketsShared_) {
-      mergeEqualVariables();
-    }
-    releaseVariables();
-  }
-}
-
-void QuotientGraph::postorder(int* order) {
-  Eigen::VectorXi& firstChild = firstOfDegree_;
-  firstChild.setConstant(kNone);
-  int firstRoot = kNone;
-  for (const bool isElement : {false, true}) {
-    for (int i = n_; i >= 0; --i) {
-      if ((node(i).size > 0) == isElement) {
-        int& first = parent_[i] == kNone ? firstRoot : firstChild[parent_[i]];
-        node(i).next = std::exchange(first, i);
-      }
-    }
-  }
-  int next = firstRoot;
-  for (int place = 0; place < n_; ++place) {  // the dummy is the last root
-    while (firstChild[next] != kNone) {
-      next = std::exchange(firstChild[next], kNone);
-    }
-    order[place] = next;
-    next = node(next).next != kNone ? node(next).next : parent_[next];
-  }
 }
 
 /// The diagonal is left out.
@@ -108,298 +64,25 @@ void QuotientGraph::sortOutByDegree() {
   }
 }
 
-void QuotientGraph::insertByDegree(int i) {
-  assert(node(i).degree >= 0 && node(i).degree < n_);
-  int& first = firstOfDegree_[node(i).degree];
-  if (first != kNone) {
-    node(first).previous = i;
-  }
-  node(i).previous = kNone;
-  node(i).next = std::exchange(first, i);
-}
-
-void QuotientGraph::removeByDegree(const Node& variable) {
-  if (variable.next != kNone) {
-    node(variable.next).previous = variable.previous;
-  }
-  (variable.previous != kNone ? node(variable.previous).next : firstOfDegree_[variable.degree]) =
-      variable.next;
-}
-
-void QuotientGraph::choosePivot() {
-  while (firstOfDegree_[leastDegree_] == kNone) {
-    ++leastDegree_;
-    assert(leastDegree_ < n_);
-  }
-  pivot_ = firstOfDegree_[leastDegree_];
-  const Node& pivot = node(pivot_);
-  removeByDegree(pivot);
-  pivotSize_ = pivot.size;
-  eliminated_ += pivot.size;
-  hasElements_ = pivot.elements > 0;
-  // An element has at most as many variables as its pivot's degree.
-  if (hasElements_ && listsEnd_ + leastDegree_ >= lists_.size()) {
-    compactLists();
-  }
-}
-
-/// Closes the gaps between the lists. The first number of every list goes to its node meanwhile,
-/// and the node's number, made negative, takes its place.
-void QuotientGraph::compactLists() {
-  const auto negative = [](int i) { return -1 - i; };
-  for (int i = 0; i < n_; ++i) {
-    Node& owner = node(i);
-    if (parent_[i] == kNone && owner.length > 0) {
-      owner.list = std::exchange(lists_[owner.list], negative(i));
-    }
-  }
-  int end = 0;
-  for (int from = 0; from < listsEnd_;) {
-    const int i = negative(lists_[from++]);
-    if (i >= 0) {
-      Node& owner = node(i);
-      lists_[end] = std::exchange(owner.list, end);
-      std::copy_n(&lists_[from], owner.length - 1, &lists_[end + 1]);
-      end += owner.length;
-      from += owner.length - 1;
-    }
-  }
-  listsEnd_ = end;
-  ++compactions_;
-}
-
-/// Makes the pivot the element of all variables next to it, and takes in the elements that it
-/// belongs to: every pair of theirs is among those of the new one.
-void QuotientGraph::formElement() {
-  Node& pivot = node(pivot_);
-  pivot.size = -pivotSize_;
-  const int neighbours = pivot.list + pivot.elements;
-  const int end = pivot.list + pivot.length;
-  elementBegin_ = hasElements_ ? listsEnd_ : pivot.list;
-  elementEnd_ = elementBegin_;
-  degree_ = 0;
-  for (int e = pivot.list; e < neighbours; ++e) {
-    Node& element = node(lists_[e]);
-    addVariables(element.list, element.list + element.length);
-    absorb(lists_[e], pivot_);
-  }
-  addVariables(neighbours, end);
-  assert(elementEnd_ <= lists_.size());
-  pivot.list = elementBegin_;
-  pivot.length = elementEnd_ - elementBegin_;
-  pivot.degree = degree_;
-}
-
-void QuotientGraph::absorb(int element, int into) {
-  parent_[element] = into;
-  node(element).mark = kAbsorbed;
-}
-
-/// Adds the variables in a part of lists_ to the current element, those that it has not got.
-void QuotientGraph::addVariables(int begin, int end) {
-  int* const lists = lists_.data();
-  int* added = lists + elementEnd_;
-  int unknowns = 0;
-  for (const int* member = lists + begin; member != lists + end; ++member) {
-    Node& variable = node(*member);
-    if (variable.size > 0) {
-      prefetch(lists + variable.list);
-      unknowns += variable.size;
-      variable.size = -variable.size;
-      removeByDegree(variable);
-      *added++ = *member;
-    }
-  }
-  elementEnd_ = static_cast<int>(added - lists);
-  degree_ += unknowns;
-}
-
-/// Marks every element that the current one shares variables with by the number of unknowns that
-/// it has besides, base_ added. Older marks are below base_.
-void QuotientGraph::measureElements() {
-  const int* const lists = lists_.data();
-  const int* const end = lists + elementEnd_;
-  const int base = base_;
-  for (const int* member = lists + elementBegin_; member != end; ++member) {
-    const Node& variable = node(*member);
-    const int size = variable.size;
-    const int* const elements = lists + variable.list;
-    const int* const elementsEnd = elements + variable.elements;
-    for (const int* e = elements; e != elementsEnd; ++e) {
-      Node& element = node(*e);
-      if (element.mark >= base) {
-        element.mark += size;
-      } else if (element.mark != kAbsorbed) {
-        element.mark = element.degree + base + size;
+void QuotientGraph::postorder(int* order) {
+  Eigen::VectorXi& firstChild = firstOfDegree_;
+  firstChild.setConstant(kNone);
+  int firstRoot = kNone;
+  for (const bool isElement : {false, true}) {
+    for (int i = n_; i >= 0; --i) {
+      if ((node(i).size > 0) == isElement) {
+        int& first = parent_[i] == kNone ? firstRoot : firstChild[parent_[i]];
+        node(i).next = std::exchange(first, i);
       }
     }
   }
-}
-
-/// Brings the lists and the degrees of the current element's variables up to date and sorts the
-/// variables into buckets by their lists. Those next to nothing else are eliminated at once.
-void QuotientGraph::updateVariables() {
-  bucketsShared_ = false;
-  for (int p = elementBegin_; p < elementEnd_; ++p) {
-    const int i = lists_[p];
-    Node& variable = node(i);
-    std::uint32_t hash = 0;
-    const int outside = pruneList(variable, hash);
-    if (outside == 0) {
-      parent_[i] = pivot_;
-      degree_ += variable.size;
-      pivotSize_ -= variable.size;
-      eliminated_ -= variable.size;
-      variable.size = 0;
-    } else {
-      variable.degree = std::min(variable.degree, outside);
-      variable.previous = static_cast<int>(hash);
-      int& first = bucketOf(variable);
-      bucketsShared_ = bucketsShared_ || first != kNone;
-      variable.next = std::exchange(first, i);
+  int next = firstRoot;
+  for (int place = 0; place < n_; ++place) {  // the dummy is the last root
+    while (firstChild[next] != kNone) {
+      next = std::exchange(firstChild[next], kNone);
     }
-  }
-  node(pivot_).degree = degree_;
-  largestDegree_ = std::max(largestDegree_, degree_);
-  raiseBase(largestDegree_);
-}
-
-/// Keeps the elements that have other variables than the current one, and puts that in front of
-/// them; keeps the neighbours that are not in the current element. The list does not grow: it
-/// loses the pivot or an element of the pivot's.
-/// @param hash  receives a hash of the list, the current element left out
-/// @return how many unknowns are next to the variable outside the current element, at most
-int QuotientGraph::pruneList(Node& variable, std::uint32_t& hash) {
-  int* const lists = lists_.data();
-  const int base = base_;
-  const int begin = variable.list;
-  const int neighbours = begin + variable.elements;
-  const int end = begin + variable.length;
-  int outside = 0;
-  int kept = begin;
-  const auto keep = [&](int member, int unknowns) {
-    lists[kept++] = member;
-    hash += static_cast<std::uint32_t>(member);
-    outside += unknowns;
-  };
-  for (int p = begin; p < neighbours; ++p) {
-    const int e = lists[p];
-    const int mark = node(e).mark;
-    if (mark > base) {
-      keep(e, mark - base);
-    } else if (mark != kAbsorbed) {
-      absorb(e, pivot_);  // all that it has, the current element has
-    }
-  }
-  const int keptNeighbours = kept;
-  for (int p = neighbours; p < end; ++p) {
-    const int j = lists[p];
-    if (node(j).size > 0) {
-      keep(j, node(j).size);
-    }
-  }
-  assert(kept < end);
-  lists[kept] = lists[keptNeighbours];
-  lists[keptNeighbours] = lists[begin];
-  lists[begin] = pivot_;
-  variable.elements = keptNeighbours - begin + 1;
-  variable.length = kept - begin + 1;
-  return outside;
-}
-
-int& QuotientGraph::bucketOf(const Node& variable) {
-  const std::uint32_t mixed = static_cast<std::uint32_t>(variable.previous) * 0x9E3779B9U;
-  return buckets_[mixed >> (32U - bucketBits_)];
-}
-
-/// Every variable takes in those behind it in its bucket that have the same list.
-void QuotientGraph::mergeEqualVariables() {
-  for (int p = elementBegin_; p < elementEnd_; ++p) {
-    const Node& first = node(lists_[p]);
-    if (bucketOf(first) == lists_[p]) {
-      for (int i = lists_[p]; i != kNone; i = node(i).next) {
-        takeInEquals(i);
-      }
-    }
-  }
-}
-
-void QuotientGraph::takeInEquals(int i) {
-  Node& variable = node(i);
-  bool marked = false;
-  int last = i;
-  for (int j = variable.next; j != kNone; j = node(j).next) {
-    Node& other = node(j);
-    if (other.previous == variable.previous && other.length == variable.length &&
-        other.elements == variable.elements) {
-      if (!marked) {
-        markList(variable);
-        marked = true;
-      }
-      if (isListMarked(other)) {
-        parent_[j] = i;
-        variable.size += other.size;
-        other.size = 0;
-        node(last).next = other.next;
-        continue;
-      }
-    }
-    last = j;
-  }
-}
-
-// All lists begin with the current element.
-void QuotientGraph::markList(const Node& variable) {
-  raiseBase(1);
-  for (int p = variable.list + 1; p < variable.list + variable.length; ++p) {
-    node(lists_[p]).mark = base_;
-  }
-}
-
-bool QuotientGraph::isListMarked(const Node& variable) {
-  const int* const list = &lists_[variable.list];
-  return std::all_of(list + 1, list + variable.length,
-                     [this](int member) { return node(member).mark == base_; });
-}
-
-/// Takes the variables back among those that await their turn, by their new degrees.
-void QuotientGraph::releaseVariables() {
-  Node& pivot = node(pivot_);
-  int end = elementBegin_;
-  for (int p = elementBegin_; p < elementEnd_; ++p) {
-    const int i = lists_[p];
-    Node& variable = node(i);
-    bucketOf(variable) = kNone;
-    if (variable.size == 0) {
-      continue;
-    }
-    const int size = -variable.size;
-    variable.size = size;
-    variable.degree = std::min(variable.degree + degree_ - size, n_ - eliminated_ - size);
-    insertByDegree(i);
-    leastDegree_ = std::min(leastDegree_, variable.degree);
-    lists_[end++] = i;
-  }
-  pivot.size = pivotSize_;
-  pivot.length = end - elementBegin_;
-  if (pivot.length == 0) {
-    pivot.mark = kAbsorbed;
-  }
-  if (hasElements_) {
-    listsEnd_ = end;
-  }
-  raiseBase(1);
-}
-
-/// Makes all marks old ones. The base starts anew before a degree added to it would overflow.
-void QuotientGraph::raiseBase(int by) {
-  base_ += by;
-  if (base_ > kMaxIndex - 2 * n_) {
-    for (Node& any : nodes_) {
-      any.mark = std::min(any.mark, kUnmarked);
-    }
-    base_ = kUnmarked + 1;
-    ++restarts_;
+    order[place] = next;
+    next = node(next).next != kNone ? node(next).next : parent_[next];
   }
 }
 

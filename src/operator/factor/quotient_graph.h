@@ -15,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 namespace quor {
@@ -63,6 +64,7 @@ class QuotientGraph {
     int next;      ///< the next variable of this degree, or in this bucket
     int previous;  ///< the previous variable of this degree, or the hash of the list
   };
+  static constexpr int kMaxIndex = std::numeric_limits<int>::max();
   static constexpr int kNone = -1;
   static constexpr int kAbsorbed = 0;
   static constexpr int kUnmarked = 1;
