@@ -80,6 +80,18 @@ std::uint64_t stiffnessFingerprint(const Mesh& mesh) {
   return hash.value();
 }
 
+/// Fields with and without a source.
+std::uint64_t fieldFingerprint(const Mesh& mesh, const Handle& handle) {
+  std::vector<double> values = mesh.vertices;
+  values.resize(std::size_t(mesh.n()));
+  Hash hash;
+  hash.add(solve(handle, values));
+  StatusCode status = 99;
+  quorsolvePTagged(handle.get(), values.data(), mesh.vertices.data(), values.data(), &status);
+  hash.add(values);
+  return hash.value();
+}
+
 std::uint64_t sphereFingerprint() {
   Hash hash;
   Numbers numbers;
@@ -116,14 +128,13 @@ bool isSame(const char* what, std::uint64_t actual, std::uint64_t expected) {
 int main() {
   const Mesh mesh = wavyMesh(90);  // its factor is computed in blocks
   const Handle handle = build(mesh, tagEnds(90, 90));
-  std::vector<double> values = mesh.vertices;
-  values.resize(std::size_t(mesh.n()));
-  Hash field;
-  field.add(solve(handle, values));
+  const Mesh small = wavyMesh(50);  // its factor, and its field, are Eigen's
+  const Handle smallHandle = build(small, tagEnds(50, 50));
 
   bool isAllSame = isSame("weld", weldFingerprint(), 0x468E57C16E2CB784);
   isAllSame &= isSame("stiffness", stiffnessFingerprint(mesh), 0x5C716167CB8BFF6A);
-  isAllSame &= isSame("field", field.value(), 0x6FE84E657ADADAAF);
+  isAllSame &= isSame("field", fieldFingerprint(mesh, handle), 0x7AB7E776AC9AA616);
+  isAllSame &= isSame("small", fieldFingerprint(small, smallHandle), 0xA5920A90077CC98A);
   isAllSame &= isSame("sphere", sphereFingerprint(), 0x31E1CAE009121118);
   isAllSame &= isSame("files", fileFingerprint(mesh, handle), 0x198208F8EF754CB8);
   return isAllSame ? 0 : 1;

@@ -1,12 +1,36 @@
 #include "solve/field_solve.h"
 
+#include "solve/substitution.h"
+
+#include <algorithm>
+#include <array>
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 namespace quor {
 namespace {
 
 using Indices = Eigen::PermutationMatrix<Eigen::Dynamic, Eigen::Dynamic, int>::IndicesType;
+
+/// to[toPlace(i)] = operation(from[fromPlace(i)]) for all i below count. Eight are read before any
+/// of them is written: a processor does not like to read past a write whose address it does not
+/// know yet.
+template <typename Operation>
+void copyPlaces(std::size_t count, const double* from, const std::int32_t* fromPlace, double* to,
+                const std::int32_t* toPlace, const Operation& operation) {
+  constexpr std::size_t kAtOnce = 8;
+  std::array<double, kAtOnce> values;
+  for (std::size_t begin = 0; begin < count; begin += kAtOnce) {
+    const std::size_t some = std::min(kAtOnce, count - begin);
+    for (std::size_t k = 0; k < some; ++k) {
+      values[k] = operation(from[fromPlace[begin + k]]);
+    }
+    for (std::size_t k = 0; k < some; ++k) {
+      to[toPlace[begin + k]] = values[k];
+    }
+  }
+}
 
 /// rhs -= matrix * x with the rows of rhs permuted, column by column in storage order. Stored zeros
 /// take part: a NaN spreads through them.
@@ -20,16 +44,17 @@ void subtractProduct(const SparseMatrix& matrix, const std::vector<double>& x, c
   }
 }
 
-/// Eigen's solve, operation by operation, between the two permutations. After a failed
-/// factorization that leaves its result alone, and fields are 0.
+/// What a factorization that failed leaves alone is 0, here the field.
 void solveInPlace(const Factorization& factor, Eigen::VectorXd& x) {
   if (factor.info() != Eigen::Success) {
     x.setZero();
-    return;
+  } else if (factor.isBlocked()) {
+    substitute(factor, x.data());
+  } else {  // Eigen's solve, operation by operation
+    factor.matrixL().solveInPlace(x);
+    x.array() *= factor.diagonal().array().inverse();
+    factor.matrixU().solveInPlace(x);
   }
-  factor.matrixL().solveInPlace(x);
-  x.array() *= factor.diagonal().array().inverse();
-  factor.matrixU().solveInPlace(x);
 }
 
 }  // namespace
@@ -39,7 +64,7 @@ void solveField(const SolverHandle& handle, const double* prescribedValues,
   const std::size_t prescribed = handle.prescribedCount;
   const std::int32_t* const callerIndex = handle.solverToCaller.data();
   const std::int32_t* const freeCallerIndex = callerIndex + prescribed;
-  const auto free = static_cast<Eigen::Index>(handle.vertexCount - prescribed);
+  const std::size_t free = handle.vertexCount - prescribed;
 
   std::vector<double> values(prescribed);
   for (std::size_t k = 0; k < prescribed; ++k) {
@@ -48,11 +73,9 @@ void solveField(const SolverHandle& handle, const double* prescribedValues,
   // The free vertices in the order of elimination, so that the factor's two permutations need no
   // passes of their own: first their right-hand side, then their field.
   const Indices& place = handle.factorFF->permutationP().indices();
-  Eigen::VectorXd x = Eigen::VectorXd::Zero(free);
+  Eigen::VectorXd x = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(free));
   if (sourceValues != nullptr) {
-    for (Eigen::Index r = 0; r < free; ++r) {
-      x[place[r]] = -sourceValues[freeCallerIndex[r]];
-    }
+    copyPlaces(free, sourceValues, freeCallerIndex, x.data(), place.data(), std::negate<>());
   }
   subtractProduct(*handle.stiffnessFP, values, place, x);
   if (free > 0) {
@@ -61,9 +84,8 @@ void solveField(const SolverHandle& handle, const double* prescribedValues,
   for (std::size_t k = 0; k < prescribed; ++k) {
     fieldOut[callerIndex[k]] = values[k];
   }
-  for (Eigen::Index r = 0; r < free; ++r) {
-    fieldOut[freeCallerIndex[r]] = x[place[r]];
-  }
+  copyPlaces(free, x.data(), place.data(), fieldOut, freeCallerIndex,
+             [](double value) { return value; });
 }
 
 }  // namespace quor

@@ -19,6 +19,16 @@
 #define QUOR_ALWAYS_INLINE inline
 #endif
 
+// Before a loop of few, constant rounds over registers: unrolled it has no loop variable to index
+// them with, which would keep them in memory.
+#if defined(__clang__)
+#define QUOR_UNROLL _Pragma("unroll")
+#elif defined(QUOR_GNU_EXTENSIONS)
+#define QUOR_UNROLL _Pragma("GCC unroll 8")
+#else
+#define QUOR_UNROLL
+#endif
+
 namespace quor {
 
 /// Asks for a cache line ahead of its use. A hint: any address will do.
@@ -27,6 +37,18 @@ inline void prefetch(const void* address) {
   __builtin_prefetch(address);
 #elif defined(QUOR_HAS_SSE)
   _mm_prefetch(static_cast<const char*>(address), _MM_HINT_T0);
+#else
+  static_cast<void>(address);
+#endif
+}
+
+/// The same for memory that is needed after a while: into the cache of the second level, past that
+/// of the first, which is small.
+inline void prefetchFar(const void* address) {
+#if defined(QUOR_GNU_EXTENSIONS)
+  __builtin_prefetch(address, 0, 2);
+#elif defined(QUOR_HAS_SSE)
+  _mm_prefetch(static_cast<const char*>(address), _MM_HINT_T1);
 #else
   static_cast<void>(address);
 #endif

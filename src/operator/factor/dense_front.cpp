@@ -9,42 +9,9 @@
 #include <cmath>
 #include <cstring>
 
-#if defined(QUOR_GNU_EXTENSIONS) && defined(__x86_64__) && !defined(_WIN32)
-// Windows aligns no stack to the 32 bytes of the wider vectors.
-#define QUOR_WIDE_VECTORS 1
-#include <cpuid.h>
-#endif
-
-// A function is compiled for the instructions of the one that it is inlined into: all that works
-// with vectors must be. Indices are signed throughout, hence .data()[j] where std::array asks for
-// an unsigned one.
-
 namespace quor {
 
-#if defined(QUOR_GNU_EXTENSIONS)
-struct DenseFront::Vectors2 {
-  using Type = double __attribute__((vector_size(2 * sizeof(double))));
-};
-struct DenseFront::Vectors4 {
-  using Type = double __attribute__((vector_size(4 * sizeof(double))));
-};
-#else
-struct DenseFront::Vectors2 {
-  using Type = double;
-};
-#endif
-
 namespace {
-
-template <typename Vector>
-QUOR_ALWAYS_INLINE void load(Vector& vector, const double* from) {
-  std::memcpy(&vector, from, sizeof vector);
-}
-
-template <typename Vector>
-QUOR_ALWAYS_INLINE void store(double* to, const Vector& vector) {
-  std::memcpy(to, &vector, sizeof vector);
-}
 
 /// Distances between columns that are a multiple of 512 bytes would crowd a panel into few sets of
 /// the cache.
@@ -54,30 +21,6 @@ std::ptrdiff_t strideFor(std::ptrdiff_t size) {
 }
 
 }  // namespace
-
-// Not by the compiler's own test, __builtin_cpu_supports: that fills a table when the library is
-// loaded, which would be the library's only data that changes.
-VectorWidth widestVectors() {
-#if defined(QUOR_WIDE_VECTORS)
-  constexpr unsigned savesState = 1U << 27;  // leaf 1, ecx: the system may save wide registers
-  constexpr unsigned wideState = 6;          // xcr0: and does
-  constexpr unsigned hasAvx2 = 1U << 5;      // leaf 7, ebx
-  unsigned a = 0;
-  unsigned b = 0;
-  unsigned c = 0;
-  unsigned d = 0;
-  if (__get_cpuid(1, &a, &b, &c, &d) != 0 && (c & savesState) != 0) {
-    unsigned low = 0;
-    unsigned high = 0;
-    __asm__("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
-    if ((low & wideState) == wideState && __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 &&
-        (b & hasAvx2) != 0) {
-      return VectorWidth::four;
-    }
-  }
-#endif
-  return VectorWidth::two;  // GCOVR_EXCL_LINE: where there is no AVX2
-}
 
 DenseFront::DenseFront(Index largest, VectorWidth width)
     : width_(width),
@@ -98,6 +41,8 @@ void DenseFront::reset(Index size) {
     std::fill(column(j) + j / kBlock * kBlock, column(j) + end, 0.0);
   }
 }
+
+// Indices are signed throughout, hence .data()[j] where std::array asks for an unsigned one.
 
 /// A tile of 8 rows and 4 columns: minus the product of 8 packed rows and 4 others.
 template <typename Vectors>

@@ -5,18 +5,12 @@
 // Trans. Math. Softw. 34 (2008).
 #pragma once
 
+#include "operator/factor/vectors.h"
 #include "operator/factor/work_array.h"
 
 #include <cstddef>
 
 namespace quor {
-
-/// How many numbers one instruction computes with. Results do not depend on it, to the bit: every
-/// entry goes through the same sequence of rounded products and differences.
-enum class VectorWidth { two, four };
-
-/// The widest that this machine has.
-VectorWidth widestVectors();
 
 /// Room for one dense symmetric matrix at a time, stored by columns.
 ///
@@ -50,8 +44,6 @@ class DenseFront {
  private:
   static constexpr Index kBlock = 8;
   static constexpr Index kPanel = 32;
-  struct Vectors2;
-  struct Vectors4;
 
   template <typename Vectors>
   bool eliminateWith(Index pivots);

@@ -1,5 +1,6 @@
 #include "operator/factor/factorization.h"
 
+#include "operator/factor/column_groups.h"
 #include "operator/factor/minimum_degree.h"
 #include "operator/factor/multifrontal.h"
 
@@ -37,11 +38,14 @@ void Factorization::takeOver(const Analysis& analysis) {
 void Factorization::computeEntries(const PermutedTriangles& matrix, const Analysis& analysis,
                                    VectorWidth width) {
   m_diag.resize(m_matrix.cols());
-  m_factorizationIsOk =
+  const bool isBlocked =
       analysis.blocksPay && factorizeFronts(matrix, analysis.supernodes, analysis.fronts, width,
                                             {m_matrix.outerIndexPtr(), m_matrix.innerIndexPtr(),
                                              m_matrix.valuePtr(), m_diag.data()});
-  if (!m_factorizationIsOk) {
+  m_factorizationIsOk = true;
+  if (isBlocked) {
+    columnGroups_ = groupColumns(m_parent, analysis.columnCounts);
+  } else {
     factorize_preordered<true>(matrix.upper);
   }
 }

@@ -8,6 +8,9 @@
 
 #include <Eigen/SparseCholesky>
 
+#include <cstdint>
+#include <vector>
+
 namespace quor {
 
 // Factorization writes protected members of SimplicialLDLT, in place of Eigen's own steps: m_P,
@@ -41,6 +44,12 @@ class Factorization
   /// D. What vectorD() gives is a copy.
   const Eigen::VectorXd& diagonal() const { return m_diag; }
 
+  /// Whether L and D were computed by blocks, and are not Eigen's to the bit.
+  bool isBlocked() const { return !columnGroups_.empty(); }
+
+  /// The columns of L in groups, see groupColumns; none unless isBlocked().
+  const std::vector<std::uint8_t>& columnGroups() const { return columnGroups_; }
+
  protected:
   // The steps, in their order, for whoever measures them one by one.
   Factorization() = default;
@@ -48,6 +57,9 @@ class Factorization
   /// Takes the pattern of L over and makes room for it.
   void takeOver(const Analysis& analysis);
   void computeEntries(const PermutedTriangles& matrix, const Analysis& analysis, VectorWidth width);
+
+ private:
+  std::vector<std::uint8_t> columnGroups_;
 };
 
 }  // namespace quor
