@@ -110,10 +110,10 @@ PlainAssembly ourAssembly(const TaggedMesh& mesh) {
   if (quor::checkMesh(mesh.n(), *a.triangles) != QUOR_SUCCESS) {
     throw std::runtime_error("the mesh is rejected");
   }
-  const Matrix stiffness = quor::assembleStiffness(mesh.n(), *a.vertices, *a.triangles);
-  const Eigen::Index free = mesh.n() - a.prescribed;
-  a.stiffnessFF = quor::copyBlock(stiffness, a.prescribed, a.prescribed, free);
-  a.stiffnessFP = quor::copyBlock(stiffness, a.prescribed, 0, a.prescribed);
+  const quor::StiffnessBlocks blocks =
+      quor::assembleStiffness(mesh.n(), a.prescribed, *a.vertices, *a.triangles);
+  a.stiffnessFF = blocks.FF;
+  a.stiffnessFP = blocks.FP;
   a.callerToSolver = std::move(partition.callerToSolver);
   a.solverToCaller = std::move(partition.solverToCaller);
   return a;

@@ -31,7 +31,8 @@ TEST(Partition, PrescribedFirstFreeReversed) {
 }
 
 TEST(Assembly, RightIsoscelesTriangleIsExact) {
-  const quor::SparseMatrix K = quor::assembleStiffness(3, {0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2});
+  const quor::SparseMatrix K =
+      *quor::assembleStiffness(3, 0, {0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2}).FF;
   Eigen::Matrix3d expected;
   expected << 1, -0.5, -0.5, -0.5, 0.5, 0, -0.5, 0, 0.5;
   EXPECT_EQ(Eigen::Matrix3d(K), expected);

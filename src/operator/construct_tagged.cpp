@@ -11,22 +11,14 @@
 namespace quor {
 namespace {
 
-/// 3n is counted in 32 bits without sign, and the 9m triplets of the assembly in 32 bits with sign.
+/// 3n is counted in 32 bits without sign, and the 9m contributions of the assembly in 32 bits with
+/// sign.
 void requireSizesFit(std::int32_t n, std::int32_t m) {
   constexpr auto maxVertices = std::numeric_limits<std::uint32_t>::max() / 3;
   constexpr auto maxTriangles = std::numeric_limits<std::int32_t>::max() / 9;
   if (static_cast<std::uint32_t>(n) > maxVertices || m > maxTriangles) {
     throw std::length_error("vector");
   }
-}
-
-/// A function of its own, so that the whole matrix is released before the factorization begins.
-void assembleBlocks(SolverHandle& handle) {
-  const auto n = static_cast<std::int32_t>(handle.vertexCount);
-  const auto prescribed = static_cast<Eigen::Index>(handle.prescribedCount);
-  const SparseMatrix stiffness = assembleStiffness(n, *handle.vertices, *handle.triangles);
-  handle.stiffnessFF = copyBlock(stiffness, prescribed, prescribed, n - prescribed);
-  handle.stiffnessFP = copyBlock(stiffness, prescribed, 0, prescribed);
 }
 
 }  // namespace
@@ -62,7 +54,10 @@ void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
     handleOut->reset();
     return;
   }
-  assembleBlocks(*handle);
+  StiffnessBlocks stiffness = assembleStiffness(n, static_cast<std::int32_t>(prescribedCount),
+                                                *handle->vertices, *handle->triangles);
+  handle->stiffnessFP = std::move(stiffness.FP);
+  handle->stiffnessFF = std::move(stiffness.FF);
   handle->factorFF = std::make_shared<const Factorization>(*handle->stiffnessFF);
   *handleOut = std::move(handle);
 }

@@ -64,8 +64,8 @@ ElementStiffness elementStiffness(const double* cornerA, const double* cornerB,
   const Vec3 gB = hatGradient(B, footB, inverseCA2, doubleArea2);
   const Vec3 gC = hatGradient(C, footC, inverseAB2, doubleArea2);
 
-  return {area * dot(gA, gA), area * dot(gB, gB), area * dot(gC, gC),
-          area * dot(gA, gB), area * dot(gB, gC), area * dot(gA, gC)};
+  return {{area * dot(gA, gA), area * dot(gB, gB), area * dot(gC, gC)},
+          {area * dot(gA, gB), area * dot(gB, gC), area * dot(gA, gC)}};
 }
 
 }  // namespace quor

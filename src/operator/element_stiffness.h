@@ -1,12 +1,14 @@
 // Stiffness of one linear triangle element.
 #pragma once
 
+#include <array>
+
 namespace quor {
 
 /// The six different entries of the symmetric 3 x 3 element matrix.
 struct ElementStiffness {
-  double aa, bb, cc;  ///< diagonal, positive
-  double ab, bc, ac;  ///< minus half the cotangent of the angle opposite the edge
+  std::array<double, 3> corner;  ///< the diagonal, positive
+  std::array<double, 3> edge;  ///< from each corner to the next: minus half the cotangent opposite
 };
 
 /// Area times the dot products of the hat functions' gradients, each gradient formed from the foot

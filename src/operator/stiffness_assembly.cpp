@@ -1,68 +1,88 @@
 #include "operator/stiffness_assembly.h"
 
 #include "operator/element_stiffness.h"
+#include "operator/stiffness_column.h"
+#include "operator/vertex_triangles.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 
 namespace quor {
 namespace {
 
-using Triplet = Eigen::Triplet<double, int>;
+using Elements = std::unique_ptr<ElementStiffness[]>;
 
-/// The nine entries of one element. The order is fixed: it decides the order in which
-/// contributions are summed, and so the bits of the result.
-std::array<Triplet, 9> tripletsOf(std::int32_t a, std::int32_t b, std::int32_t c,
-                                  const ElementStiffness& element) {
-  return {Triplet(a, b, element.ab), Triplet(b, a, element.ab), Triplet(b, c, element.bc),
-          Triplet(c, b, element.bc), Triplet(a, c, element.ac), Triplet(c, a, element.ac),
-          Triplet(a, a, element.aa), Triplet(b, b, element.bb), Triplet(c, c, element.cc)};
+Elements elementsOf(const std::vector<double>& vertices,
+                    const std::vector<std::int32_t>& triangles) {
+  const std::size_t m = triangles.size() / 3;
+  Elements elements(new ElementStiffness[m]);
+  const auto position = [&](std::size_t corner) {
+    return vertices.data() + 3 * static_cast<std::size_t>(triangles[corner]);
+  };
+  for (std::size_t t = 0; t < m; ++t) {
+    elements[t] = elementStiffness(position(3 * t), position(3 * t + 1), position(3 * t + 2));
+  }
+  return elements;
 }
+
+/// Appends columns to a matrix, without their first rows.
+class ColumnAppender {
+ public:
+  /// @param firstRow  of a column that is kept: row 0 of the matrix
+  /// @param expected  entries; should there be more, some are copied
+  ColumnAppender(SparseMatrix& matrix, std::int32_t firstRow, std::int64_t expected)
+      : matrix_(matrix), firstRow_(firstRow) {
+    matrix_.data().reserve(expected);
+  }
+
+  void append(const StiffnessColumn& column) {
+    const std::int32_t* const end = column.rows() + column.count();
+    const std::int32_t* const rows = std::lower_bound(column.rows(), end, firstRow_);
+    const double* const values = column.values() + (rows - column.rows());
+    const std::ptrdiff_t start = entries_;
+    entries_ += end - rows;
+    matrix_.data().resize(entries_, 0.5);  // makes room for half as many more, if it has to
+    std::transform(rows, end, matrix_.innerIndexPtr() + start,
+                   [this](std::int32_t row) { return row - firstRow_; });
+    std::copy_n(values, entries_ - start, matrix_.valuePtr() + start);
+    matrix_.outerIndexPtr()[++columns_] = static_cast<int>(entries_);
+  }
+
+  /// Gives back what room is left, if it is much.
+  void finish() {
+    if (matrix_.data().allocatedSize() / 16 > entries_ / 15) {
+      matrix_.data().squeeze();
+    }
+  }
+
+ private:
+  SparseMatrix& matrix_;
+  std::int32_t firstRow_;
+  std::ptrdiff_t columns_ = 0;
+  std::ptrdiff_t entries_ = 0;
+};
 
 }  // namespace
 
-SparseMatrix assembleStiffness(std::int32_t n, const std::vector<double>& vertices,
-                               const std::vector<std::int32_t>& triangles) {
-  std::vector<Triplet> triplets;
-  triplets.reserve(3 * triangles.size());
-  const auto position = [&](std::int32_t vertex) {
-    return vertices.data() + 3 * static_cast<std::size_t>(vertex);
+StiffnessBlocks assembleStiffness(std::int32_t n, std::int32_t prescribed,
+                                  const std::vector<double>& vertices,
+                                  const std::vector<std::int32_t>& triangles) {
+  const VertexTriangles mesh(n, triangles);
+  const Elements elements = elementsOf(vertices, triangles);
+  StiffnessColumn column(n);
+  const auto block = [&](std::int32_t first, std::int32_t last, std::int64_t expected) {
+    auto matrix = std::make_shared<SparseMatrix>(n - prescribed, last - first);
+    ColumnAppender appender(*matrix, prescribed, expected);
+    for (std::int32_t vertex = first; vertex < last; ++vertex) {
+      column.compute(vertex, mesh.around(vertex), triangles.data(), elements.get());
+      appender.append(column);
+    }
+    appender.finish();
+    return matrix;
   };
-  for (std::size_t t = 0; t < triangles.size(); t += 3) {
-    const std::int32_t a = triangles[t];
-    const std::int32_t b = triangles[t + 1];
-    const std::int32_t c = triangles[t + 2];
-    const std::array<Triplet, 9> nine =
-        tripletsOf(a, b, c, elementStiffness(position(a), position(b), position(c)));
-    triplets.insert(triplets.end(), nine.begin(), nine.end());
-  }
-  SparseMatrix stiffness(n, n);
-  stiffness.setFromTriplets(triplets.begin(), triplets.end());
-  return stiffness;
-}
-
-std::shared_ptr<const SparseMatrix> copyBlock(const SparseMatrix& matrix, Eigen::Index firstRow,
-                                              Eigen::Index firstColumn, Eigen::Index columns) {
-  const int* const starts = matrix.outerIndexPtr() + firstColumn;
-  const int* const indices = matrix.innerIndexPtr();
-  const auto shift = static_cast<int>(firstRow);
-  const auto block = std::make_shared<SparseMatrix>(matrix.rows() - firstRow, columns);
-  int* const blockStarts = block->outerIndexPtr();
-  for (Eigen::Index j = 0; j < columns; ++j) {
-    const int* const end = indices + starts[j + 1];
-    const auto count = end - std::lower_bound(indices + starts[j], end, shift);
-    blockStarts[j + 1] = blockStarts[j] + static_cast<int>(count);
-  }
-  block->resizeNonZeros(blockStarts[columns]);
-  for (Eigen::Index j = 0; j < columns; ++j) {
-    const int count = blockStarts[j + 1] - blockStarts[j];
-    const int from = starts[j + 1] - count;
-    std::copy_n(matrix.valuePtr() + from, count, block->valuePtr() + blockStarts[j]);
-    std::transform(indices + from, indices + from + count, block->innerIndexPtr() + blockStarts[j],
-                   [shift](int index) { return index - shift; });
-  }
-  return block;
+  // Where every edge has two triangles there are 3m/2, and a border adds few.
+  const auto expected = std::int64_t{n} + static_cast<std::int64_t>(triangles.size()) + n / 32;
+  return {block(0, prescribed, 0), block(prescribed, n, expected)};
 }
 
 }  // namespace quor

@@ -30,8 +30,8 @@ struct FactorView {
   const std::vector<std::uint8_t>& groups;
 };
 
-/// Columns first .. first+kColumns-1, each nested in the next. What they have in common are the rows
-/// of the last one.
+/// Columns first .. first+kColumns-1, each nested in the next. What they have in common are the
+/// rows of the last one.
 template <int kColumns>
 struct Group {
   QUOR_ALWAYS_INLINE Group(const FactorView& factor, int first)
@@ -45,8 +45,8 @@ struct Group {
   }
 
   const int* rows;
-  int shared;                                   ///< number of rows
-  std::array<const double*, kColumns> inner{};  ///< of each column, the entries in later columns
+  int shared;                                    ///< number of rows
+  std::array<const double*, kColumns> inner{};   ///< of each column, the entries in later columns
   std::array<const double*, kColumns> values{};  ///< of each column, the entries in the shared rows
 };
 
@@ -193,28 +193,44 @@ QUOR_ALWAYS_INLINE void backward(const FactorView& factor, int first, double* x,
 QUOR_ALWAYS_INLINE void forwardGroup(const FactorView& factor, int first, int columns, double* x,
                                      Ahead<kLine>& values, Ahead<kLine>& rows) {
   switch (columns) {
-    case 1: return forward<1>(factor, first, x, values, rows);
-    case 2: return forward<2>(factor, first, x, values, rows);
-    case 3: return forward<3>(factor, first, x, values, rows);
-    case 4: return forward<4>(factor, first, x, values, rows);
-    case 5: return forward<5>(factor, first, x, values, rows);
-    case 6: return forward<6>(factor, first, x, values, rows);
-    case 7: return forward<7>(factor, first, x, values, rows);
-    default: return forward<8>(factor, first, x, values, rows);
+    case 1:
+      return forward<1>(factor, first, x, values, rows);
+    case 2:
+      return forward<2>(factor, first, x, values, rows);
+    case 3:
+      return forward<3>(factor, first, x, values, rows);
+    case 4:
+      return forward<4>(factor, first, x, values, rows);
+    case 5:
+      return forward<5>(factor, first, x, values, rows);
+    case 6:
+      return forward<6>(factor, first, x, values, rows);
+    case 7:
+      return forward<7>(factor, first, x, values, rows);
+    default:
+      return forward<8>(factor, first, x, values, rows);
   }
 }
 
 QUOR_ALWAYS_INLINE void backwardGroup(const FactorView& factor, int first, int columns, double* x,
                                       Ahead<-kLine>& values, Ahead<-kLine>& rows) {
   switch (columns) {
-    case 1: return backward<1>(factor, first, x, values, rows);
-    case 2: return backward<2>(factor, first, x, values, rows);
-    case 3: return backward<3>(factor, first, x, values, rows);
-    case 4: return backward<4>(factor, first, x, values, rows);
-    case 5: return backward<5>(factor, first, x, values, rows);
-    case 6: return backward<6>(factor, first, x, values, rows);
-    case 7: return backward<7>(factor, first, x, values, rows);
-    default: return backward<8>(factor, first, x, values, rows);
+    case 1:
+      return backward<1>(factor, first, x, values, rows);
+    case 2:
+      return backward<2>(factor, first, x, values, rows);
+    case 3:
+      return backward<3>(factor, first, x, values, rows);
+    case 4:
+      return backward<4>(factor, first, x, values, rows);
+    case 5:
+      return backward<5>(factor, first, x, values, rows);
+    case 6:
+      return backward<6>(factor, first, x, values, rows);
+    case 7:
+      return backward<7>(factor, first, x, values, rows);
+    default:
+      return backward<8>(factor, first, x, values, rows);
   }
 }
 

@@ -20,9 +20,9 @@ enum class VectorWidth { two, four };
 /// The widest that this machine has.
 VectorWidth widestVectors();
 
-// A function that works with vectors is a template over one of these, and always inlined: it is then
-// compiled for the instructions of the function that it ends up in. Vectors are passed by reference:
-// by value they would be passed differently with and without these instructions.
+// A function that works with vectors is a template over one of these, and always inlined: it is
+// then compiled for the instructions of the function that it ends up in. Vectors are passed by
+// reference: by value they would be passed differently with and without these instructions.
 #if defined(QUOR_GNU_EXTENSIONS)
 struct Vectors2 {
   using Type = double __attribute__((vector_size(2 * sizeof(double))));
@@ -40,9 +40,7 @@ struct Vectors4 {
 #else
 struct Vectors2 {  // other compilers see to it themselves
   using Type = double;
-  static void gather(double& number, const double* x, const int* places) {
-    number = x[places[0]];
-  }
+  static void gather(double& number, const double* x, const int* places) { number = x[places[0]]; }
   static void scatter(double number, double* x, const int* places) { x[places[0]] = number; }
 };
 #endif
