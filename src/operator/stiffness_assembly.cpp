@@ -10,21 +10,6 @@
 namespace quor {
 namespace {
 
-using Elements = std::unique_ptr<ElementStiffness[]>;
-
-Elements elementsOf(const std::vector<double>& vertices,
-                    const std::vector<std::int32_t>& triangles) {
-  const std::size_t m = triangles.size() / 3;
-  Elements elements(new ElementStiffness[m]);
-  const auto position = [&](std::size_t corner) {
-    return vertices.data() + 3 * static_cast<std::size_t>(triangles[corner]);
-  };
-  for (std::size_t t = 0; t < m; ++t) {
-    elements[t] = elementStiffness(position(3 * t), position(3 * t + 1), position(3 * t + 2));
-  }
-  return elements;
-}
-
 /// Appends columns to a matrix, without their first rows.
 class ColumnAppender {
  public:
@@ -68,7 +53,9 @@ StiffnessBlocks assembleStiffness(std::int32_t n, std::int32_t prescribed,
                                   const std::vector<double>& vertices,
                                   const std::vector<std::int32_t>& triangles) {
   const VertexTriangles mesh(n, triangles);
-  const Elements elements = elementsOf(vertices, triangles);
+  const std::size_t m = triangles.size() / 3;
+  const std::unique_ptr<ElementStiffness[]> elements(new ElementStiffness[m]);
+  elementStiffnesses(vertices.data(), triangles.data(), m, elements.get());
   StiffnessColumn column(n);
   const auto block = [&](std::int32_t first, std::int32_t last, std::int64_t expected) {
     auto matrix = std::make_shared<SparseMatrix>(n - prescribed, last - first);

@@ -3,8 +3,7 @@
 namespace quor {
 
 VertexTriangles::VertexTriangles(std::int32_t n, const std::vector<std::int32_t>& triangles)
-    : starts_(static_cast<std::size_t>(n) + 1), 
-      corners_(triangles.size() + kCornersAhead) {
+    : starts_(static_cast<std::size_t>(n) + 1), corners_(triangles.size() + kCornersAhead) {
   for (const std::int32_t vertex : triangles) {
     ++starts_[static_cast<std::size_t>(vertex)];
   }

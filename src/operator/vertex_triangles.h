@@ -19,7 +19,8 @@ struct Corners {
 /// How far ahead memory of a triangle is asked for: three or four vertices.
 constexpr std::ptrdiff_t kCornersAhead = 24;
 
-/// For every vertex the corners at which it stands, ascending, and so in the order of the triangles.
+/// For every vertex the corners at which it stands, ascending, and so in the order of the
+/// triangles.
 class VertexTriangles {
  public:
   /// @param n          number of vertices
