@@ -57,10 +57,13 @@ Matrix lowerOf(DenseFront& front, Eigen::Index size) {
 }
 
 std::vector<VectorWidth> allWidths() {
-  if (quor::widestVectors() == VectorWidth::two) {
-    return {VectorWidth::two};
+  std::vector<VectorWidth> widths;
+  for (const VectorWidth width : {VectorWidth::two, VectorWidth::four, VectorWidth::eight}) {
+    if (width <= quor::widestVectors()) {
+      widths.push_back(width);
+    }
   }
-  return {VectorWidth::two, VectorWidth::four};
+  return widths;
 }
 
 TEST(DenseFront, EliminatesAnyPartOfAnySize) {

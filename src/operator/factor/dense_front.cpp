@@ -44,33 +44,33 @@ void DenseFront::reset(Index size) {
 
 // Indices are signed throughout, hence .data()[j] where std::array asks for an unsigned one.
 
-/// A tile of 8 rows and 4 columns: minus the product of 8 packed rows and 4 others.
-template <typename Vectors>
+/// A tile of 8 rows and a few columns: minus the product of 8 packed rows and as many others.
+template <typename Vectors, DenseFront::Index kColumns>
 QUOR_ALWAYS_INLINE void DenseFront::updateTile(double* tile, Index stride, const double* left,
                                                const double* right, Index depth) {
   using Vector = typename Vectors::Type;
   constexpr Index lanes = sizeof(Vector) / sizeof(double);
-  for (Index row = 0; row < kBlock; row += 2 * lanes) {  // as many rows as registers can hold
-    std::array<Vector, 4> upper;
-    std::array<Vector, 4> lower;
-    for (Index j = 0; j < 4; ++j) {
-      load(upper.data()[j], tile + j * stride + row);
-      load(lower.data()[j], tile + j * stride + row + lanes);
+  constexpr Index parts = lanes == kBlock ? 1 : 2;           // of a column at once: registers
+  for (Index row = 0; row < kBlock; row += parts * lanes) {  // have to hold all of them
+    std::array<Vector, kColumns * parts> sums;
+    QUOR_UNROLL
+    for (Index k = 0; k < kColumns * parts; ++k) {
+      load(sums.data()[k], tile + k / parts * stride + row + k % parts * lanes);
     }
     for (Index t = 0; t < depth; ++t) {
-      Vector leftUpper;
-      Vector leftLower;
-      load(leftUpper, left + t * kBlock + row);
-      load(leftLower, left + t * kBlock + row + lanes);
-      for (Index j = 0; j < 4; ++j) {
-        const double factor = right[t * kBlock + j];
-        upper.data()[j] -= leftUpper * factor;
-        lower.data()[j] -= leftLower * factor;
+      std::array<Vector, parts> rows;
+      QUOR_UNROLL
+      for (Index part = 0; part < parts; ++part) {
+        load(rows.data()[part], left + t * kBlock + row + part * lanes);
+      }
+      QUOR_UNROLL
+      for (Index k = 0; k < kColumns * parts; ++k) {
+        sums.data()[k] -= rows.data()[k % parts] * right[t * kBlock + k / parts];
       }
     }
-    for (Index j = 0; j < 4; ++j) {
-      store(tile + j * stride + row, upper.data()[j]);
-      store(tile + j * stride + row + lanes, lower.data()[j]);
+    QUOR_UNROLL
+    for (Index k = 0; k < kColumns * parts; ++k) {
+      store(tile + k / parts * stride + row + k % parts * lanes, sums.data()[k]);
     }
   }
 }
@@ -129,9 +129,9 @@ QUOR_ALWAYS_INLINE bool DenseFront::eliminatePanel(Index begin, Index end) {
     const Index pivotBlock = blockOf(first);
     for (Index rowBlock = pivotBlock; rowBlock < size_; rowBlock += kBlock) {
       if (isWhole) {
-        updateTile<Vectors>(column(first) + rowBlock, stride_, packed(unscaled_, rowBlock, begin),
-                            packed(scaled_, pivotBlock, begin) + (first - pivotBlock),
-                            first - begin);
+        updateTile<Vectors, 4>(
+            column(first) + rowBlock, stride_, packed(unscaled_, rowBlock, begin),
+            packed(scaled_, pivotBlock, begin) + (first - pivotBlock), first - begin);
       }
       if (!solveTile<Vectors>(rowBlock, isWhole ? first : begin, first, last)) {
         return false;
@@ -156,12 +156,13 @@ QUOR_ALWAYS_INLINE void DenseFront::updateRest(Index begin, Index end) {
   for (Index bandBegin = rest; bandBegin < size_; bandBegin += band) {
     const Index bandEnd = std::min(bandBegin + band, size_);
     for (Index columnBlock = rest; columnBlock < bandEnd; columnBlock += kBlock) {
-      for (Index half = 0; half < kBlock; half += 4) {
-        const double* const right = packed(unscaled_, columnBlock, begin) + half;
+      constexpr Index columns = Vectors::kTileColumns;
+      for (Index first = 0; first < kBlock; first += columns) {
+        const double* const right = packed(unscaled_, columnBlock, begin) + first;
         for (Index rowBlock = std::max(bandBegin, columnBlock); rowBlock < bandEnd;
              rowBlock += kBlock) {
-          updateTile<Vectors>(column(columnBlock + half) + rowBlock, stride_,
-                              packed(scaled_, rowBlock, begin), right, end - begin);
+          updateTile<Vectors, columns>(column(columnBlock + first) + rowBlock, stride_,
+                                       packed(scaled_, rowBlock, begin), right, end - begin);
         }
       }
     }
@@ -185,15 +186,28 @@ QUOR_ALWAYS_INLINE bool DenseFront::eliminateWith(Index pivots) {
 __attribute__((target("avx2"))) bool DenseFront::eliminateWithFour(Index pivots) {
   return eliminateWith<Vectors4>(pivots);
 }
+__attribute__((target("avx512f"))) bool DenseFront::eliminateWithEight(Index pivots) {
+  return eliminateWith<Vectors8>(pivots);
+}
 #else
 bool DenseFront::eliminateWithFour(Index pivots) {
+  return eliminateWith<Vectors2>(pivots);
+}
+bool DenseFront::eliminateWithEight(Index pivots) {
   return eliminateWith<Vectors2>(pivots);
 }
 #endif
 
 bool DenseFront::eliminate(Index pivots) {
   assert(pivots >= 0 && pivots <= size_);
-  return width_ == VectorWidth::four ? eliminateWithFour(pivots) : eliminateWith<Vectors2>(pivots);
+  switch (width_) {
+    case VectorWidth::eight:
+      return eliminateWithEight(pivots);
+    case VectorWidth::four:
+      return eliminateWithFour(pivots);
+    default:
+      return eliminateWith<Vectors2>(pivots);
+  }
 }
 
 }  // namespace quor

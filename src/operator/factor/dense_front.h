@@ -48,13 +48,14 @@ class DenseFront {
   template <typename Vectors>
   bool eliminateWith(Index pivots);
   bool eliminateWithFour(Index pivots);
+  bool eliminateWithEight(Index pivots);
   template <typename Vectors>
   bool eliminatePanel(Index begin, Index end);
   template <typename Vectors>
   bool solveTile(Index rowBlock, Index from, Index first, Index last);
   template <typename Vectors>
   void updateRest(Index begin, Index end);
-  template <typename Vectors>
+  template <typename Vectors, Index kColumns>
   static void updateTile(double* tile, Index stride, const double* left, const double* right,
                          Index depth);
 

@@ -15,7 +15,7 @@ namespace quor {
 
 /// How many numbers one instruction computes with. Results do not depend on it, to the bit: every
 /// number goes through the same sequence of rounded operations.
-enum class VectorWidth { two, four };
+enum class VectorWidth { two, four, eight };
 
 /// The widest that this machine has.
 VectorWidth widestVectors();
@@ -26,6 +26,7 @@ VectorWidth widestVectors();
 #if defined(QUOR_GNU_EXTENSIONS)
 struct Vectors2 {
   using Type = double __attribute__((vector_size(2 * sizeof(double))));
+  static constexpr int kTileColumns = 4;  ///< of the dense kernel, by the number of registers
   static QUOR_ALWAYS_INLINE void gather(Type& vector, const double* x, const int* places) {
     vector = Type{x[places[0]], x[places[1]]};
   }
@@ -36,10 +37,16 @@ struct Vectors2 {
 };
 struct Vectors4 {
   using Type = double __attribute__((vector_size(4 * sizeof(double))));
+  static constexpr int kTileColumns = 4;
+};
+struct Vectors8 {
+  using Type = double __attribute__((vector_size(8 * sizeof(double))));
+  static constexpr int kTileColumns = 8;
 };
 #else
 struct Vectors2 {  // other compilers see to it themselves
   using Type = double;
+  static constexpr int kTileColumns = 4;
   static void gather(double& number, const double* x, const int* places) { number = x[places[0]]; }
   static void scatter(double number, double* x, const int* places) { x[places[0]] = number; }
 };
