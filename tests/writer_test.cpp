@@ -1,10 +1,14 @@
 // wobj from outside: both files to the byte.
 
+#include "export/line_writer.h"
 #include "export/obj_writer.h"
 #include "support/handle.h"
 #include "support/temp_directory.h"
 
 #include <algorithm>
+#include <cstring>
+#include <random>
+#include <sstream>
 #include <stdexcept>
 
 using namespace test;
@@ -51,6 +55,30 @@ class Writer : public testing::Test {
 };
 
 const Mesh kTriangle{{0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2}};
+
+TEST_F(Writer, NumbersLookAsAStreamPrintsThem) {
+  std::vector<double> numbers{0.0,        -0.0,  1e5,       999999.5, 999999.4999,
+                              1e6,        1e-4,  9.9999e-5, 0.1,      123456.5,
+                              1234565.0,  1e300, -1e-300,   5e-324,   kInfinity,
+                              -kInfinity, kNaN,  -kNaN,     2.5e-5};
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 100000; ++i) {
+    const std::uint64_t bits = random();
+    double number = 0;
+    std::memcpy(&number, &bits, sizeof number);
+    numbers.push_back(number);
+    numbers.push_back(double(std::int64_t(bits) % 100000000) / 1e4);  // many end in a 5 to round
+  }
+  std::ostringstream expected;
+  std::ofstream file(base("numbers"), std::ios::binary);
+  quor::LineWriter lines(file);
+  for (const double number : numbers) {
+    expected << "n " << number << " " << std::int64_t(number > 0) * 4294967296 << std::endl;
+    lines << "n " << number << " " << std::int64_t(number > 0) * 4294967296;
+    lines.endLine();
+  }
+  EXPECT_EQ(readFile(base("numbers")), expected.str());
+}
 
 TEST_F(Writer, WritesBothFilesToTheByte) {
   const Handle handle = build(kTriangle, {1, 1, 1});

@@ -1,22 +1,18 @@
 #include "export/obj_writer.h"
 
+#include "export/line_writer.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <fstream>
 #include <iostream>
-#include <locale>
 #include <new>
 #include <stdexcept>
-#include <streambuf>
 #include <string>
 
 namespace quor {
 namespace {
-
-// Every line is flushed, and one with a long text is inserted as one string, line feed included,
-// since a stream writes long strings at once: so each line reaches the file in one write, and a
-// reader that follows the growing file sees whole lines.
 
 /// @return whether the file is open; if not, that has been reported
 bool openFile(std::ofstream& file, const std::string& baseName, const char* extension) {
@@ -32,34 +28,28 @@ bool openFile(std::ofstream& file, const std::string& baseName, const char* exte
   return file.is_open();
 }
 
-/// Makes the locale ready for numbers. A stream does that when the first one is inserted, but keeps
-/// to itself that memory ran out and drops the number.
-void prepareNumbers(std::ofstream& file) {
-  class : public std::streambuf {
-  } nowhere;
-  std::use_facet<std::num_put<char>>(file.getloc()).put(&nowhere, file, ' ', 0L);
-}
-
-void writePositions(std::ofstream& file, const std::vector<double>& vertices,
+void writePositions(LineWriter& file, const std::vector<double>& vertices,
                     std::size_t vertexCount) {
   for (std::size_t k = 0; k < vertexCount; ++k) {
     const double* p = vertices.data() + 3 * k;
-    file << "v " << p[0] << " " << p[1] << " " << p[2] << std::endl;
+    file << "v " << p[0] << " " << p[1] << " " << p[2];
+    file.endLine();
   }
 }
 
-void writeTextureCoordinates(std::ofstream& file, const double* field, std::size_t vertexCount) {
+void writeTextureCoordinates(LineWriter& file, const double* field, std::size_t vertexCount) {
   const std::vector<double> values(field, field + vertexCount);
   const auto [low, high] = std::minmax_element(values.begin(), values.end());
   const double lo = *low;
   const double s = 1.0 / (*high - lo);
   for (const double value : values) {
     const double u = (lo - value) * s + 1.0;
-    file << "vt " << u << " 0.5" << std::endl;
+    file << "vt " << u << " 0.5";
+    file.endLine();
   }
 }
 
-void writeFaces(std::ofstream& file, const std::vector<std::int32_t>& triangles) {
+void writeFaces(LineWriter& file, const std::vector<std::int32_t>& triangles) {
   const auto length = static_cast<std::int32_t>(triangles.size());
   for (std::int32_t t = 0; t + 2 < length; t += 3) {
     file << "f";
@@ -67,7 +57,7 @@ void writeFaces(std::ofstream& file, const std::vector<std::int32_t>& triangles)
       const auto number = std::int64_t{triangles[static_cast<std::size_t>(corner)]} + 1;
       file << " " << number << "/" << number;
     }
-    file << std::endl;
+    file.endLine();
   }
 }
 
@@ -90,6 +80,7 @@ void writeObjAndMtl(const std::vector<double>& vertices, const std::vector<std::
   if (!openFile(file, baseName, ".obj")) {
     return;
   }
+  // One long text, line feed included: a stream writes it at once.
   file << std::string("mtllib ") + baseName + ".mtl\n" << std::flush;
   file << "usemtl Heat" << std::endl;
 
@@ -98,10 +89,10 @@ void writeObjAndMtl(const std::vector<double>& vertices, const std::vector<std::
     throw std::length_error("vector");
   }
   const std::size_t vertexCount = static_cast<std::size_t>(length) / 3;
-  prepareNumbers(file);
-  writePositions(file, vertices, vertexCount);
-  writeTextureCoordinates(file, field, vertexCount);
-  writeFaces(file, triangles);
+  LineWriter lines(file);
+  writePositions(lines, vertices, vertexCount);
+  writeTextureCoordinates(lines, field, vertexCount);
+  writeFaces(lines, triangles);
   file.close();
 
   if (openFile(file, baseName, ".mtl")) {
