@@ -1,5 +1,5 @@
-// Writing a field beside a plain program with streams, and beside the system's calls alone. Prints a
-// Markdown table.
+// Writing a field beside a plain program with streams, and beside the system's calls alone. Prints
+// a Markdown table.
 
 #include "side_by_side.h"
 #include "tagged_mesh.h"
@@ -22,7 +22,8 @@ namespace {
 using namespace bench;
 
 /// What anybody would write: a stream, and a flush at the end of each line.
-void writePlainly(const TaggedMesh& mesh, const std::vector<double>& field, const std::string& name) {
+void writePlainly(const TaggedMesh& mesh, const std::vector<double>& field,
+                  const std::string& name) {
   std::ofstream file(name, std::ios::binary);
   file << "mtllib plain.mtl" << std::endl << "usemtl Heat" << std::endl;
   for (std::size_t i = 0; i < mesh.vertices.size(); i += 3) {
@@ -74,10 +75,9 @@ void measure(const TaggedMesh& mesh, int rounds) {
   wobj(handle, field.data(), base.c_str());
   const std::string text = readText(base + ".obj");
   const std::string other = (directory / "other.obj").string();
-  const std::vector<double> t =
-      sideBySide(rounds, {[&] { wobj(handle, field.data(), base.c_str()); },
-                          [&] { writePlainly(mesh, field, other); },
-                          [&] { writeLines(text, other); }});
+  const std::vector<double> t = sideBySide(
+      rounds, {[&] { wobj(handle, field.data(), base.c_str()); },
+               [&] { writePlainly(mesh, field, other); }, [&] { writeLines(text, other); }});
   std::printf("| %s | %.3f | %.3f (%.2fx) | %.3f (%.2fx) |\n", mesh.label().c_str(), t[0], t[1],
               t[1] / t[0], t[2], t[2] / t[0]);
   quorfree(handle);

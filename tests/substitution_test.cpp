@@ -1,8 +1,8 @@
 // The substitutions with columns in groups, against Eigen's with single columns.
 
+#include "solve/substitution.h"
 #include "operator/factor/column_groups.h"
 #include "operator/stiffness_assembly.h"
-#include "solve/substitution.h"
 #include "support/mesh.h"
 
 #include <gtest/gtest.h>

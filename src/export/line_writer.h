@@ -9,8 +9,8 @@
 
 namespace quor {
 
-/// Composes lines of text and numbers, each of which reaches the file in one write, so that a reader
-/// that follows the growing file sees whole lines.
+/// Composes lines of text and numbers, each of which reaches the file in one write, so that a
+/// reader that follows the growing file sees whole lines.
 ///
 /// Numbers look as an output stream prints them: six significant digits, in the file's locale. In
 /// the classic one they are formatted without the stream, which takes longer than the write.
