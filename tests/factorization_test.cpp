@@ -149,13 +149,14 @@ TEST(Multifrontal, FillsEigensPatternWithEigensValues) {
     SCOPED_TRACE(name);
     const EigenFactor eigen(matrix, ordered);
     const auto& [parent, counts] = eigen.analysis;
-    const quor::PermutedTriangles permuted = eigen.permuted(matrix);
+    quor::PermutedTriangles permuted = eigen.permuted(matrix);
     const quor::Supernodes supernodes(permuted.upper, parent, counts);
     const quor::FrontTree tree = quor::groupIntoFronts(supernodes);
     SparseMatrix L[2] = {eigen.L(), eigen.L()};
     Eigen::VectorXd D[2] = {eigen.vectorD(), eigen.vectorD()};
     for (const VectorWidth width : {VectorWidth::two, quor::widestVectors()}) {
       const std::size_t k = width == VectorWidth::two ? 0 : 1;
+      permuted = eigen.permuted(matrix);  // its upper triangle is released
       std::fill_n(L[k].innerIndexPtr(), L[k].nonZeros(), -1);
       L[k].coeffs().setConstant(kNaN);
       D[k].setConstant(kNaN);

@@ -54,6 +54,7 @@ StiffnessBlocks assembleStiffness(std::int32_t n, std::int32_t prescribed,
                                   const std::vector<std::int32_t>& triangles) {
   const VertexTriangles mesh(n, triangles);
   const std::size_t m = triangles.size() / 3;
+  // A vector would write zeros into them first.  NOLINTNEXTLINE(modernize-avoid-c-arrays)
   const std::unique_ptr<ElementStiffness[]> elements(new ElementStiffness[m]);
   elementStiffnesses(vertices.data(), triangles.data(), m, elements.get());
   StiffnessColumn column(n);

@@ -142,7 +142,7 @@ QUOR_ALWAYS_INLINE void backward(const FactorView& factor, int first, double* x,
                                  Ahead<-kLine>& values, Ahead<-kLine>& rowNumbers) {
   const Group<kColumns> group(factor, first);
   rowNumbers.askBeyond(factor.rows + factor.starts[first]);
-  std::array<Vector, kColumns * kParts> sums{};
+  std::array<Vector, std::size_t{kColumns} * kParts> sums{};
   int r = 0;
   for (; r + kRows <= group.shared; r += kRows) {
     QUOR_UNROLL
@@ -166,7 +166,7 @@ QUOR_ALWAYS_INLINE void backward(const FactorView& factor, int first, double* x,
   for (int c = 0; c < kColumns; ++c) {
     std::array<double, kRows> lanes;
     QUOR_UNROLL
-    for (int part = 0; part < kParts; ++part) {
+    for (std::ptrdiff_t part = 0; part < kParts; ++part) {
       store(lanes.data() + part * kWidth, sums.data()[c * kParts + part]);
     }
     sum.data()[c] = (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);

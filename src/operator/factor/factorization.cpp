@@ -7,10 +7,10 @@
 namespace quor {
 
 Factorization::Factorization(const SparseMatrix& matrix) {
-  const PermutedTriangles permuted = order(matrix);
+  PermutedTriangles permuted = order(matrix);
   const Analysis analysis = analyze(permuted);
   takeOver(analysis);
-  computeEntries(permuted, analysis, widestVectors());
+  computeEntries(matrix, permuted, analysis, widestVectors());
 }
 
 PermutedTriangles Factorization::order(const SparseMatrix& matrix) {
@@ -35,18 +35,20 @@ void Factorization::takeOver(const Analysis& analysis) {
 }
 
 /// An entry that is not finite comes to a pivot that is not finite, and so to Eigen's numeric step.
-void Factorization::computeEntries(const PermutedTriangles& matrix, const Analysis& analysis,
-                                   VectorWidth width) {
+void Factorization::computeEntries(const SparseMatrix& matrix, PermutedTriangles& permuted,
+                                   const Analysis& analysis, VectorWidth width) {
   m_diag.resize(m_matrix.cols());
   const bool isBlocked =
-      analysis.blocksPay && factorizeFronts(matrix, analysis.supernodes, analysis.fronts, width,
+      analysis.blocksPay && factorizeFronts(permuted, analysis.supernodes, analysis.fronts, width,
                                             {m_matrix.outerIndexPtr(), m_matrix.innerIndexPtr(),
                                              m_matrix.valuePtr(), m_diag.data()});
   m_factorizationIsOk = true;
   if (isBlocked) {
     columnGroups_ = groupColumns(m_parent, analysis.columnCounts);
+  } else if (analysis.blocksPay) {  // the upper triangle is gone, to save its memory
+    factorize_preordered<true>(PermutedTriangles(matrix, m_P, m_Pinv).upper);
   } else {
-    factorize_preordered<true>(matrix.upper);
+    factorize_preordered<true>(permuted.upper);
   }
 }
 

@@ -56,7 +56,10 @@ class Factorization
   PermutedTriangles order(const SparseMatrix& matrix);
   /// Takes the pattern of L over and makes room for it.
   void takeOver(const Analysis& analysis);
-  void computeEntries(const PermutedTriangles& matrix, const Analysis& analysis, VectorWidth width);
+  /// @param matrix    that was ordered
+  /// @param permuted  of it; loses its upper triangle
+  void computeEntries(const SparseMatrix& matrix, PermutedTriangles& permuted,
+                      const Analysis& analysis, VectorWidth width);
 
  private:
   std::vector<std::uint8_t> columnGroups_;

@@ -56,10 +56,10 @@ class Diagonal {
 
 class Multifrontal {
  public:
-  Multifrontal(const PermutedTriangles& matrix, const Supernodes& supernodes, const FrontTree& tree,
-               VectorWidth width, const FactorArrays& factor)
-      : lower_(matrix.lower),
-        diagonal_(matrix.upper),
+  Multifrontal(const SparseMatrix& lower, Diagonal diagonal, const Supernodes& supernodes,
+               const FrontTree& tree, VectorWidth width, const FactorArrays& factor)
+      : lower_(lower),
+        diagonal_(std::move(diagonal)),
         supernodes_(supernodes),
         tree_(tree),
         factor_(factor),
@@ -220,9 +220,11 @@ std::int64_t workSize(const FrontTree& tree) {
   return DenseFront::room(tree.largestFront) + tree.largestStack;
 }
 
-bool factorizeFronts(const PermutedTriangles& matrix, const Supernodes& supernodes,
-                     const FrontTree& tree, VectorWidth width, const FactorArrays& factor) {
-  return Multifrontal(matrix, supernodes, tree, width, factor).run();
+bool factorizeFronts(PermutedTriangles& matrix, const Supernodes& supernodes, const FrontTree& tree,
+                     VectorWidth width, const FactorArrays& factor) {
+  Diagonal diagonal(matrix.upper);
+  matrix.upper = SparseMatrix();
+  return Multifrontal(matrix.lower, std::move(diagonal), supernodes, tree, width, factor).run();
 }
 
 }  // namespace quor

@@ -31,9 +31,10 @@ std::int64_t workSize(const FrontTree& tree);
 /// fronts, eliminates its columns, stores them, and leaves the rest on a stack for its parent. The
 /// fronts' order makes the children's remainders the topmost ones. Nothing is recursive.
 /// Throws std::bad_alloc.
-/// @param matrix  in the order of elimination
+/// @param matrix  in the order of elimination; its upper triangle is released when its diagonal has
+///                been taken from it
 /// @return false, and undefined arrays, if a pivot is zero or not finite
-bool factorizeFronts(const PermutedTriangles& matrix, const Supernodes& supernodes,
-                     const FrontTree& tree, VectorWidth width, const FactorArrays& factor);
+bool factorizeFronts(PermutedTriangles& matrix, const Supernodes& supernodes, const FrontTree& tree,
+                     VectorWidth width, const FactorArrays& factor);
 
 }  // namespace quor
