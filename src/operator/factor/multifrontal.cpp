@@ -223,7 +223,7 @@ std::int64_t workSize(const FrontTree& tree) {
 bool factorizeFronts(PermutedTriangles& matrix, const Supernodes& supernodes, const FrontTree& tree,
                      VectorWidth width, const FactorArrays& factor) {
   Diagonal diagonal(matrix.upper);
-  matrix.upper = SparseMatrix();
+  SparseMatrix().swap(matrix.upper);  // an assignment would keep its memory
   return Multifrontal(matrix.lower, std::move(diagonal), supernodes, tree, width, factor).run();
 }
 
