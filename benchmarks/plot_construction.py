@@ -26,7 +26,7 @@ def read(lines):
             break
         elif inside and not line.startswith("|---"):
             name, vertices, *times = (cell.strip() for cell in line.strip().strip("|").split("|"))
-            kind = name.removeprefix("part of the ")
+            kind = name.removeprefix("part of the ").removesuffix(", subdivided")
             kinds[kind].append((int(vertices), [float(time.split()[0]) for time in times]))
     return {kind: sorted(rows) for kind, rows in kinds.items() if len(rows) > 1}
 

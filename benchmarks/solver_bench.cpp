@@ -347,10 +347,10 @@ int runCommand(int argc, char** argv) {
     subdividedBunny = subdivided(subdividedBunny);
   }
   meshes.push_back(tagEnds("bunny, subdivided", subdividedBunny, 1));
+  meshes.push_back(tagEnds("dragon, subdivided", subdivided(scan), 1));
   if (what == "construct") {
     construct(meshes, rounds);
   } else {
-    meshes.push_back(tagEnds("dragon, subdivided", subdivided(scan), 1));
     solve(meshes, rounds);
   }
   return 0;
