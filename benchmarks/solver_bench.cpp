@@ -1,6 +1,7 @@
 // Construction and solve beside plain Eigen and CHOLMOD, on one core. Prints Markdown tables.
 
 #include "api/solver_handle.h"
+#include "hard_meshes.h"
 #include "memory_meter.h"
 #include "operator/factor/factorization.h"
 #include "operator/mesh_check.h"
@@ -236,11 +237,34 @@ void printAccuracy(const std::vector<TaggedMesh>& meshes) {
   }
 }
 
+void printHard(const std::vector<TaggedMesh>& meshes, int rounds) {
+  std::printf(
+      "\n### Made to be slow\n\nSeconds of the whole construction and of finding the order in it; "
+      "in brackets plain Eigen's over the library's.\n\n| Mesh | quorctorTagged | plain Eigen | "
+      "Ordering, ours | Eigen's |\n|---|---|---|---|---|\n");
+  for (const TaggedMesh& mesh : meshes) {
+    const PlainAssembly reference = plainAssemble(mesh);
+    const Matrix& matrix = *reference.stiffnessFF;
+    Handle handle;
+    OurSteps ours;
+    PlainFactor eigens;
+    const std::vector<double> t =
+        sideBySide(rounds,
+                   {[&] { handle.construct(mesh); }, [&] { const Plain plain(mesh); },
+                    [&] { ours.order(matrix); }, [&] { eigens.order(matrix); }},
+                   [&] { handle.clear(); });
+    std::printf("| %s | %.3f | %.3f (%.2fx) | %.3f | %.3f (%.2fx) |\n", mesh.label().c_str(), t[0],
+                t[1], t[1] / t[0], t[2], t[3], t[3] / t[2]);
+    std::fflush(stdout);
+  }
+}
+
 void construct(const std::vector<TaggedMesh>& meshes, int rounds) {
   printTotals(meshes, rounds);
   printSteps(meshes, rounds);
   printMemory(meshes);
   printAccuracy(meshes);
+  printHard({manyHubs(50000), manyHubs(100000), strip(2, 500000), strip(12, 83333)}, rounds);
 }
 
 /// A right-hand side of the handle's system, with or without a source.

@@ -44,9 +44,9 @@
  *
  * ENVIRONMENT. Results are for the default floating-point environment: rounding to nearest, no
  * flush to zero. Another one set by the host changes rounding but breaks nothing. With
- * floating-point traps unmasked nothing traps as long as all numbers are finite, their squares do
- * not overflow and every triangle has an area; see wobj for one case more. The C locale (setlocale)
- * has no influence; see wobj for the C++ one.
+ * floating-point traps unmasked (invalid operation, division by zero, overflow) nothing traps
+ * within the ranges of numbers that quorctorTagged and wobj state. The C locale (setlocale) has no
+ * influence; see wobj for the C++ one.
  */
 #ifndef QUOR_H
 #define QUOR_H
@@ -167,9 +167,17 @@ QUOR_API int32_t quorWeld(int32_t pointCount, const double* points, int32_t tria
  *   a vertex that no triangle uses               status 24, *prescribedOut counts as on success
  *
  * The shape of the triangles is not checked: one of no area puts infinities or NaNs into the
- * matrix, and then into the solutions, while the status stays 0. So does a set of free vertices
- * that no edges connect to a prescribed one: the matrix is singular; quorinfo says 1 if a pivot
- * came out as exactly 0, otherwise the field there is meaningless.
+ * matrix, and then into the solutions, while the status stays 0; or finite nonsense, where the
+ * differences of points on a line are rounded to those of a tiny triangle. So does a set of free
+ * vertices that no edges connect to a prescribed one: the matrix is singular; quorinfo says 1 if a
+ * pivot came out as exactly 0, otherwise the field there is meaningless.
+ *
+ * The unit of length is free: the solver is meant for coordinates of at most 1e76 and triangles
+ * whose heights are at least 1e-76 and at least a 1e-14th of the largest coordinate. In this range
+ * nothing overflows or traps, as long as prescribed values and sources are at most 1e200, and
+ * another power of two as the unit changes no bit of a field. Fourth powers of lengths occur: a
+ * little beyond the range digits are lost, and with triangles above 1e78 or below 1e-81 free values
+ * are infinite or NaN, the status being 0 all the same.
  *
  * Throws std::length_error("vector") when 3n or 9m has no place in the 32-bit indices of the
  * matrices (n > 1,431,655,765 or m > 238,609,294), before any array is read; and when the ordering
@@ -203,8 +211,9 @@ QUOR_API uint32_t quorinfo(const void* handle);
  *                          read or written; not null
  *
  * Prescribed vertices get their value back bit for bit. NaN and infinity enter the arithmetic like
- * any value. After a failed factorization (quorinfo not 0) all free vertices get 0.0. The status
- * is written last; on an exception (memory) nothing is written.
+ * any value; so do numbers below 2.2e-308 (denormal ones), with which some processors compute up to
+ * twenty times slower. After a failed factorization (quorinfo not 0) all free vertices get 0.0. The
+ * status is written last; on an exception (memory) nothing is written.
  */
 QUOR_API void quorsolveTagged(const void* handle, const double* prescribedValues, double* fieldOut,
                               StatusCode* statusOut);
@@ -247,14 +256,22 @@ QUOR_API uint64_t quotris(const void* handle, const int32_t** trianglesOut);
  *                 so a viewer finds the material only when baseName has no directory: change to the
  *                 directory first, or move both files afterwards.
  *
- * Existing files are replaced. Numbers have six significant digits. If all values are equal every u
- * is NaN; a NaN value has a NaN u. Each line ends in a line feed alone, on Windows too, and is
- * flushed when it is written. A file that cannot be opened is reported by one line on the standard
- * error stream; an OBJ written before stays. Nothing reports a disk that runs full.
+ * Existing files are replaced. Numbers have six significant digits.
+ *
+ * The field is meant to be finite, its range (largest value less smallest) neither 0 nor below
+ * 6e-309 nor above 1.79e308; of other fields no u can be relied on, and with floating-point traps
+ * unmasked they trap. If all values are equal every u is NaN, and a NaN or infinite value has a NaN
+ * u. A NaN also hides values from the search for the smallest and the largest: first or last in the
+ * field it makes every u NaN, elsewhere some u may leave 0 .. 1. With +infinity, or a range that
+ * overflows, the finite u are 1; with -infinity all are NaN; a range below 6e-309 gives NaN and
+ * -infinity.
+ *
+ * Each line ends in a line feed alone, on Windows too, and is flushed when it is written. A file
+ * that cannot be opened is reported by one line on the standard error stream; an OBJ written before
+ * stays. Nothing reports a disk that runs full.
  *
  * The streams use the global C++ locale of the moment (std::locale::global): keep it at the classic
- * one, or numbers come out with its decimal comma and digit grouping. With floating-point traps
- * unmasked, a field whose values are all equal traps (1/0).
+ * one, or numbers come out with its decimal comma and digit grouping.
  *
  * Throws std::length_error("vector") after the first two lines when the handle has no vertices
  * (quorctorTagged makes no such) or more than 715,827,882. When an exception leaves, the files hold

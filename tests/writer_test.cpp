@@ -128,7 +128,7 @@ TEST_F(Writer, OrderOfOperationsInU) {
   EXPECT_EQ(textureLines({3, 0, 1.5}), "0 0.5\n1 0.5\n0.5 0.5\n");
 }
 
-TEST_F(Writer, EqualAndNanValues) {
+TEST_F(Writer, ValuesWithoutARange) {
   std::ostringstream nan;  // the platform's text for 0 times infinity plus 1
   volatile double zero = 0;
   nan << zero * (1.0 / zero) + 1.0 << " 0.5\n";
@@ -146,6 +146,12 @@ TEST_F(Writer, EqualAndNanValues) {
       {{1, kNaN, 2, 3}, {1, kNaN, 0.5, 0}},
       {{3, 1, kNaN, 2}, {0, 1, kNaN, 0.5}},
       {{2, kNaN, kNaN, 1, 5}, {1, kNaN, kNaN, 1.33333, 0}},  // the 1 is not seen
+      {{0, kInfinity, 2}, {1, kNaN, 1}},
+      {{0, -kInfinity, 2}, {kNaN, kNaN, kNaN}},
+      {{-1.5e308, 0, 1.5e308}, {1, 1, kNaN}},  // the range overflows
+      {{-0x1p1022, 0, 0x1p1022}, {1, 0.5, 0}},
+      {{0, 0x1p-1024, 0x1p-1023}, {1, 0.5, 0}},
+      {{0, 1e-310, 2e-309}, {kNaN, -kInfinity, -kInfinity}},  // its inverse overflows
   };
   for (const Case& c : cases) {
     std::istringstream lines(textureLines(c.field));

@@ -6,7 +6,7 @@
 namespace quor {
 
 /// Finds the permutation P for which P A P^T fills in little: exactly that of Eigen's AMDOrdering,
-/// in two thirds of its time.
+/// in less time.
 /// Throws std::length_error("vector") if its working memory has no place in 32-bit indices.
 /// @param matrix   A, symmetric, both triangles stored, compressed, rows ascending
 /// @param inverse  receives the inverse of P

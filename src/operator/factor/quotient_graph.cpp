@@ -17,6 +17,8 @@ std::int64_t QuotientGraph::room(const SparseMatrix& matrix) {
 QuotientGraph::QuotientGraph(const SparseMatrix& matrix)
     : n_(static_cast<int>(matrix.cols())),
       nodes_(static_cast<std::size_t>(n_) + 1),
+      elements_(static_cast<std::size_t>(n_) + 1, Element{0, kUnmarked}),
+      sizes_(static_cast<std::size_t>(n_) + 1, 1),
       parent_(Eigen::VectorXi::Constant(n_ + 1, kNone)),
       firstOfDegree_(parent_),
       lists_(room(matrix)),
@@ -38,7 +40,7 @@ void QuotientGraph::listNeighbours(const SparseMatrix& matrix) {
       listsEnd_ += entry.index() != i ? 1 : 0;
     }
     const int entries = matrix.outerIndexPtr()[i + 1] - matrix.outerIndexPtr()[i];
-    node(i) = {begin, listsEnd_ - begin, 0, 1, entries, kUnmarked, kNone, kNone};
+    node(i) = {begin, listsEnd_ - begin, 0, entries, kNone, kNone};
   }
   assert(listsEnd_ <= lists_.size());
 }
@@ -46,16 +48,17 @@ void QuotientGraph::listNeighbours(const SparseMatrix& matrix) {
 /// Unknowns on their own come first, as roots. Dense rows, which would only cost time, and rows
 /// without a diagonal entry come last, below a dummy element. The others await their turn.
 void QuotientGraph::sortOutByDegree() {
-  node(n_) = {0, 0, 0, 1, 0, kAbsorbed, kNone, kNone};
+  node(n_) = {0, 0, 0, 0, kNone, kNone};
+  elementOf(n_).mark = kAbsorbed;
   const int dense = std::min(n_ - 2, std::max(16, static_cast<int>(10 * std::sqrt(n_))));
   for (int i = 0; i < n_; ++i) {
     Node& row = node(i);
     const bool hasDiagonal = row.length < row.degree;
     if (hasDiagonal && row.length == 0) {
-      row.mark = kAbsorbed;
+      elementOf(i).mark = kAbsorbed;
       ++eliminated_;
     } else if (!hasDiagonal || row.degree > dense) {
-      row.size = 0;
+      sizeOf(i) = 0;
       parent_[i] = n_;
       ++eliminated_;
     } else {
@@ -70,7 +73,7 @@ void QuotientGraph::postorder(int* order) {
   int firstRoot = kNone;
   for (const bool isElement : {false, true}) {
     for (int i = n_; i >= 0; --i) {
-      if ((node(i).size > 0) == isElement) {
+      if ((sizeOf(i) > 0) == isElement) {
         int& first = parent_[i] == kNone ? firstRoot : firstChild[parent_[i]];
         node(i).next = std::exchange(first, i);
       }

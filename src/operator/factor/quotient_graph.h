@@ -52,17 +52,17 @@ class QuotientGraph {
   int restarts() const { return restarts_; }
 
  private:
-  /// Half a cache line, since nearly all of the time goes into waiting for these.
-  struct alignas(32) Node {
+  struct Node {
     int list;      ///< where its list begins in lists_; meaningless once another has taken it in
     int length;    ///< of the list
     int elements;  ///< how many of a variable's list are elements
-    int size;      ///< how many unknowns a variable stands for, or an element did as a pivot; minus
-                   ///< that while the variable is in the current element; 0 if it was merged
-    int degree;    ///< a bound of the unknowns next to a variable, or those of an element
-    int mark;      ///< of an element: kAbsorbed, or see measureElements
+    int degree;    ///< a bound of the unknowns next to a variable
     int next;      ///< the next variable of this degree, or in this bucket
     int previous;  ///< the previous variable of this degree, or the hash of the list
+  };
+  struct Element {
+    int degree;  ///< its unknowns
+    int mark;    ///< kAbsorbed, or see measureElements; also that of a variable, see markList
   };
   static constexpr int kMaxIndex = std::numeric_limits<int>::max();
   static constexpr int kNone = -1;
@@ -71,6 +71,8 @@ class QuotientGraph {
   static constexpr int kMaxBucketBits = 14;  // 64 KB stay in the cache
 
   Node& node(int i) { return nodes_[static_cast<std::size_t>(i)]; }
+  Element& elementOf(int e) { return elements_[static_cast<std::size_t>(e)]; }
+  int& sizeOf(int i) { return sizes_[static_cast<std::size_t>(i)]; }
 
   void listNeighbours(const SparseMatrix& matrix);
   void sortOutByDegree();
@@ -93,7 +95,15 @@ class QuotientGraph {
   void raiseBase(int by);
 
   int n_;
-  std::vector<Node> nodes_;        ///< n, and the dummy
+  std::vector<Node> nodes_;  ///< n, and the dummy
+
+  // A hub's whole list is asked for these at every pivot next to it: apart from the nodes more of
+  // them stay in the cache.
+  std::vector<Element> elements_;
+  std::vector<int> sizes_;  ///< how many unknowns a variable stands for, or an element did as a
+                            ///< pivot; minus that while the variable is in the current element; 0
+                            ///< if it was merged
+
   Eigen::VectorXi parent_;         ///< of each node, what took it in
   Eigen::VectorXi firstOfDegree_;  ///< the variable whose degree became this last
   int listsEnd_ = 0;               ///< from here on lists_ is free

@@ -51,8 +51,8 @@ void QuotientGraph::choosePivot() {
   pivot_ = firstOfDegree_[leastDegree_];
   const Node& pivot = node(pivot_);
   removeByDegree(pivot);
-  pivotSize_ = pivot.size;
-  eliminated_ += pivot.size;
+  pivotSize_ = sizeOf(pivot_);
+  eliminated_ += pivotSize_;
   hasElements_ = pivot.elements > 0;
   // An element has at most as many variables as its pivot's degree.
   if (hasElements_ && listsEnd_ + leastDegree_ >= lists_.size()) {
@@ -89,7 +89,7 @@ void QuotientGraph::compactLists() {
 /// belongs to: every pair of theirs is among those of the new one.
 void QuotientGraph::formElement() {
   Node& pivot = node(pivot_);
-  pivot.size = -pivotSize_;
+  sizeOf(pivot_) = -pivotSize_;
   const int neighbours = pivot.list + pivot.elements;
   const int end = pivot.list + pivot.length;
   elementBegin_ = hasElements_ ? listsEnd_ : pivot.list;
@@ -104,12 +104,12 @@ void QuotientGraph::formElement() {
   assert(elementEnd_ <= lists_.size());
   pivot.list = elementBegin_;
   pivot.length = elementEnd_ - elementBegin_;
-  pivot.degree = degree_;
+  elementOf(pivot_).degree = degree_;
 }
 
 void QuotientGraph::absorb(int element, int into) {
   parent_[element] = into;
-  node(element).mark = kAbsorbed;
+  elementOf(element).mark = kAbsorbed;
 }
 
 /// Adds the variables in a part of lists_ to the current element, those that it has not got.
@@ -118,11 +118,12 @@ void QuotientGraph::addVariables(int begin, int end) {
   int* added = lists + elementEnd_;
   int unknowns = 0;
   for (const int* member = lists + begin; member != lists + end; ++member) {
-    Node& variable = node(*member);
-    if (variable.size > 0) {
+    int& size = sizeOf(*member);
+    if (size > 0) {
+      const Node& variable = node(*member);
       prefetch(lists + variable.list);
-      unknowns += variable.size;
-      variable.size = -variable.size;
+      unknowns += size;
+      size = -size;
       removeByDegree(variable);
       *added++ = *member;
     }
@@ -139,11 +140,11 @@ void QuotientGraph::measureElements() {
   const int base = base_;
   for (const int* member = lists + elementBegin_; member != end; ++member) {
     const Node& variable = node(*member);
-    const int size = variable.size;
+    const int size = sizeOf(*member);
     const int* const elements = lists + variable.list;
     const int* const elementsEnd = elements + variable.elements;
     for (const int* e = elements; e != elementsEnd; ++e) {
-      Node& element = node(*e);
+      Element& element = elementOf(*e);
       if (element.mark >= base) {
         element.mark += size;
       } else if (element.mark != kAbsorbed) {
@@ -164,10 +165,10 @@ void QuotientGraph::updateVariables() {
     const int outside = pruneList(variable, hash);
     if (outside == 0) {
       parent_[i] = pivot_;
-      degree_ += variable.size;
-      pivotSize_ -= variable.size;
-      eliminated_ -= variable.size;
-      variable.size = 0;
+      const int size = std::exchange(sizeOf(i), 0);
+      degree_ += size;
+      pivotSize_ -= size;
+      eliminated_ -= size;
     } else {
       variable.degree = std::min(variable.degree, outside);
       variable.previous = static_cast<int>(hash);
@@ -176,7 +177,7 @@ void QuotientGraph::updateVariables() {
       variable.next = std::exchange(first, i);
     }
   }
-  node(pivot_).degree = degree_;
+  elementOf(pivot_).degree = degree_;
   largestDegree_ = std::max(largestDegree_, degree_);
   raiseBase(largestDegree_);
 }
@@ -201,7 +202,7 @@ int QuotientGraph::pruneList(Node& variable, std::uint32_t& hash) {
   };
   for (int p = begin; p < neighbours; ++p) {
     const int e = lists[p];
-    const int mark = node(e).mark;
+    const int mark = elementOf(e).mark;
     if (mark > base) {
       keep(e, mark - base);
     } else if (mark != kAbsorbed) {
@@ -211,8 +212,8 @@ int QuotientGraph::pruneList(Node& variable, std::uint32_t& hash) {
   const int keptNeighbours = kept;
   for (int p = neighbours; p < end; ++p) {
     const int j = lists[p];
-    if (node(j).size > 0) {
-      keep(j, node(j).size);
+    if (sizeOf(j) > 0) {
+      keep(j, sizeOf(j));
     }
   }
   assert(kept < end);
@@ -255,8 +256,7 @@ void QuotientGraph::takeInEquals(int i) {
       }
       if (isListMarked(other)) {
         parent_[j] = i;
-        variable.size += other.size;
-        other.size = 0;
+        sizeOf(i) += std::exchange(sizeOf(j), 0);
         node(last).next = other.next;
         continue;
       }
@@ -269,14 +269,14 @@ void QuotientGraph::takeInEquals(int i) {
 void QuotientGraph::markList(const Node& variable) {
   raiseBase(1);
   for (int p = variable.list + 1; p < variable.list + variable.length; ++p) {
-    node(lists_[p]).mark = base_;
+    elementOf(lists_[p]).mark = base_;
   }
 }
 
 bool QuotientGraph::isListMarked(const Node& variable) {
   const int* const list = &lists_[variable.list];
   return std::all_of(list + 1, list + variable.length,
-                     [this](int member) { return node(member).mark == base_; });
+                     [this](int member) { return elementOf(member).mark == base_; });
 }
 
 /// Takes the variables back among those that await their turn, by their new degrees.
@@ -287,20 +287,20 @@ void QuotientGraph::releaseVariables() {
     const int i = lists_[p];
     Node& variable = node(i);
     bucketOf(variable) = kNone;
-    if (variable.size == 0) {
+    if (sizeOf(i) == 0) {
       continue;
     }
-    const int size = -variable.size;
-    variable.size = size;
+    const int size = -sizeOf(i);
+    sizeOf(i) = size;
     variable.degree = std::min(variable.degree + degree_ - size, n_ - eliminated_ - size);
     insertByDegree(i);
     leastDegree_ = std::min(leastDegree_, variable.degree);
     lists_[end++] = i;
   }
-  pivot.size = pivotSize_;
+  sizeOf(pivot_) = pivotSize_;
   pivot.length = end - elementBegin_;
   if (pivot.length == 0) {
-    pivot.mark = kAbsorbed;
+    elementOf(pivot_).mark = kAbsorbed;
   }
   if (hasElements_) {
     listsEnd_ = end;
@@ -312,7 +312,7 @@ void QuotientGraph::releaseVariables() {
 void QuotientGraph::raiseBase(int by) {
   base_ += by;
   if (base_ > kMaxIndex - 2 * n_) {
-    for (Node& any : nodes_) {
+    for (Element& any : elements_) {
       any.mark = std::min(any.mark, kUnmarked);
     }
     base_ = kUnmarked + 1;
