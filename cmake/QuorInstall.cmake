@@ -5,7 +5,8 @@ include(CMakePackageConfigHelpers)
 set(ramp_directory "${CMAKE_INSTALL_DATADIR}/quor")
 set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/quor")
 
-install(TARGETS quor EXPORT quor
+get_property(libraries GLOBAL PROPERTY quor_libraries)
+install(TARGETS ${libraries} quor_cpp EXPORT quor
   RUNTIME COMPONENT runtime
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE COMPONENT development
@@ -20,13 +21,26 @@ install(FILES ${notices} DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime
 install(FILES CHANGELOG.md docs/installing.md
   DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT development)
 
-# The package needs no other one, so the exported targets are the whole of it.
-install(EXPORT quor FILE quor-config.cmake NAMESPACE quor::
+# The exported targets, which need no other package, and the path of the ramp. Before 1.0 a minor
+# version may change the C++ wrapper: see docs/installing.md.
+install(EXPORT quor FILE quor-targets.cmake NAMESPACE quor::
   DESTINATION "${package_directory}" COMPONENT development)
-write_basic_package_version_file(quor-config-version.cmake COMPATIBILITY SameMajorVersion)
-install(FILES "${CMAKE_CURRENT_BINARY_DIR}/quor-config-version.cmake"
+configure_package_config_file(cmake/quor-config.cmake.in quor-config.cmake
+  INSTALL_DESTINATION "${package_directory}" PATH_VARS ramp_directory
+  NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+write_basic_package_version_file(quor-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/quor-config.cmake"
+  "${CMAKE_CURRENT_BINARY_DIR}/quor-config-version.cmake"
   DESTINATION "${package_directory}" COMPONENT development)
 
+set(pc_libs "-L\${libdir} -lquor")
+set(pc_cflags "-I\${includedir}")
+if(NOT BUILD_SHARED_LIBS)  # whoever links the archive brings the C++ runtime
+  get_target_property(runtime quor INTERFACE_LINK_LIBRARIES)
+  list(TRANSFORM runtime PREPEND " -l")
+  string(APPEND pc_libs ${runtime})
+  string(APPEND pc_cflags " -DQUOR_STATIC")
+endif()
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
   BASE_DIRECTORY "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" OUTPUT_VARIABLE prefix_from_here)
 configure_file(cmake/quor.pc.in quor.pc @ONLY)

@@ -53,7 +53,17 @@
 
 #include <stdint.h>
 
-#if defined(_WIN32)
+/*
+ * The version of this header, by which #if can choose. A program that was compiled with one version
+ * may meet a library of another: the eleven functions, what they answer and the numbers below stay
+ * as they are, before 1.0 too. What may change, and when, is promised in docs/installing.md.
+ */
+#define QUOR_VERSION_MAJOR 0
+#define QUOR_VERSION_MINOR 1
+#define QUOR_VERSION_PATCH 0
+#define QUOR_VERSION_STRING "0.1.0"
+
+#if defined(_WIN32) && !defined(QUOR_STATIC) /* QUOR_STATIC: linked as a static library */
 #if defined(QUOR_BUILDING)
 #define QUOR_API __declspec(dllexport)
 #else
@@ -69,8 +79,15 @@
 extern "C" {
 #endif
 
-/* What quorctorTagged and the two solves write through statusOut. The numbers are fixed. */
-typedef uint32_t StatusCode;
+/*
+ * What quorctorTagged and the two solves write through statusOut. The numbers are fixed. The short
+ * name is for programs whose own names leave room for it: with QUOR_NO_STATUSCODE defined before
+ * this header only QuorStatusCode is declared.
+ */
+typedef uint32_t QuorStatusCode;
+#ifndef QUOR_NO_STATUSCODE
+typedef QuorStatusCode StatusCode;
+#endif
 enum {
   QUOR_SUCCESS = 0,          /* done; also when the factorization failed, which quorinfo tells    */
   QUOR_NO_VERTEX = 1,        /* quorctorTagged: n < 1                                             */
@@ -191,7 +208,8 @@ QUOR_API int32_t quorWeld(int32_t pointCount, const double* points, int32_t tria
  */
 QUOR_API uint32_t quorctorTagged(int32_t n, const double* vertices, int32_t m,
                                  const int32_t* triangles, const int32_t* tags,
-                                 uint32_t* prescribedOut, StatusCode* statusOut, void** handleOut);
+                                 uint32_t* prescribedOut, QuorStatusCode* statusOut,
+                                 void** handleOut);
 
 /*
  * Tells whether the factorization succeeded: QUOR_INFO_SUCCESS or one of the other QUOR_INFO_
@@ -216,7 +234,7 @@ QUOR_API uint32_t quorinfo(const void* handle);
  * status is written last; on an exception (memory) nothing is written.
  */
 QUOR_API void quorsolveTagged(const void* handle, const double* prescribedValues, double* fieldOut,
-                              StatusCode* statusOut);
+                              QuorStatusCode* statusOut);
 
 /*
  * As quorsolveTagged, with a source: at the free vertices the field x solves K x = -s, where K is
@@ -227,7 +245,8 @@ QUOR_API void quorsolveTagged(const void* handle, const double* prescribedValues
  *   fieldOut          out  n values; may be the array prescribedValues or sourceValues
  */
 QUOR_API void quorsolvePTagged(const void* handle, const double* prescribedValues,
-                               const double* sourceValues, double* fieldOut, StatusCode* statusOut);
+                               const double* sourceValues, double* fieldOut,
+                               QuorStatusCode* statusOut);
 
 /*
  * Hands out the handle's copy of the vertices: 3n coordinates in solver order, valid and unchanged

@@ -25,6 +25,10 @@
 #ifndef QUOR_HPP
 #define QUOR_HPP
 
+#if __cplusplus < 201703L && (!defined(_MSVC_LANG) || _MSVC_LANG < 201703L)
+#error "quor.hpp needs C++17: compile with -std=c++17 (MSVC: /std:c++17), or take quor.h"
+#else
+
 #include "quor.h"
 
 #include <array>
@@ -53,7 +57,7 @@ class Span {
   Span(const T* data, std::size_t size) : data_(data), size_(size) {}
 
   template <class Range, class Pointer = decltype(std::data(std::declval<const Range&>())),
-            class = std::enable_if_t<std::is_same_v<Pointer, const T*>>>
+            class = std::enable_if_t<std::is_same_v<Pointer, const T*> > >
   Span(const Range& range)
       : data_(std::data(range)), size_(std::size(range)) {}  // NOLINT: implicit
 
@@ -71,14 +75,14 @@ class Span {
 /* No solver for this mesh: its status is not 0, or it is and the factorization failed (info). */
 class Error : public std::runtime_error {
  public:
-  Error(StatusCode status, std::uint32_t info, const char* text)
+  Error(QuorStatusCode status, std::uint32_t info, const char* text)
       : std::runtime_error(text), status_(status), info_(info) {}
 
-  StatusCode status() const { return status_; } /* one of the status codes of quor.h */
-  std::uint32_t info() const { return info_; }  /* one of the QUOR_INFO_ numbers */
+  QuorStatusCode status() const { return status_; } /* one of the status codes of quor.h */
+  std::uint32_t info() const { return info_; }      /* one of the QUOR_INFO_ numbers */
 
  private:
-  StatusCode status_;
+  QuorStatusCode status_;
   std::uint32_t info_;
 };
 
@@ -120,7 +124,7 @@ inline void requireCorners(Span<std::int32_t> triangles, std::int32_t vertexCoun
   }
 }
 
-inline const char* textOf(StatusCode status) {
+inline const char* textOf(QuorStatusCode status) {
   switch (status) {
     case QUOR_NO_VERTEX:
       return "quor: no vertex";
@@ -179,7 +183,7 @@ class Solver {
    *   tags       one per vertex; 1, 2 and 3 are prescribed
    */
   Solver(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags) {
-    StatusCode status = QUOR_SUCCESS;
+    QuorStatusCode status = QUOR_SUCCESS;
     *this = make(vertices, triangles, tags, status);
     if (status != QUOR_SUCCESS || info() != QUOR_INFO_SUCCESS) {
       throw Error(status, info(), detail::textOf(status));
@@ -191,7 +195,7 @@ class Solver {
    * QUOR_SUCCESS. As in C, ask info() whether the factorization succeeded.
    */
   static Solver make(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags,
-                     StatusCode& status) {
+                     QuorStatusCode& status) {
     const std::int32_t n = detail::count(vertices.size(), 3, "vertices");
     const std::int32_t m = detail::count(triangles.size(), 3, "triangles");
     detail::requireOnePerVertex(tags.size(), vertices.size() / 3, "tags");
@@ -221,7 +225,8 @@ class Solver {
   std::vector<double> solve(Span<double> prescribedValues) const {
     detail::requireOnePerVertex(prescribedValues.size(), vertexCount(), "prescribed values");
     std::vector<double> field(prescribedValues.size());
-    StatusCode status = QUOR_SUCCESS;  // there is no other: an empty solver takes and gives nothing
+    QuorStatusCode status =
+        QUOR_SUCCESS;  // there is no other: an empty solver takes and gives nothing
     quorsolveTagged(handle(), prescribedValues.data(), field.data(), &status);
     return field;
   }
@@ -229,7 +234,7 @@ class Solver {
     detail::requireOnePerVertex(prescribedValues.size(), vertexCount(), "prescribed values");
     detail::requireOnePerVertex(sourceValues.size(), vertexCount(), "source values");
     std::vector<double> field(prescribedValues.size());
-    StatusCode status = QUOR_SUCCESS;
+    QuorStatusCode status = QUOR_SUCCESS;
     quorsolvePTagged(handle(), prescribedValues.data(), sourceValues.data(), field.data(), &status);
     return field;
   }
@@ -297,4 +302,5 @@ inline std::int32_t integerFromSphere(const std::array<float, 3>& point) {
 
 }  // namespace quor
 
+#endif
 #endif

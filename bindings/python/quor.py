@@ -87,7 +87,7 @@ class Welded(NamedTuple):
 
 
 def _load():
-    names = {"win32": ["quor.dll"], "darwin": ["libquor.dylib"]}.get(
+    names = {"win32": ["quor.dll"], "darwin": ["libquor.0.dylib", "libquor.dylib"]}.get(
         sys.platform, ["libquor.so.0", "libquor.so"])
     here = os.path.dirname(os.path.abspath(__file__))
     beside = [path for path in (os.path.join(here, name) for name in names) if os.path.exists(path)]

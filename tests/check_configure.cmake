@@ -1,0 +1,39 @@
+# Configures as on a machine with a compiler, CMake and Eigen only: what has its packages is built, the
+# rest is left out and named; what was asked for stops instead.
+file(REMOVE_RECURSE "${WORK}")
+foreach(package assimp CLI11 GTest nanoflann VTK)
+  list(APPEND without "-DCMAKE_DISABLE_FIND_PACKAGE_${package}=ON")
+endforeach()
+
+function(configure)
+  execute_process(COMMAND "${CMAKE_COMMAND}" -S "${SOURCE}" -B "${WORK}" ${without} ${ARGN}
+    OUTPUT_VARIABLE output ERROR_VARIABLE error RESULT_VARIABLE result)
+  string(REGEX REPLACE "[ \n]+" " " said "${output}${error}")  # CMake wraps errors
+  set(said "${said}" PARENT_SCOPE)
+  set(result "${result}" PARENT_SCOPE)
+endfunction()
+
+function(says words)
+  string(FIND "${said}" "${words}" position)
+  if(position EQUAL -1)
+    message(SEND_ERROR "CMake does not say \"${words}\":\n${said}")
+  endif()
+endfunction()
+
+configure()
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "a plain cmake stops:\n${said}")
+endif()
+says("without the example heatmap: no assimp, CLI11 (scripts/setup build")
+says("without the tests in C++: no GTest (scripts/setup test")
+
+foreach(asked "QUOR_BUILD_EXAMPLES|the example heatmap" "QUOR_BUILD_TESTS|the tests in C++")
+  string(REPLACE "|" ";" asked "${asked}")
+  list(POP_FRONT asked option what)
+  configure("-D${option}=ON")
+  if(result EQUAL 0)
+    message(SEND_ERROR "${option}=ON does not stop without its packages")
+  endif()
+  says("${what} cannot be built")
+  configure("-D${option}=AUTO")
+endforeach()

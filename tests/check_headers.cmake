@@ -1,0 +1,33 @@
+# What a host's compiler makes of the headers: a sentence from an older C++, and no name StatusCode
+# where the host has its own.
+function(compile compiler source)
+  file(WRITE "${WORK}/header_options.${source}" "${text}")
+  execute_process(COMMAND "${compiler}" ${ARGN} -Wall -Werror -I "${INCLUDE}" -fsyntax-only
+    "${WORK}/header_options.${source}" ERROR_VARIABLE error RESULT_VARIABLE result)
+  set(error "${error}" PARENT_SCOPE)
+  set(result "${result}" PARENT_SCOPE)
+endfunction()
+
+set(text "#include <quor.hpp>\n")
+compile("${CXX}" cpp -std=c++14)
+if(result EQUAL 0 OR NOT error MATCHES "quor.hpp needs C\\+\\+17")
+  message(SEND_ERROR "in C++14 quor.hpp says:\n${error}")
+endif()
+string(REGEX MATCHALL "error:" errors "${error}")
+list(LENGTH errors count)
+if(NOT count EQUAL 1)
+  message(SEND_ERROR "in C++14 quor.hpp gives more than the sentence:\n${error}")
+endif()
+
+set(host "enum StatusCode { Ready };\n#define QUOR_NO_STATUSCODE\n")
+set(use "enum StatusCode mine = Ready;\nQuorStatusCode theirs = QUOR_SUCCESS;\n")
+set(text "${host}#include <quor.h>\n${use}")
+compile("${CC}" c -std=c99)
+if(NOT result EQUAL 0)
+  message(SEND_ERROR "quor.h takes the name StatusCode:\n${error}")
+endif()
+set(text "${host}#include <quor.hpp>\n${use}")
+compile("${CXX}" cpp -std=c++17)
+if(NOT result EQUAL 0)
+  message(SEND_ERROR "quor.hpp takes the name StatusCode:\n${error}")
+endif()

@@ -1,0 +1,73 @@
+# The tests in C++, with GoogleTest.
+include(GoogleTest)
+
+# From outside, through the library alone.
+find_package(Eigen3 3.4 REQUIRED NO_MODULE)
+add_executable(boundary_tests
+  accuracy_test.cpp constructor_test.cpp cpp_wrapper_test.cpp solve_test.cpp sphere_test.cpp
+  weld_test.cpp)
+target_link_libraries(boundary_tests PRIVATE
+  quor::quor Eigen3::Eigen GTest::gtest_main ${CMAKE_DL_LIBS})
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
+  # What they do to the process, to files and to the library is Linux's.
+  target_sources(boundary_tests PRIVATE
+    environment_test.cpp files_test.cpp library_test.cpp other_eigen.cpp ranges_test.cpp
+    threads_test.cpp)
+  target_compile_definitions(boundary_tests PRIVATE QUOR_LIBRARY="$<TARGET_FILE:quor>")
+  # Eigen's symbols of this program are there for a library to fall for.
+  set_target_properties(boundary_tests PROPERTIES ENABLE_EXPORTS ON)
+  set_source_files_properties(other_eigen.cpp PROPERTIES
+    COMPILE_DEFINITIONS EIGEN_MAX_ALIGN_BYTES=64)
+endif()
+
+# Single modules.
+add_executable(module_tests
+  dense_front_test.cpp factorization_test.cpp operator_test.cpp ordering_test.cpp substitution_test.cpp
+  weld_search_test.cpp writer_test.cpp)
+target_link_libraries(module_tests PRIVATE quor_objects GTest::gtest_main)
+
+# With an allocator that fails.
+add_executable(memory_tests memory_test.cpp support/allocations.cpp)
+target_link_libraries(memory_tests PRIVATE quor::quor GTest::gtest_main)
+
+# Against the benchmarks' peer on the part of the examples, and against a reader of mesh files.
+set(has_part_tests OFF)
+if(NOT CMAKE_CROSSCOMPILING)
+  quor_find(has_part_tests "${QUOR_BUILD_TESTS}" "the tests on the part of the examples" build assimp)
+endif()
+if(has_part_tests)
+  add_executable(part_tests factorization_part_test.cpp obj_reader_test.cpp weld_part_test.cpp
+    ../benchmarks/peers/plain_weld.cpp ../benchmarks/soups.cpp ../benchmarks/tagged_mesh.cpp)
+  target_include_directories(part_tests PRIVATE ../benchmarks ../src)
+  target_link_libraries(part_tests PRIVATE
+    quor::quor Eigen3::Eigen assimp::assimp GTest::gtest_main)
+  target_compile_definitions(part_tests PRIVATE
+    QUOR_PART="${PROJECT_SOURCE_DIR}/examples/data/heat_sink.stl")
+  set(part_tests part_tests)
+endif()
+
+# Programs of their own; the second takes 3 GB of memory and is run by scripts/check_overflow.
+add_executable(fingerprint fingerprint.cpp)
+target_link_libraries(fingerprint PRIVATE quor_objects GTest::gtest)
+add_test(NAME fingerprint COMMAND fingerprint)
+if(WIN32)  # nothing is imported
+  target_compile_definitions(module_tests PRIVATE QUOR_BUILDING)
+  target_compile_definitions(fingerprint PRIVATE QUOR_BUILDING)
+endif()
+add_executable(factor_overflow factor_overflow.cpp)
+target_link_libraries(factor_overflow PRIVATE quor::quor)
+
+set(tests boundary_tests memory_tests module_tests ${part_tests})
+foreach(target ${tests} fingerprint factor_overflow)
+  quor_options(${target})
+  # Test arithmetic is full of harmless small integers.
+  target_compile_options(${target} PRIVATE -Wno-conversion -Wno-sign-conversion)
+endforeach()
+foreach(target ${tests})
+  if(CMAKE_CROSSCOMPILING)  # every start of an emulator takes a while
+    add_test(NAME ${target} COMMAND ${target} --gtest_brief=1)
+  else()
+    gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60)
+  endif()
+endforeach()
+
