@@ -11,14 +11,23 @@ fail() {
   exit 1
 }
 
-# refuses WORDS ARGUMENT...: exits non-zero and says WORDS, leaves no result.
+# refuses STATUS WORDS ARGUMENT...: exits with the status, says WORDS on one line and, if the command
+# line is at fault, where help is.
 refuses() {
-  words=$1
-  shift
-  if "$heatmap" "$@" >"$work/stdout" 2>"$work/stderr"; then
-    fail "accepted: $*"
-  fi
-  grep -q -- "$words" "$work/stderr" || fail "said of '$*': $(cat "$work/stderr")"
+  expected=$1
+  words=$2
+  shift 2
+  status=0
+  "$heatmap" "$@" >"$work/stdout" 2>"$work/stderr" || status=$?
+  [ $status -eq "$expected" ] || fail "answers $status to '$*'"
+  grep -q -- "^heatmap: .*$words" "$work/stderr" || fail "said of '$*': $(cat "$work/stderr")"
+  [ "$(wc -l <"$work/stderr")" -eq "$expected" ] || fail "says more: $(cat "$work/stderr")"
+}
+
+# refuses_at_once STATUS WORDS ARGUMENT...: likewise, before any work is done.
+refuses_at_once() {
+  refuses "$@"
+  [ ! -s "$work/stdout" ] || fail "works before it refuses: $*"
 }
 
 "$heatmap" "$part" --out "$work/new/dir" --hot z- --cold z+ --cold ball:0,0,26,5 >"$work/stdout"
@@ -38,21 +47,92 @@ echo "solid empty" >empty.stl
 echo "nonsense" >bad.obj
 printf 'v 0 0 0\nv 1 0 0\nv 0 1 0\nv 9 0 0\nv 8 0 0\nv 9 1 0\nf 1 2 3\nf 4 5 6\n' >two.obj
 printf 'v 0 0 0\nv 1 0 0\nv 2 0 0\nf 1 2 3\n' >flat.obj
-refuses "cannot read" missing.stl --out o
-refuses "" empty.stl --out o
-refuses "cannot read" bad.obj --out o
-refuses "no triangle has an area" flat.obj --out o
-refuses "selects no vertex" "$part" --out o --hot ball:900,0,0,1
-refuses "where a number should be" "$part" --out o --hot ball:1,2,x,1
-refuses "needs 4 numbers" "$part" --out o --hot ball:1,2
-refuses "is none of" "$part" --out o --cold q+
-refuses "cold already" "$part" --out o --hot x+ --cold x+:0.5
-refuses "holds neither" two.obj --out o --hot nearest:0,0,0 --cold nearest:1,0,0
-refuses "tolerance is too large" "$part" --out o --tolerance 1000
-refuses "plain file name" "$part" --out o --name a/b
-refuses "cannot make the directory" "$part" --out bad.obj/o
-refuses "out" "$part"
+printf 'v 0 0 0\nv 1 0 0\nv 0 1 0\n' >points.obj
+printf 'v nan 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n' >nan.obj
+printf 'OFF\n3 1 0\n0 0 0\n1 0 0\n' >truncated.off
+head -c 3000 "$part" >truncated.stl
+mkdir folder.stl
+: >empty.png
+
+refuses 1 "there is no such file" missing.stl --out o
+refuses 1 "is not a file" folder.stl --out o
+for file in empty.stl bad.obj points.obj truncated.off truncated.stl; do
+  refuses 1 "$file as a mesh of triangles: it has none" $file --out o
+done
+refuses 1 "triangle 1 of nan.obj has a coordinate that is not a finite" nan.obj --out o
+refuses 1 "no triangle of the part has an area" flat.obj --out o
+refuses 1 "selects no vertex: the part reaches from (-30, -25, -6) to (30, 25, 26)" "$part" --out o \
+  --hot ball:900,0,0,1
+refuses 1 '"x+" (hot) and "x+:0.5" (cold) both select the vertex at (' "$part" --out o \
+  --hot x+ --cold x+:0.5
+refuses 1 "loose piece at (9, 0, 0) has neither" two.obj --out o --hot nearest:0,0,0 \
+  --cold nearest:1,0,0
+refuses 1 "nearer than 1000 became one" "$part" --out o --tolerance 1000
+
+refuses_at_once 2 "where a number should be" "$part" --out o --hot ball:1,2,x,1
+refuses_at_once 2 "needs 4 numbers" "$part" --out o --hot ball:1,2
+refuses_at_once 2 "needs one number" "$part" --out o --hot z+:
+refuses_at_once 2 "radius" "$part" --out o --hot ball:1,2,3,-1
+refuses_at_once 2 "fraction between 0 and 1" "$part" --out o --hot z+:10
+refuses_at_once 2 "is none of" "$part" --out o --cold q+
+refuses_at_once 2 '"nan" is not a finite number' "$part" --out o --hot-value nan
+refuses_at_once 2 '"1e999" is not a finite number' "$part" --out o --cold-value 1e999
+refuses_at_once 2 '"-1" is negative' "$part" --out o --tolerance -1
+refuses_at_once 2 "are both 20" "$part" --out o --hot-value 20 --cold-value 20
+refuses_at_once 2 "too far apart" "$part" --out o --hot-value 1e308 --cold-value -1e308
+refuses_at_once 2 "prescribed values, 0 and 1" "$part" --out o --range 0 0.5
+refuses_at_once 2 "out is required" "$part"
+refuses_at_once 2 "not expected: .*--hott" "$part" --out o --hott z+
+refuses_at_once 1 "plain file name" "$part" --out o --name a/b
+refuses_at_once 1 "bad.obj is not a directory" "$part" --out bad.obj/o
+refuses_at_once 1 "colour ramp nowhere.png: there is no such file" "$part" --out o --ramp nowhere.png
+refuses_at_once 1 "colour ramp empty.png: it is empty" "$part" --out o --ramp empty.png
+mkdir -p locked/heatmap.obj
+refuses_at_once 1 "it is a directory" "$part" --out locked
+cp two.obj kept.obj
+refuses_at_once 1 "would replace the part" kept.obj --out . --name kept
+cmp two.obj kept.obj
 [ ! -e o ] || fail "a refused input left results"
+[ -z "$(find . -name '*probe*')" ] || fail "looking whether files can be written left one"
+if command -v setpriv >/dev/null && [ "$(id -u)" -eq 0 ]; then
+  chmod 755 "$work"
+  mkdir -m 755 mine
+  status=0
+  setpriv --reuid 65534 --regid 65534 --clear-groups "$heatmap" "$part" --out mine >stdout 2>stderr ||
+    status=$?
+  [ "$status $(grep -c 'needs permission' stderr) $(wc -c <stdout)" = "1 1 0" ] ||
+    fail "a directory of somebody else: $(cat stdout stderr)"
+fi
+
+# chooses RULES OPTION...: with these options the sides without a rule get these.
+chooses() {
+  rules=$1
+  shift
+  "$heatmap" "$part" --out o "$@" >"$work/stdout"
+  grep -q "^tag .*$rules" "$work/stdout" || fail "chose with $*: $(grep ^tag "$work/stdout")"
+}
+chooses "hot (x-), .* cold (x+)"
+chooses "cold (z-)" --hot z+
+chooses "hot (y+)" --cold y-:0.1
+chooses "cold (x-)" --hot ball:30,0,0,5
+
 "$heatmap" two.obj --out o --largest --hot nearest:0,0,0 --cold nearest:1,0,0 >/dev/null
-mkdir -p locked/heatmap.obj/x
-refuses "cannot replace" two.obj --out locked --largest --hot nearest:0,0,0 --cold nearest:1,0,0
+"$heatmap" --version | grep -qE '^heatmap of quor [0-9]+[.][0-9]+[.][0-9]+$' || fail "no version"
+"$heatmap" --help | grep -q "Exit status" || fail "no help"
+
+# The legend beside the result, for any words, and a range that two results share: the same value has
+# the same place on the ramp, and the coordinates of the part are what they are without it.
+"$heatmap" "$part" --out hot --hot-value 100 --cold-value 20 --title 'a "sink" \ 5 µm' --unit °C \
+  --field "$(printf 'T\011\377')" >/dev/null
+printf '{"quor": 1,\n "title": "a \\"sink\\" \\\\ 5 µm",\n "unit": "°C",\n "minimum": 20,\n "maximum": 100,\n "field": "T\\u0009?"}\n' |
+  diff - hot/heatmap.json || fail "the legend is not what was asked for"
+"$heatmap" "$part" --out warm --hot-value 60 --cold-value 20 --range 20 100 >/dev/null
+grep -q '"maximum": 100' warm/heatmap.json || fail "the legend does not have the range"
+vertices=$(grep -c "^v " hot/heatmap.obj)
+[ "$(grep -c "^v " warm/heatmap.obj)" -eq $((vertices + 3)) ] || fail "the range adds other than 3 vertices"
+for result in hot warm; do
+  grep '^vt ' $result/heatmap.obj | sort | uniq -c >$result.vt
+done
+# The hottest vertices of the warm result, 60 of 20 to 100, are in the middle of the ramp.
+[ "$(awk '$3 == 0.5 {n = $1} END {print n}' warm.vt)" -eq "$(awk '$3 == 0 {n = $1} END {print n}' hot.vt)" ] ||
+  fail "the same value has another colour in the other result"

@@ -49,6 +49,9 @@ void requireLines(const std::filesystem::path& file, std::int64_t lines) {
   }
 }
 
+constexpr const char* kThinTriangles =
+    "the part has triangles of almost no area. A larger --tolerance welds them away";
+
 }  // namespace
 
 Solver buildSolver(const Mesh& mesh, const std::vector<std::int32_t>& tags) {
@@ -61,25 +64,31 @@ Solver buildSolver(const Mesh& mesh, const std::vector<std::int32_t>& tags) {
   }
   Solver solver(handle);
   if (quorinfo(solver.get()) != QUOR_INFO_SUCCESS) {
-    throw std::runtime_error("the factorization failed: the mesh has degenerate triangles");
+    throw std::runtime_error(std::string("the factorization failed: ") + kThinTriangles);
   }
   return solver;
 }
 
-std::vector<double> solve(const Solver& solver, const std::vector<std::int32_t>& tags,
-                          double hotValue, double coldValue) {
-  std::vector<double> field(tags.size());
-  std::transform(tags.begin(), tags.end(), field.begin(),
-                 [=](std::int32_t tag) { return tag == kHot ? hotValue : coldValue; });
+std::vector<double> prescribedValues(const std::vector<std::int32_t>& tags, double hotValue,
+                                     double coldValue) {
+  std::vector<double> values(tags.size());
+  std::transform(tags.begin(), tags.end(), values.begin(), [=](std::int32_t tag) {
+    return tag == kHot ? hotValue : tag == kCold ? coldValue : 0.0;
+  });
+  return values;
+}
+
+std::vector<double> solve(const Solver& solver, std::vector<double> values) {
   StatusCode status = QUOR_SUCCESS;
-  quorsolveTagged(solver.get(), field.data(), field.data(), &status);
+  quorsolveTagged(solver.get(), values.data(), values.data(), &status);
   if (status != QUOR_SUCCESS) {
     throw std::runtime_error("the solve failed with status " + std::to_string(status));
   }
-  if (!std::all_of(field.begin(), field.end(), [](double value) { return std::isfinite(value); })) {
-    throw std::runtime_error("the field is not finite: the mesh has needles of almost no area");
+  if (!std::all_of(values.begin(), values.end(),
+                   [](double value) { return std::isfinite(value); })) {
+    throw std::runtime_error(std::string("the field is not finite everywhere: ") + kThinTriangles);
   }
-  return field;
+  return values;
 }
 
 std::vector<double> toSolverOrder(const std::vector<double>& field,
@@ -96,9 +105,6 @@ std::vector<double> toSolverOrder(const std::vector<double>& field,
 void write(const Solver& solver, const std::vector<double>& solverOrderField, const Mesh& mesh,
            const std::filesystem::path& directory, const std::string& name,
            const std::filesystem::path& ramp) {
-  if (name.empty() || std::filesystem::path(name).filename() != name) {
-    throw std::runtime_error("the base name \"" + name + "\" must be a plain file name");
-  }
   std::error_code error;
   std::filesystem::create_directories(directory, error);
   if (!std::filesystem::is_directory(directory)) {

@@ -18,15 +18,18 @@ struct FreeSolver {
 using Solver = std::unique_ptr<void, FreeSolver>;
 
 // Tag of a vertex whose value is given: 1, 2 and 3 all mean prescribed.
-enum Tag : std::int32_t { kFree = 0, kHot = 1, kCold = 2 };
+enum Tag : std::int32_t { kFree = 0, kHot = 1, kCold = 2, kRampEnd = 3 };
 
 // Throws std::runtime_error if the mesh is rejected or the factorization fails.
 Solver buildSolver(const Mesh& mesh, const std::vector<std::int32_t>& tags);
 
-// The field, in the mesh's vertex order, for one value per tag.
+// One value per vertex: what is given where its tag prescribes one, 0 elsewhere.
+std::vector<double> prescribedValues(const std::vector<std::int32_t>& tags, double hotValue,
+                                     double coldValue);
+
+// The field, in the mesh's vertex order, for one value per vertex, read where it is prescribed.
 // Throws std::runtime_error if it is not finite everywhere.
-std::vector<double> solve(const Solver& solver, const std::vector<std::int32_t>& tags,
-                          double hotValue, double coldValue);
+std::vector<double> solve(const Solver& solver, std::vector<double> values);
 
 // Reorders a field into the order in which the solver keeps its vertices.
 std::vector<double> toSolverOrder(const std::vector<double>& field,

@@ -1,16 +1,21 @@
 // heatmap: the main job, from a mesh file to a coloured OBJ. Two selections of vertices get a hot
 // and a cold value; the field in between is what heat conduction makes of them.
 
+#include "destination.h"
 #include "field.h"
+#include "legend.h"
 #include "mesh.h"
+#include "ramp_ends.h"
 #include "read_soup.h"
 #include "selection.h"
+#include "text.h"
 #include "weld_mesh.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <stdexcept>
@@ -20,6 +25,9 @@
 namespace {
 
 using namespace heatmap;
+
+// What the program answers to the shell.
+enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2 };
 
 struct Options {
   std::string part;
@@ -31,7 +39,21 @@ struct Options {
   std::vector<std::string> cold;
   double hotValue = 1.0;
   double coldValue = 0.0;
+  std::vector<double> range;  // empty, or the ends of the ramp
+  std::string title;          // empty: the part's file name
+  std::string field = "temperature";
+  std::string unit;
   bool largest = false;
+};
+
+// The command line asks for something that cannot be.
+struct UsageError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+struct Rules {
+  std::vector<Rule> hot;
+  std::vector<Rule> cold;
 };
 
 // Prints what a stage came to and the time since the one before.
@@ -55,40 +77,91 @@ std::string counts(const Mesh& mesh) {
          " triangles";
 }
 
-// Without rules the two ends of the longest axis are hot and cold.
-void chooseDefaultRules(const Mesh& mesh, Options& options) {
-  const Bounds bounds = boundsOf(mesh);
+std::vector<Rule> parseRules(const std::vector<std::string>& texts) {
+  std::vector<Rule> rules;
+  std::transform(texts.begin(), texts.end(), std::back_inserter(rules), parseRule);
+  return rules;
+}
+
+std::size_t longestAxis(const Bounds& bounds) {
   std::size_t longest = 0;
   for (std::size_t axis = 1; axis < 3; ++axis) {
     if (bounds.high[axis] - bounds.low[axis] > bounds.high[longest] - bounds.low[longest]) {
       longest = axis;
     }
   }
-  const std::string axis(1, "xyz"[longest]);
-  if (options.hot.empty()) {
-    options.hot = {axis + "-"};
+  return longest;
+}
+
+// Whether the vertices that the rules select lie, on average, nearer to the low end of the axis.
+bool isAtLowEnd(const Mesh& mesh, const std::vector<Rule>& rules, std::size_t axis) {
+  const Bounds bounds = boundsOf(mesh);
+  const double middle = bounds.low[axis] + (bounds.high[axis] - bounds.low[axis]) / 2;
+  double sum = 0.0;
+  for (const Rule& rule : rules) {
+    for (const std::int32_t i : select(mesh, rule)) {
+      sum += mesh.vertex(i)[axis] - middle;
+    }
   }
-  if (options.cold.empty()) {
-    options.cold = {axis + "+"};
+  return sum <= 0.0;
+}
+
+// Where a side has no rule it gets an end of an axis: the end that is farther from the other side,
+// of the axis that the other side's first rule names or else of the longest one. Without any rule
+// hot is the low end.
+void chooseMissingRules(const Mesh& mesh, Rules& rules) {
+  const std::size_t longest = longestAxis(boundsOf(mesh));
+  const auto end = [](std::size_t axis, bool high) {
+    return std::vector{parseRule(std::string(1, "xyz"[axis]) + (high ? "+" : "-"))};
+  };
+  const auto opposite = [&](const std::vector<Rule>& others) {
+    const bool isEnd = others[0].kind == Rule::kLowEnd || others[0].kind == Rule::kHighEnd;
+    const std::size_t axis = isEnd ? others[0].axis : longest;
+    return end(axis, isAtLowEnd(mesh, others, axis));
+  };
+  if (rules.hot.empty()) {
+    rules.hot = rules.cold.empty() ? end(longest, false) : opposite(rules.cold);
+  }
+  if (rules.cold.empty()) {
+    rules.cold = opposite(rules.hot);
   }
 }
 
-std::vector<std::int32_t> tagVertices(const Mesh& mesh, const Options& options) {
+[[noreturn]] void refuseOverlap(const Mesh& mesh, const Rule& hot, const Rule& cold,
+                                std::int32_t vertex) {
+  throw std::runtime_error("the rules \"" + hot.text + "\" (hot) and \"" + cold.text +
+                           "\" (cold) both select the vertex at " + pointText(mesh.vertex(vertex)) +
+                           ": give --hot and --cold rules that keep apart; the part reaches from " +
+                           boundsText(boundsOf(mesh)));
+}
+
+std::vector<std::int32_t> tagVertices(const Mesh& mesh, const Rules& rules) {
   std::vector<std::int32_t> tags(static_cast<std::size_t>(mesh.vertexCount()), kFree);
-  for (const std::string& rule : options.cold) {
+  std::vector<const Rule*> coldRule(tags.size(), nullptr);
+  for (const Rule& rule : rules.cold) {
     for (const std::int32_t i : select(mesh, rule)) {
       tags[static_cast<std::size_t>(i)] = kCold;
+      coldRule[static_cast<std::size_t>(i)] = &rule;
     }
   }
-  for (const std::string& rule : options.hot) {
+  for (const Rule& rule : rules.hot) {
     for (const std::int32_t i : select(mesh, rule)) {
       if (tags[static_cast<std::size_t>(i)] == kCold) {
-        throw std::runtime_error("rule \"" + rule + "\" selects vertices that are cold already");
+        refuseOverlap(mesh, rule, *coldRule[static_cast<std::size_t>(i)], i);
       }
       tags[static_cast<std::size_t>(i)] = kHot;
     }
   }
   return tags;
+}
+
+std::string describe(const std::vector<std::int32_t>& tags, std::int32_t tag, const char* word,
+                     const std::vector<Rule>& rules) {
+  std::string list;
+  for (const Rule& rule : rules) {
+    list += (list.empty() ? "" : " ") + rule.text;
+  }
+  return std::to_string(std::count(tags.begin(), tags.end(), tag)) + " " + word + " (" + list + ")";
 }
 
 // A piece without a prescribed vertex has no unique field.
@@ -103,85 +176,175 @@ void requirePrescribedVertexEverywhere(const Mesh& mesh, const std::vector<std::
   for (std::size_t i = 0; i < component.size(); ++i) {
     if (!isPrescribed[static_cast<std::size_t>(component[i])]) {
       const double* p = mesh.vertex(static_cast<std::int32_t>(i));
-      throw std::runtime_error("the component at (" + std::to_string(p[0]) + ", " +
-                               std::to_string(p[1]) + ", " + std::to_string(p[2]) +
-                               ") holds neither a hot nor a cold vertex: select one there, or "
-                               "keep the largest component only (--largest)");
+      throw std::runtime_error(
+          "the loose piece at " + pointText(p) +
+          " has neither a hot nor a cold vertex, so its temperature is open: "
+          "select one there (--hot nearest:X,Y,Z), keep the largest piece only "
+          "(--largest), or close gaps with a larger --tolerance");
     }
   }
 }
 
-void run(Options options) {
-  Progress progress;
+// What can be refused without looking into the part.
+void requireSense(const Options& options) {
+  if (options.hotValue == options.coldValue) {
+    throw UsageError("--hot-value and --cold-value are both " + text(options.hotValue) +
+                     ": the field would be that everywhere, with nothing to colour");
+  }
+  if (!std::isfinite(options.hotValue - options.coldValue)) {
+    throw UsageError("--hot-value and --cold-value are too far apart");
+  }
+  if (!options.range.empty()) {
+    const auto [low, high] = std::minmax(options.hotValue, options.coldValue);
+    if (!(options.range[0] <= low && high <= options.range[1]) ||
+        !std::isfinite(options.range[1] - options.range[0])) {
+      throw UsageError("--range " + text(options.range[0]) + " " + text(options.range[1]) +
+                       " must begin at or below and end at or above the prescribed values, " +
+                       text(low) + " and " + text(high));
+    }
+  }
+}
+
+Rules parseRules(const Options& options) {
+  try {
+    return {parseRules(options.hot), parseRules(options.cold)};
+  } catch (const std::runtime_error& error) {
+    throw UsageError(error.what());
+  }
+}
+
+Mesh readWeldedPart(const Options& options, Progress& progress) {
   const Mesh soup = readSoup(options.part);
   progress.stage("read", std::to_string(soup.vertexCount()) + " points, " +
                              std::to_string(soup.triangleCount()) + " triangles");
-
-  if (options.tolerance < 0.0) {
-    options.tolerance = 1e-6 * boundsOf(soup).diagonal();
-  }
-  Mesh mesh = weld(soup, options.tolerance);
+  Mesh mesh =
+      weld(soup, options.tolerance < 0.0 ? 1e-6 * boundsOf(soup).diagonal() : options.tolerance);
   progress.stage("weld", counts(mesh));
+  return mesh;
+}
 
+void clean(Mesh& mesh, bool largest, Progress& progress) {
   const std::int32_t flat = dropFlatTriangles(mesh);
-  const std::int32_t pieces = options.largest ? keepLargestComponent(mesh) : 0;
+  const std::int32_t pieces = largest ? keepLargestComponent(mesh) : 0;
   const std::int32_t unused = dropUnusedVertices(mesh);
   if (mesh.triangles.empty()) {
-    throw std::runtime_error("no triangle has an area");
+    throw std::runtime_error(
+        "no triangle of the part has an area: its points lie on one line, or far too near to each "
+        "other for their distance from the origin");
   }
-  progress.stage("clean", "dropped " + std::to_string(unused) + " unused vertices, " +
-                              std::to_string(flat) + " flat triangles" +
-                              (options.largest ? ", " + std::to_string(pieces) +
-                                                     " triangles of smaller components"
-                                               : ""));
+  progress.stage(
+      "clean", "dropped " + std::to_string(unused) + " unused vertices, " + std::to_string(flat) +
+                   " flat triangles" +
+                   (largest ? ", " + std::to_string(pieces) + " triangles of smaller pieces" : ""));
+}
 
-  chooseDefaultRules(mesh, options);
-  const std::vector<std::int32_t> tags = tagVertices(mesh, options);
+Legend legendOf(const Options& options, const std::vector<double>& field) {
+  const auto [low, high] = std::minmax_element(field.begin(), field.end());
+  const std::string title = std::filesystem::path(options.part).stem().u8string();
+  return {options.title.empty() ? title : options.title, options.field, options.unit, *low, *high};
+}
+
+void run(const Options& options) {
+  requireSense(options);
+  Rules rules = parseRules(options);
+  requireUsable({options.out, options.name, options.ramp}, options.part);
+
+  Progress progress;
+  Mesh mesh = readWeldedPart(options, progress);
+  clean(mesh, options.largest, progress);
+
+  chooseMissingRules(mesh, rules);
+  std::vector<std::int32_t> tags = tagVertices(mesh, rules);
   requirePrescribedVertexEverywhere(mesh, tags);
-  progress.stage("tag", std::to_string(std::count(tags.begin(), tags.end(), kHot)) + " hot, " +
-                            std::to_string(std::count(tags.begin(), tags.end(), kCold)) +
-                            " cold, " +
+  progress.stage("tag", describe(tags, kHot, "hot", rules.hot) + ", " +
+                            describe(tags, kCold, "cold", rules.cold) + ", " +
                             std::to_string(std::count(tags.begin(), tags.end(), kFree)) + " free");
 
+  std::vector<double> values = prescribedValues(tags, options.hotValue, options.coldValue);
+  if (!options.range.empty()) {
+    addRampEnds(mesh, tags, values, options.range[0], options.range[1]);
+  }
   const Solver solver = buildSolver(mesh, tags);
   progress.stage("build", "factorized");
 
-  const std::vector<double> field = solve(solver, tags, options.hotValue, options.coldValue);
-  const auto [low, high] = std::minmax_element(field.begin(), field.end());
-  progress.stage("solve", "field from " + std::to_string(*low) + " to " + std::to_string(*high));
+  const std::vector<double> field = solve(solver, values);
+  const Legend legend = legendOf(options, field);
+  progress.stage("solve", legend.field + ", colours from " + text(legend.minimum) + " to " +
+                              text(legend.maximum) +
+                              (legend.unit.empty() ? "" : " " + legend.unit));
 
   write(solver, toSolverOrder(field, tags), mesh, options.out, options.name, options.ramp);
-  progress.stage("write", (std::filesystem::path(options.out) / options.name).string() +
-                              ".obj, .mtl, viridis.PNG");
+  const std::filesystem::path base = std::filesystem::path(options.out) / options.name;
+  writeLegend(legend, base.string() + ".json");
+  progress.stage("write", base.string() + ".obj, .mtl, .json, viridis.PNG");
 }
 
-int runCommand(int argc, char** argv) {
-  Options options;
-  CLI::App app("Computes a heat map on a mesh file and writes it as a coloured OBJ.", "heatmap");
+// Says nothing, or what is wrong with a number on the command line.
+std::string finite(const std::string& given) {
+  double value = 0.0;
+  const bool isNumber = CLI::detail::lexical_cast(given, value) && std::isfinite(value);
+  return isNumber ? "" : "\"" + given + "\" is not a finite number";
+}
+
+std::string finiteAndNotNegative(const std::string& given) {
+  const std::string problem = finite(given);
+  return !problem.empty() || given[0] != '-' ? problem : "\"" + given + "\" is negative";
+}
+
+void describeOptions(CLI::App& app, Options& options) {
   app.footer(
       "RULE is one of\n"
       "  x+ x- y+ y- z+ z-   the outermost 2 % at that end of the axis (z+:0.1 for 10 %)\n"
       "  ball:X,Y,Z,R        all vertices within R of the point\n"
-      "  nearest:X,Y,Z       the vertex nearest to the point");
+      "  nearest:X,Y,Z       the vertex nearest to the point\n"
+      "Without rules the two ends of the longest axis are hot and cold. With rules for one side\n"
+      "only, the other side is the opposite end: of the rule's axis, or else of the longest.\n\n"
+      "Exit status: 0 done; 1 the part or a file is at fault; 2 the command line is.");
+  app.set_version_flag("--version", "heatmap of quor " QUOR_VERSION_STRING);
   app.add_option("PART", options.part, "mesh file: STL, OBJ, PLY, OFF")->required();
   app.add_option("--out", options.out, "directory for the results")->required();
   app.add_option("--name", options.name, "base name of the results")->capture_default_str();
   app.add_option("--tolerance", options.tolerance,
                  "weld points nearer than this (default: 1e-6 of the part's diagonal)")
-      ->check(CLI::NonNegativeNumber);
+      ->check(finiteAndNotNegative);
   app.add_option("--hot", options.hot, "vertices to hold hot; may be repeated")
       ->type_name("RULE")
       ->allow_extra_args(false);
   app.add_option("--cold", options.cold, "vertices to hold cold; may be repeated")
       ->type_name("RULE")
       ->allow_extra_args(false);
-  app.add_option("--hot-value", options.hotValue)->capture_default_str();
-  app.add_option("--cold-value", options.coldValue)->capture_default_str();
-  app.add_flag("--largest", options.largest, "keep only the largest connected component");
+  app.add_option("--hot-value", options.hotValue, "value of the hot vertices")
+      ->check(finite)
+      ->capture_default_str();
+  app.add_option("--cold-value", options.coldValue, "value of the cold vertices")
+      ->check(finite)
+      ->capture_default_str();
+  app.add_option("--range", options.range,
+                 "values at the ends of the colours (default: those of the field)")
+      ->type_name("LOW HIGH")
+      ->expected(2)
+      ->check(finite);
+  app.add_option("--title", options.title, "of the legend (default: the name of the part's file)");
+  app.add_option("--field", options.field, "what the values are, for the legend")
+      ->capture_default_str();
+  app.add_option("--unit", options.unit, "of the values, for the legend");
+  app.add_flag("--largest", options.largest, "keep only the largest piece of the part");
   app.add_option("--ramp", options.ramp, "colour ramp image to put beside the results");
-  CLI11_PARSE(app, argc, argv);
+}
+
+int runCommand(int argc, char** argv) {
+  Options options;
+  CLI::App app("Computes a heat map on a mesh file and writes it as a coloured OBJ.", "heatmap");
+  describeOptions(app, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& asked) {  // help or version
+    return app.exit(asked);
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(error.what());
+  }
   run(options);
-  return 0;
+  return kDone;
 }
 
 }  // namespace
@@ -189,10 +352,18 @@ int runCommand(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     return runCommand(argc, argv);
+  } catch (const UsageError& error) {
+    std::fprintf(stderr, "heatmap: %s\nheatmap --help lists what there is\n", error.what());
+    return kUsage;
   } catch (const std::bad_alloc&) {
-    std::fputs("heatmap: out of memory\n", stderr);
+    std::fputs("heatmap: out of memory: the part is too large for this machine\n", stderr);
+  } catch (const std::length_error&) {
+    std::fputs(
+        "heatmap: the part is too large: its factor would have more than 2,147,483,647 "
+        "entries\n",
+        stderr);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "heatmap: %s\n", error.what());
   }
-  return 1;
+  return kFailed;
 }

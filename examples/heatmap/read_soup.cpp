@@ -5,6 +5,8 @@
 #include <assimp/scene.h>
 #include <assimp/Importer.hpp>
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -26,28 +28,59 @@ void append(const aiMesh& part, Mesh& soup) {
   }
 }
 
+void requireFile(const std::filesystem::path& file) {
+  std::error_code ignored;
+  if (!std::filesystem::exists(file, ignored)) {
+    throw std::runtime_error("cannot read " + file.string() + ": there is no such file");
+  }
+  if (!std::filesystem::is_regular_file(file, ignored)) {
+    throw std::runtime_error("cannot read " + file.string() + ": that is not a file");
+  }
+}
+
+[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reader) {
+  throw std::runtime_error(
+      "cannot read " + file.string() +
+      " as a mesh of triangles: it has none, is damaged, or is of another format. Export STL (or "
+      "OBJ, PLY) anew; STEP and IGES hold curved faces, not triangles. The reader says: " +
+      reader);
+}
+
+void requireFinite(const Mesh& soup, const std::filesystem::path& file) {
+  const auto bad = std::find_if_not(soup.vertices.begin(), soup.vertices.end(),
+                                    [](double value) { return std::isfinite(value); });
+  if (bad != soup.vertices.end()) {
+    throw std::runtime_error("triangle " + std::to_string((bad - soup.vertices.begin()) / 9 + 1) +
+                             " of " + file.string() +
+                             " has a coordinate that is not a finite number: export the part anew");
+  }
+}
+
 }  // namespace
 
 Mesh readSoup(const std::filesystem::path& file) {
+  requireFile(file);
   Assimp::Importer importer;
   importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE,
                               aiPrimitiveType_POINT | aiPrimitiveType_LINE);
+  // Validated first: the steps after it rely on what a damaged file does not keep.
   const aiScene* scene =
-      importer.ReadFile(file.string(), aiProcess_Triangulate | aiProcess_SortByPType |
-                                           aiProcess_PreTransformVertices);
+      importer.ReadFile(file.string(), aiProcess_ValidateDataStructure | aiProcess_Triangulate |
+                                           aiProcess_SortByPType | aiProcess_PreTransformVertices);
   if (scene == nullptr) {
-    throw std::runtime_error("cannot read " + file.string() + ": " + importer.GetErrorString());
+    refuse(file, importer.GetErrorString());
   }
   Mesh soup;
   for (unsigned m = 0; m < scene->mNumMeshes; ++m) {
     append(*scene->mMeshes[m], soup);
   }
   if (soup.triangles.empty()) {
-    throw std::runtime_error(file.string() + " holds no triangle");
+    refuse(file, "no triangle");
   }
   if (soup.triangles.size() > std::numeric_limits<std::int32_t>::max()) {
     throw std::runtime_error(file.string() + " holds more than 715 million triangles");
   }
+  requireFinite(soup, file);
   return soup;
 }
 

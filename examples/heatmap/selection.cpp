@@ -1,5 +1,7 @@
 #include "selection.h"
 
+#include "text.h"
+
 #include <cmath>
 #include <limits>
 #include <sstream>
@@ -11,7 +13,7 @@ namespace {
 constexpr double kDefaultFraction = 0.02;
 
 [[noreturn]] void refuse(const std::string& rule, const std::string& why) {
-  throw std::runtime_error("rule \"" + rule + "\" " + why);
+  throw std::runtime_error("the rule \"" + rule + "\" " + why);
 }
 
 // Exactly `count` comma-separated finite numbers.
@@ -30,7 +32,9 @@ std::vector<double> numbers(const std::string& rule, const std::string& text, st
     }
   }
   if (values.size() != count) {
-    refuse(rule, "needs " + std::to_string(count) + " numbers, separated by commas");
+    refuse(rule, count == 1 ? "needs one number after the colon"
+                            : "needs " + std::to_string(count) +
+                                  " numbers after the colon, separated by commas");
   }
   return values;
 }
@@ -71,35 +75,53 @@ std::vector<std::int32_t> axisEnd(const Mesh& mesh, std::size_t axis, bool upper
   });
 }
 
-std::vector<std::int32_t> apply(const Mesh& mesh, const std::string& rule) {
-  const std::size_t colon = rule.find(':');
-  const std::string name = rule.substr(0, colon);
-  const std::string arguments = colon == std::string::npos ? "" : rule.substr(colon + 1);
-  if (name == "ball") {
-    const std::vector<double> ball = numbers(rule, arguments, 4);
-    return verticesWhere(mesh, [&](const double* p) { return distance(p, ball) <= ball[3]; });
+std::vector<std::int32_t> apply(const Mesh& mesh, const Rule& rule) {
+  switch (rule.kind) {
+    case Rule::kBall:
+      return verticesWhere(
+          mesh, [&](const double* p) { return distance(p, rule.numbers) <= rule.numbers[3]; });
+    case Rule::kNearest:
+      return nearest(mesh, rule.numbers);
+    default:
+      return axisEnd(mesh, rule.axis, rule.kind == Rule::kHighEnd, rule.numbers[0]);
   }
-  if (name == "nearest") {
-    return nearest(mesh, numbers(rule, arguments, 3));
-  }
-  const std::size_t axis = std::string("xyz").find(name.empty() ? ' ' : name[0]);
-  if (name.size() == 2 && axis != std::string::npos && (name[1] == '+' || name[1] == '-')) {
-    const double fraction =
-        colon == std::string::npos ? kDefaultFraction : numbers(rule, arguments, 1)[0];
-    if (!(fraction >= 0.0 && fraction <= 1.0)) {
-      refuse(rule, "needs a fraction between 0 and 1");
-    }
-    return axisEnd(mesh, axis, name[1] == '+', fraction);
-  }
-  refuse(rule, "is none of x+ x- y+ y- z+ z-, ball:X,Y,Z,R, nearest:X,Y,Z");
 }
 
 }  // namespace
 
-std::vector<std::int32_t> select(const Mesh& mesh, const std::string& rule) {
+Rule parseRule(const std::string& text) {
+  const std::size_t colon = text.find(':');
+  const std::string name = text.substr(0, colon);
+  const std::string arguments = colon == std::string::npos ? "" : text.substr(colon + 1);
+  if (name == "ball") {
+    const std::vector<double> ball = numbers(text, arguments, 4);
+    if (ball[3] < 0.0) {
+      refuse(text, "needs a radius, the fourth number, that is not negative");
+    }
+    return {text, Rule::kBall, 0, ball};
+  }
+  if (name == "nearest") {
+    return {text, Rule::kNearest, 0, numbers(text, arguments, 3)};
+  }
+  const std::size_t axis = std::string("xyz").find(name.empty() ? ' ' : name[0]);
+  if (name.size() == 2 && axis != std::string::npos && (name[1] == '+' || name[1] == '-')) {
+    const std::vector<double> fraction =
+        colon == std::string::npos ? std::vector{kDefaultFraction} : numbers(text, arguments, 1);
+    if (!(fraction[0] >= 0.0 && fraction[0] <= 1.0)) {
+      refuse(text, "needs a fraction between 0 and 1");
+    }
+    return {text, name[1] == '+' ? Rule::kHighEnd : Rule::kLowEnd, axis, fraction};
+  }
+  refuse(text,
+         "is none of x+ x- y+ y- z+ z- (z+:0.1 for the outermost 10 %), ball:X,Y,Z,R, "
+         "nearest:X,Y,Z");
+}
+
+std::vector<std::int32_t> select(const Mesh& mesh, const Rule& rule) {
   std::vector<std::int32_t> selected = apply(mesh, rule);
   if (selected.empty()) {
-    refuse(rule, "selects no vertex");
+    refuse(rule.text, "selects no vertex: the part reaches from " + boundsText(boundsOf(mesh)) +
+                          "; nearest:X,Y,Z always selects one");
   }
   return selected;
 }

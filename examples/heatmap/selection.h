@@ -8,12 +8,24 @@
 
 namespace heatmap {
 
-// Selects vertices by a rule:
+// A rule, as parsed from
 //   z+  z-  x+  x-  y+  y-   the outermost 2 % of the extent at that end of an axis
 //   z+:0.1                   the outermost 10 %
 //   ball:X,Y,Z,R             within R of the point
 //   nearest:X,Y,Z            the vertex nearest to the point
-// Throws std::runtime_error if the rule is malformed or selects nothing.
-std::vector<std::int32_t> select(const Mesh& mesh, const std::string& rule);
+struct Rule {
+  enum Kind { kLowEnd, kHighEnd, kBall, kNearest };
+  std::string text;  // as the user wrote it
+  Kind kind;
+  std::size_t axis;             // of an end
+  std::vector<double> numbers;  // the fraction; X, Y, Z, R; X, Y, Z
+};
+
+// Throws std::runtime_error, which names the rule and what is wrong with it.
+Rule parseRule(const std::string& text);
+
+// The vertices that the rule selects, in ascending order.
+// Throws std::runtime_error if there are none, and says where the mesh is.
+std::vector<std::int32_t> select(const Mesh& mesh, const Rule& rule);
 
 }  // namespace heatmap

@@ -1,5 +1,7 @@
 #include "weld_mesh.h"
 
+#include "text.h"
+
 #include <quor.h>
 
 #include <algorithm>
@@ -44,12 +46,14 @@ Mesh weld(const Mesh& soup, double tolerance) {
                soup.triangles.data(), mesh.vertices.data(), mesh.triangles.data(),
                vertexOfPoint.data(), &vertexCount, &triangleCount, tolerance);
   if (rejected != 0) {
-    throw std::runtime_error("the tolerance must be a number, 0 or more");
+    throw std::runtime_error("the tolerance " + text(tolerance) + " must be a number, 0 or more");
   }
   mesh.vertices.resize(3 * static_cast<std::size_t>(vertexCount));
   mesh.triangles.resize(3 * static_cast<std::size_t>(triangleCount));
   if (mesh.triangles.empty()) {
-    throw std::runtime_error("no triangle survives the weld: the tolerance is too large");
+    throw std::runtime_error("no triangle is left after points nearer than " + text(tolerance) +
+                             " became one: the tolerance is too large for a part from " +
+                             boundsText(boundsOf(soup)) + "; --tolerance sets it");
   }
   return mesh;
 }

@@ -1,0 +1,16 @@
+// Ends of the colours that the field does not reach.
+#pragma once
+
+#include "mesh.h"
+
+#include <vector>
+
+namespace heatmap {
+
+// Files are coloured from the smallest value to the largest. Adds one triangle that no viewer
+// draws, for its three vertices lie on the first one of the mesh, with the prescribed values low
+// and high; the field of the others stays as it is.
+void addRampEnds(Mesh& mesh, std::vector<std::int32_t>& tags, std::vector<double>& values,
+                 double low, double high);
+
+}  // namespace heatmap
