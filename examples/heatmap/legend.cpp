@@ -15,7 +15,9 @@ namespace {
 // How many bytes of a UTF-8 text, which begins with one that is not ASCII, are its first character;
 // 0 if they are none (RFC 3629: the shortest form, no surrogates, 0x10FFFF at most).
 std::size_t characterLength(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return i < text.size() ? text[i] & 0xFFU : 0U; };
+  const auto byte = [&](std::size_t i) {
+    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+  };
   const std::size_t length = byte(0) < 0xE0 ? 2 : byte(0) < 0xF0 ? 3 : 4;
   std::uint32_t code = byte(0) & (0xFFU >> (length + 1));
   for (std::size_t i = 1; i < length; ++i) {

@@ -89,30 +89,30 @@ std::vector<std::int32_t> apply(const Mesh& mesh, const Rule& rule) {
 
 }  // namespace
 
-Rule parseRule(const std::string& text) {
-  const std::size_t colon = text.find(':');
-  const std::string name = text.substr(0, colon);
-  const std::string arguments = colon == std::string::npos ? "" : text.substr(colon + 1);
+Rule parseRule(const std::string& rule) {
+  const std::size_t colon = rule.find(':');
+  const std::string name = rule.substr(0, colon);
+  const std::string arguments = colon == std::string::npos ? "" : rule.substr(colon + 1);
   if (name == "ball") {
-    const std::vector<double> ball = numbers(text, arguments, 4);
+    const std::vector<double> ball = numbers(rule, arguments, 4);
     if (ball[3] < 0.0) {
-      refuse(text, "needs a radius, the fourth number, that is not negative");
+      refuse(rule, "needs a radius, the fourth number, that is not negative");
     }
-    return {text, Rule::kBall, 0, ball};
+    return {rule, Rule::kBall, 0, ball};
   }
   if (name == "nearest") {
-    return {text, Rule::kNearest, 0, numbers(text, arguments, 3)};
+    return {rule, Rule::kNearest, 0, numbers(rule, arguments, 3)};
   }
   const std::size_t axis = std::string("xyz").find(name.empty() ? ' ' : name[0]);
   if (name.size() == 2 && axis != std::string::npos && (name[1] == '+' || name[1] == '-')) {
     const std::vector<double> fraction =
-        colon == std::string::npos ? std::vector{kDefaultFraction} : numbers(text, arguments, 1);
+        colon == std::string::npos ? std::vector{kDefaultFraction} : numbers(rule, arguments, 1);
     if (!(fraction[0] >= 0.0 && fraction[0] <= 1.0)) {
-      refuse(text, "needs a fraction between 0 and 1");
+      refuse(rule, "needs a fraction between 0 and 1");
     }
-    return {text, name[1] == '+' ? Rule::kHighEnd : Rule::kLowEnd, axis, fraction};
+    return {rule, name[1] == '+' ? Rule::kHighEnd : Rule::kLowEnd, axis, fraction};
   }
-  refuse(text,
+  refuse(rule,
          "is none of x+ x- y+ y- z+ z- (z+:0.1 for the outermost 10 %), ball:X,Y,Z,R, "
          "nearest:X,Y,Z");
 }

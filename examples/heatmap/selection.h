@@ -22,7 +22,7 @@ struct Rule {
 };
 
 // Throws std::runtime_error, which names the rule and what is wrong with it.
-Rule parseRule(const std::string& text);
+Rule parseRule(const std::string& rule);
 
 // The vertices that the rule selects, in ascending order.
 // Throws std::runtime_error if there are none, and says where the mesh is.
