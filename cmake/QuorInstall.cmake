@@ -12,6 +12,7 @@ install(TARGETS ${libraries} quor_cpp EXPORT quor
   ARCHIVE COMPONENT development
   FILE_SET HEADERS COMPONENT development)
 install(FILES assets/viridis.PNG DESTINATION "${ramp_directory}" COMPONENT runtime)
+install(FILES assets/viewer.html DESTINATION "${ramp_directory}" COMPONENT development)
 
 set(notices LICENSE licenses/NOTICE.md licenses/MPL-2.0.txt)
 if(MINGW)

@@ -1,24 +1,35 @@
 // The page: what the user does, and what is said about it.
 //
 // Address parameters, all optional:
-//   obj=FILE.obj       what to open, relative to the page
-//   high=TEXT low=TEXT what the ends of the legend stand for; the files themselves keep no values
-//   direction=X,Y,Z    from the middle of the model towards the camera
-//   wireframe          with the edges of the triangles
-//   plain              no tools and no status line, for pictures
+//   obj=FILE.obj               what to open, relative to the page
+//   minimum=NUMBER maximum=NUMBER unit=TEXT title=TEXT
+//                              what the colours mean, instead of what the JSON beside the OBJ says
+//   high=TEXT low=TEXT         words for the ends of the legend in place of numbers
+//   direction=X,Y,Z            from the middle of the model towards the camera
+//   up=y, up=z                 the axis that points up
+//   isolines=0                 without lines of equal value
+//   wireframe=                 with the edges of the triangles
+//   plain=                     no tools and no status line, for pictures
 
 import {Vector3} from 'three';
+import {drawLegend} from './legend.js';
 import {loadModel} from './model.js';
-import {DroppedFiles, sourceAtAddress} from './sources.js';
+import {whyNotObj} from './obj_text.js';
+import {guessUp} from './orientation.js';
+import {readInfo, Scale} from './scale.js';
+import {DroppedFiles, FilesInPage, sourceAtAddress} from './sources.js';
 import {View} from './view.js';
 
-const INVITATION = 'Drop an OBJ file, together with its MTL file and the image of the colour ramp.';
+const INVITATION = 'Drop an OBJ file of quor here, together with its MTL and JSON files and the image ' +
+  'of the colour ramp.';
 
 const element = (id) => document.getElementById(id);
 const parameters = new URLSearchParams(location.search);
-const direction = new Vector3(1, -1.4, 0.9);
 const dropped = new DroppedFiles();
 const view = startView();
+// What is shown: the model of model.js, its scale (null without a field), the axis that is up, and the
+// direction from which it is looked at.
+let shown = null;
 
 function startView() {
   try {
@@ -41,49 +52,124 @@ async function open(source, objName) {
   await new Promise((resolve) => requestAnimationFrame(() => setTimeout(resolve)));
   try {
     const model = await loadModel(source, objName);
-    view.show(model.group);
-    view.fit(direction);
-    drawLegend(model.ramp);
-    say(model.notes.join('\n'));
+    const {info, notes} = await readInfo(source, objName.replace(/\.obj$/i, '.json'));
+    const scale = model.ends && new Scale(model.ends, {...info, ...givenInfo()});
+    show(model, scale);
+    say([...model.notes, ...notes].join('\n'));
+    document.title = `${scale?.title || objName} - quor viewer`;
     element('status').textContent = `${objName}: ${model.vertices.toLocaleString('en')} vertices, ` +
       `${model.triangles.toLocaleString('en')} triangles`;
     document.body.dataset.state = 'ready';
   } catch (error) {
-    view.show(null);
-    drawLegend(null);
-    say(error.message);
-    element('status').textContent = '';
-    document.body.dataset.state = 'failed';
+    fail(error.message);
   }
 }
 
-// The ramp upright: its left end, where the largest value is, on top.
-function drawLegend(ramp) {
-  element('legend').hidden = !ramp;
-  if (!ramp) {
-    return;
+// What the address says about the values.
+function givenInfo() {
+  const given = Object.fromEntries([...parameters].filter(([name]) => ['title', 'unit'].includes(name)));
+  const [minimum, maximum] = ['minimum', 'maximum'].map((name) => parseFloat(parameters.get(name)));
+  if (minimum < maximum) {
+    Object.assign(given, {minimum, maximum});
   }
-  const bar = element('bar');
-  const context = bar.getContext('2d');
-  context.setTransform(0, bar.height / ramp.width, 1, 0, 0, 0);
-  context.drawImage(ramp, 0, ramp.height / 2, ramp.width, 1, 0, 0, ramp.width, 1);
+  return given;
+}
+
+function show(model, scale) {
+  shown = {model, scale, up: parameters.get('up') ?? guessUp(model.group)};
+  view.show(model.group);
+  drawLegend(model.ramp, scale, {high: parameters.get('high'), low: parameters.get('low')});
+  showIsolines();
+  look();
+}
+
+function fail(reason) {
+  shown = null;
+  view.show(null);
+  drawLegend(null);
+  say(reason);
+  element('status').textContent = '';
+  document.body.dataset.state = 'failed';
+}
+
+function look() {
+  element('up').textContent = `${shown?.up ?? 'z'} up`;
+  if (shown) {
+    view.setUp(shown.up);
+    shown.direction = givenDirection() ?? view.bestDirection(shown.up, shown.model.ends);
+    view.fit(shown.direction);
+  }
+}
+
+function givenDirection() {
+  const numbers = (parameters.get('direction') ?? '').split(',').map(Number);
+  return numbers.length === 3 && Math.hypot(...numbers) > 0 ? new Vector3(...numbers) : null;
+}
+
+function showIsolines() {
+  view.setIsolines(element('isolines').checked ? shown?.scale ?? null : null);
 }
 
 function openDropped(files) {
   dropped.add([...files]);
-  if (dropped.objName) {
+  const reason = [...files].map(({name}) => whyNotObj(name)).find((text) => text);
+  if (reason && ![...files].some(({name}) => /\.obj$/i.test(name))) {
+    fail(reason);
+  } else if (dropped.objName) {
     open(dropped, dropped.objName);
   } else {
-    say(INVITATION);
+    say(`${INVITATION} There is no OBJ among what was dropped.`);
   }
+}
+
+// The value under the pointer, beside it.
+function probe(event) {
+  const box = element('view').getBoundingClientRect();
+  const [x, y] = [event.clientX - box.left, event.clientY - box.top];
+  const u = shown?.scale ? view.fieldAt(x, y) : null;
+  element('probe').hidden = u === null;
+  if (u === null) {
+    return;
+  }
+  element('probe').textContent = Number.isNaN(u) ? 'no value' : shown.scale.format(shown.scale.valueAt(u));
+  const toTheLeft = x > box.width / 2;
+  element('probe').style.left = `${x + (toTheLeft ? -14 : 14)}px`;
+  element('probe').style.top = `${y}px`;
+  element('probe').style.transform = `translate(${toTheLeft ? '-100%' : '0'}, -120%)`;
+}
+
+// Probes once per picture, however often the pointer reports.
+function listenToPointer() {
+  let last = null;
+  const move = (event) => {
+    if (last === null) {
+      requestAnimationFrame(() => {
+        probe(last);
+        last = null;
+      });
+    }
+    last = event;
+  };
+  element('view').addEventListener('pointermove', move);
+  element('view').addEventListener('pointerdown', move);
+  element('view').addEventListener('pointerleave', () => {
+    element('probe').hidden = true;
+  });
 }
 
 function listen() {
   element('open').addEventListener('change', (event) => openDropped(event.target.files));
-  element('fit').addEventListener('click', () => view.fit(direction));
+  element('fit').addEventListener('click', () => shown && view.fit(shown.direction));
+  element('up').addEventListener('click', () => {
+    if (shown) {
+      shown.up = shown.up === 'z' ? 'y' : 'z';
+      look();
+    }
+  });
+  element('isolines').addEventListener('change', showIsolines);
   element('wireframe').addEventListener('change', (event) => view.setWireframe(event.target.checked));
   element('shading').addEventListener('change', (event) => view.setShading(event.target.checked));
-  const keys = {f: 'fit', w: 'wireframe', s: 'shading'};
+  const keys = {f: 'fit', u: 'up', i: 'isolines', w: 'wireframe', s: 'shading'};
   addEventListener('keydown', (event) => {
     if (!event.ctrlKey && !event.metaKey && !event.altKey) {
       element(keys[event.key])?.click();
@@ -99,23 +185,24 @@ function listen() {
     document.body.classList.remove('dropping');
     openDropped(event.dataTransfer.files);
   });
+  listenToPointer();
 }
 
 function start() {
   document.body.classList.toggle('plain', parameters.has('plain'));
-  element('high').textContent = parameters.get('high') ?? 'high';
-  element('low').textContent = parameters.get('low') ?? 'low';
-  const given = (parameters.get('direction') ?? '').split(',').map(Number);
-  if (given.length === 3 && Math.hypot(...given) > 0) {
-    direction.set(...given);
-  }
   listen();
+  if (parameters.get('isolines') === '0') {
+    element('isolines').click();
+  }
   if (parameters.has('wireframe')) {
     element('wireframe').click();
   }
+  const inPage = new FilesInPage(document);
   if (parameters.has('obj')) {
     const obj = parameters.get('obj');
     open(sourceAtAddress(new URL(obj, location.href)), obj.split('/').pop());
+  } else if (inPage.objName) {
+    open(inPage, inPage.objName);
   } else {
     say(INVITATION);
   }

@@ -3,145 +3,129 @@
 import * as THREE from 'three';
 import {MTLLoader} from 'three/addons/loaders/MTLLoader.js';
 import {OBJLoader} from 'three/addons/loaders/OBJLoader.js';
+import usualRamp from '../../assets/viridis.PNG';
+import {blankMaterial, rampMaterial} from './material.js';
+import {countVertices, readObjText} from './obj_text.js';
+
+// What stands for u in triangles without a value: outside the ramp, unlike NaN the same everywhere.
+export const NO_VALUE = -1;
 
 // Reads the OBJ of this name and what it refers to. Returns the group of meshes, the ramp image
-// (null if there is none), the counts, and notes for the user about what is missing. Throws an
-// Error in the user's words if there is nothing to show.
+// (null if there is none), the least and the largest u of its triangles as ends (null likewise), the
+// counts, and notes for the user about what is missing. Throws an Error in the user's words if there
+// is nothing to show.
 export async function loadModel(source, objName) {
   const file = await source.read(objName);
   if (!file) {
     throw new Error(`${objName} is not there.`);
   }
-  const text = await file.text();
+  const {text, notes} = await readObjText(file, objName);
   const group = parseObj(text, objName);
-  const notes = [];
   const ramp = await loadRamp(source, objName, group, notes);
   const materials = {ramp: ramp && rampMaterial(ramp), blank: blankMaterial()};
+  const ends = [Infinity, -Infinity];
   let triangles = 0;
   let blank = 0;
   for (const mesh of group.children) {
     mesh.geometry.deleteAttribute('color');
-    triangles += mesh.geometry.getAttribute('position').count / 3;
-    blank += dress(mesh, materials);
+    const counts = dress(mesh, materials, ends);
+    triangles += counts.triangles;
+    blank += counts.blank;
   }
   if (ramp && blank > 0) {
     notes.push(blank === triangles
       ? 'There is no field to show: all of its values are equal, or none was written.'
       : `${blank.toLocaleString('en')} triangles have no value and are grey.`);
   }
-  return {group, ramp, notes, triangles, vertices: countVertices(text)};
+  return {group, ramp, ends: blank < triangles ? ends : null, notes, triangles,
+    vertices: countVertices(text)};
 }
 
 // Lines and points are left out: a field lives on triangles.
 function parseObj(text, objName) {
-  // A file of another kind would be reported line by line.
-  if (!/^f\s/m.test(text)) {
-    throw new Error(`${objName} holds no triangle: is it an OBJ file?`);
-  }
   const group = new OBJLoader().parse(text);
   group.remove(...group.children.filter((object) => !object.isMesh));
-  const box = new THREE.Box3().setFromObject(group);
-  if (!Number.isFinite(box.min.length() + box.max.length())) {
+  if (!group.children.every(({geometry}) => geometry.getAttribute('position').array.every(Number.isFinite))) {
     throw new Error(`${objName} is damaged: a triangle has a corner that is no finite point.`);
   }
   return group;
 }
 
-function countVertices(text) {
-  let count = 0;
-  for (let at = text.startsWith('v ') ? 0 : text.indexOf('\nv '); at >= 0;) {
-    ++count;
-    at = text.indexOf('\nv ', at + 1);
-  }
-  return count;
-}
-
-// The image that the first material maps over the mesh, or null and a note why not.
+// The image that the first material maps over the mesh. Files that are missing or no image are
+// replaced by the usual ramp and noted; null and a note if the files mean no field.
 async function loadRamp(source, objName, group, notes) {
-  const missing = (what, name) => {
-    notes.push(`The ${what} ${name} is missing: put it beside ${objName}, or drop both together.`);
+  const replace = (problem) => {
+    notes.push(`${problem}; the colours are those of the usual ramp. To see others, put the file ` +
+      `beside ${objName}, or drop all of them together.`);
+    return fetch(usualRamp).then((response) => response.blob()).then(imageOf);
+  };
+  const refuse = (problem) => {
+    notes.push(problem);
     return null;
   };
+  if (!group.children.some(({geometry}) => geometry.getAttribute('uv'))) {
+    return refuse(`${objName} holds no field: it has no texture coordinates.`);
+  }
   const [mtlName] = group.materialLibraries;
   if (!mtlName) {
-    notes.push(`${objName} names no material file.`);
-    return null;
+    return refuse(`${objName} names no material file.`);
   }
   const mtl = await source.read(mtlName);
   if (!mtl) {
-    return missing('material file', mtlName);
+    return replace(`The material file ${mtlName} is missing`);
   }
   const creator = new MTLLoader().parse(await mtl.text(), '');
   const materialName = [group.children[0].material].flat()[0].name;
   const material = creator.materialsInfo[materialName];
   if (!material?.map_kd) {
-    notes.push(`${mtlName} has no material "${materialName}" with an image.`);
-    return null;
+    return refuse(`${mtlName} has no material "${materialName}" with an image.`);
   }
   const rampName = creator.getTextureParams(material.map_kd, {}).url;
   const image = await source.read(rampName);
   if (!image) {
-    return missing('colour ramp', rampName);
+    return replace(`The colour ramp ${rampName} is missing`);
   }
-  try {
-    return await createImageBitmap(image, {colorSpaceConversion: 'none'});
-  } catch {
-    notes.push(`The colour ramp ${rampName} is not an image.`);
-    return null;
-  }
+  return imageOf(image).catch(() => replace(`The colour ramp ${rampName} is not an image`));
 }
 
-// The ends of the ramp are the ends of the field: nothing may wrap around from one to the other,
-// and no coarser mipmap may mix them.
-function rampMaterial(image) {
-  const map = new THREE.Texture(image);
-  map.wrapS = map.wrapT = THREE.ClampToEdgeWrapping;
-  map.minFilter = map.magFilter = THREE.LinearFilter;
-  map.generateMipmaps = false;
-  map.flipY = false;
-  map.colorSpace = THREE.SRGBColorSpace;
-  map.needsUpdate = true;
-  return surface({map});
-}
-
-function blankMaterial() {
-  return surface({color: 0xaab2bc});
-}
-
-// Pushed back a little, so that lines drawn on the surface are seen.
-function surface(look) {
-  return new THREE.MeshLambertMaterial({
-    ...look,
-    side: THREE.DoubleSide,
-    polygonOffset: true,
-    polygonOffsetFactor: 1,
-    polygonOffsetUnits: 1,
-  });
-}
+const imageOf = (blob) => createImageBitmap(blob, {colorSpaceConversion: 'none'});
 
 // Gives the mesh its material, and the blank one to triangles with a corner whose u is missing or
-// NaN. Returns how many those are.
-function dress(mesh, {ramp, blank}) {
-  const count = mesh.geometry.getAttribute('position').count;
-  const uv = mesh.geometry.getAttribute('uv');
-  mesh.geometry.clearGroups();
-  if (!ramp || !uv) {
-    mesh.material = blank;
-    return count / 3;
-  }
+// not finite; leaves triangles out that are only a line, for they show nothing and may have values
+// of no surface. Widens ends to the u of what is coloured. Returns how many triangles there are.
+function dress(mesh, {ramp, blank}, ends) {
+  const {geometry} = mesh;
+  const position = geometry.getAttribute('position');
+  const uv = (ramp && geometry.getAttribute('uv')) ||
+    new THREE.BufferAttribute(new Float32Array(2 * position.count).fill(NaN), 2);
+  geometry.setAttribute('uv', uv);
   const coloured = [];
   const grey = [];
-  for (let i = 0; i < count; i += 3) {
-    const hasValue = Number.isFinite(uv.getX(i) + uv.getX(i + 1) + uv.getX(i + 2));
-    (hasValue ? coloured : grey).push(i, i + 1, i + 2);
+  for (let i = 0; i < position.count; i += 3) {
+    const corners = [i, i + 1, i + 2];
+    if (isLine(position, i)) {
+      continue;
+    }
+    if (Number.isFinite(uv.getX(i) + uv.getX(i + 1) + uv.getX(i + 2))) {
+      coloured.push(...corners);
+      ends[0] = Math.min(ends[0], ...corners.map((k) => uv.getX(k)));
+      ends[1] = Math.max(ends[1], ...corners.map((k) => uv.getX(k)));
+    } else {
+      grey.push(...corners);
+      corners.forEach((k) => uv.setX(k, NO_VALUE));
+    }
   }
-  if (grey.length === 0) {
-    mesh.material = ramp;
-    return 0;
-  }
-  mesh.geometry.setIndex(new THREE.BufferAttribute(Uint32Array.from(coloured.concat(grey)), 1));
-  mesh.geometry.addGroup(0, coloured.length, 0);
-  mesh.geometry.addGroup(coloured.length, grey.length, 1);
-  mesh.material = [ramp, blank];
-  return grey.length / 3;
+  geometry.setIndex(new THREE.BufferAttribute(Uint32Array.from(coloured.concat(grey)), 1));
+  geometry.clearGroups();
+  geometry.addGroup(0, coloured.length, 0);
+  geometry.addGroup(coloured.length, grey.length, 1);
+  mesh.material = [ramp ?? blank, blank];
+  return {triangles: (coloured.length + grey.length) / 3, blank: grey.length / 3};
+}
+
+// Whether two corners of the triangle that starts here are the same point.
+function isLine(position, first) {
+  const same = (a, b) => position.getX(a) === position.getX(b) &&
+    position.getY(a) === position.getY(b) && position.getZ(a) === position.getZ(b);
+  return same(first, first + 1) || same(first + 1, first + 2) || same(first, first + 2);
 }

@@ -3,40 +3,72 @@
 
 const baseName = (name) => name.split(/[/\\]/).pop();
 
-// The files beside an address. read rejects when the server cannot be reached.
+// The files beside an address. read throws an Error in the user's words when nothing answers.
 export function sourceAtAddress(address) {
   const folder = new URL('.', address);
   return {
     async read(name) {
       const path = name.split(/[/\\]/).map(encodeURIComponent).join('/');
-      const response = await fetch(new URL(path, folder));
+      let response;
+      try {
+        response = await fetch(new URL(path, folder));
+      } catch {
+        throw new Error(folder.protocol === 'file:'
+          ? 'A page from the disk may not read files by itself: drop them on it.'
+          : `Nothing answers at ${folder.host}: is scripts/view still running?`);
+      }
       return response.ok ? response.blob() : null;
     },
   };
 }
 
-// Files that the user dropped or picked: found by their bare names, whatever the case, since some
-// file systems do not tell viridis.PNG from viridis.png.
-export class DroppedFiles {
-  #files = new Map();
-
-  // Adds files to those of earlier drops; a new OBJ starts afresh.
-  add(files) {
-    if (files.some(isObj)) {
-      this.#files.clear();
-    }
-    for (const file of files) {
-      this.#files.set(file.name.toLowerCase(), file);
-    }
-  }
+// Files that are there already, found by their bare names, whatever the case, since some file
+// systems do not tell viridis.PNG from viridis.png.
+class Files {
+  files = new Map();
 
   get objName() {
-    return [...this.#files.values()].find(isObj)?.name;
+    return [...this.files.values()].find(isObj)?.name;
   }
 
   async read(name) {
-    return this.#files.get(baseName(name).toLowerCase()) ?? null;
+    return this.files.get(baseName(name).toLowerCase()) ?? null;
   }
+}
+
+// Files that the user dropped or picked.
+export class DroppedFiles extends Files {
+  // Adds files to those of earlier drops; a new OBJ starts afresh.
+  add(files) {
+    if (files.some(isObj)) {
+      this.files.clear();
+    }
+    for (const file of files) {
+      this.files.set(file.name.toLowerCase(), file);
+    }
+  }
+}
+
+// Files inside the page, written there by heatmap --html: script elements with the name of the file
+// in data-name and its bytes as base64.
+export class FilesInPage extends Files {
+  constructor(page) {
+    super();
+    for (const element of page.querySelectorAll('script[data-name]')) {
+      const {name} = element.dataset;
+      this.files.set(name.toLowerCase(), new File([bytesOf(element.textContent)], name));
+      element.remove();
+    }
+  }
+}
+
+function bytesOf(base64) {
+  const text = atob(base64);
+  const bytes = new Uint8Array(text.length);
+  for (let i = 0; i < bytes.length; ++i) {
+    bytes[i] = text.charCodeAt(i);
+  }
+  return bytes;
 }
 
 const isObj = (file) => /\.obj$/i.test(file.name);

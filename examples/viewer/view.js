@@ -2,6 +2,9 @@
 
 import * as THREE from 'three';
 import {OrbitControls} from 'three/addons/controls/OrbitControls.js';
+import {FieldImage} from './field_image.js';
+import {isolines} from './material.js';
+import {bestDirection, turned} from './orientation.js';
 
 // Shares of full brightness. A surface that faces the light shows the colours of the ramp as they
 // are, one that turns away is darker.
@@ -20,17 +23,19 @@ export class View {
   #group = null;
   #wires = new THREE.MeshBasicMaterial({color: 0x10161d, wireframe: true, transparent: true, opacity: 0.28});
   #wireframe = false;
+  #pixel;
+  // The direction of the last fit while nobody has turned the view since.
+  #fitted = null;
 
   constructor(canvas) {
     this.#renderer = new THREE.WebGLRenderer({canvas, antialias: true, alpha: true});
-    this.#camera.up.set(0, 0, 1);
+    this.#pixel = new FieldImage(this.#renderer, 1, 1);
     this.#headlight.position.set(-0.35, 0.5, 1);
     this.#camera.add(this.#headlight, this.#headlight.target);
     this.#headlight.target.position.set(0, 0, 0);
     this.#scene.add(this.#camera, this.#ambient);
     this.setShading(true);
-    this.#controls = new OrbitControls(this.#camera, canvas);
-    this.#controls.addEventListener('change', () => this.render());
+    this.setUp('z');
     new ResizeObserver(() => this.#resize()).observe(canvas);
     this.#resize();
   }
@@ -49,12 +54,29 @@ export class View {
     this.render();
   }
 
+  // The axis around which dragging turns the model, 'y' or 'z'. Fit afterwards.
+  setUp(axis) {
+    this.#controls?.dispose();
+    this.#camera.up.copy(turned(new THREE.Vector3(0, 0, 1), axis));
+    this.#controls = new OrbitControls(this.#camera, this.#renderer.domElement);
+    this.#controls.addEventListener('change', () => this.render());
+    this.#controls.addEventListener('start', () => {
+      this.#fitted = null;
+    });
+  }
+
+  // From where both ends of the field are seen: orientation.js.
+  bestDirection(up, ends) {
+    return bestDirection(this.#renderer, this.#scene, this.#group, up, ends);
+  }
+
   // Looks from this direction (from the model towards the camera) so that the group just fills the
   // view and is in its middle.
   fit(direction) {
     if (!this.#group) {
       return;
     }
+    this.#fitted = direction;
     this.#camera.position.copy(direction).normalize();
     this.#camera.lookAt(0, 0, 0);
     this.#camera.updateMatrix();
@@ -105,6 +127,16 @@ export class View {
     };
   }
 
+  // The u of the surface at this point of the canvas, in pixels of the page: NaN for a surface without
+  // a value, null where there is none.
+  fieldAt(x, y) {
+    const {clientWidth, clientHeight} = this.#renderer.domElement;
+    this.#camera.setViewOffset(clientWidth, clientHeight, x, y, 1, 1);
+    const [u] = this.#pixel.render(this.#scene, this.#camera);
+    this.#camera.clearViewOffset();
+    return u;
+  }
+
   setWireframe(on) {
     this.#wireframe = on;
     for (const mesh of this.#group?.children ?? []) {
@@ -124,6 +156,18 @@ export class View {
     this.render();
   }
 
+  // Lines at the round values of the scale, or none for null.
+  setIsolines(scale) {
+    const lines = scale?.isolines() ?? null;
+    isolines.isolines.value = lines !== null;
+    if (lines) {
+      isolines.isolineOrigin.value = lines.origin;
+      isolines.isolineFrequency.value = lines.frequency;
+      isolines.isolineEnds.value.set(...lines.ends);
+    }
+    this.render();
+  }
+
   render() {
     this.#renderer.render(this.#scene, this.#camera);
   }
@@ -134,7 +178,11 @@ export class View {
     this.#renderer.setSize(width, height, false);
     this.#camera.aspect = width / Math.max(height, 1);
     this.#camera.updateProjectionMatrix();
-    this.render();
+    if (this.#fitted) {
+      this.fit(this.#fitted);
+    } else {
+      this.render();
+    }
   }
 }
 

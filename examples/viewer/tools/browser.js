@@ -1,24 +1,47 @@
 // A browser without a screen that shows the viewer.
 
+import {spawn} from 'node:child_process';
+import {once} from 'node:events';
+import {createInterface} from 'node:readline';
+import {fileURLToPath} from 'node:url';
 import {chromium} from 'playwright-core';
-import {serve} from '../serve.js';
 
-// Serves the directory beside the viewer, calls use(page, address) and closes everything.
-export async function withViewer(directory, size, use) {
-  const {server, address} = await serve(directory, 0);
-  const browser = await chromium.launch({
+const VIEW = fileURLToPath(new URL('../../../scripts/view', import.meta.url));
+
+let browser = null;
+
+// Calls use(page) with a new page of the one browser. size: as playwright takes it.
+export async function withPage(size, use) {
+  browser ??= await chromium.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
     // Drawn by the processor: no graphics card is needed. The sandbox cannot start as root, and
     // containers have little shared memory.
     args: ['--use-angle=swiftshader', '--enable-unsafe-swiftshader', '--no-sandbox',
       '--disable-dev-shm-usage'],
   });
+  const page = await browser.newPage(size);
   try {
-    await use(await browser.newPage(size), address);
+    await use(page);
   } finally {
-    await browser.close();
-    server.close();
-    server.closeAllConnections();
+    await page.close();
+  }
+}
+
+// The program ends only after this.
+export async function closeBrowser() {
+  await browser?.close();
+  browser = null;
+}
+
+// Serves the directory beside the viewer as well, and calls use(page, address).
+export async function withViewer(directory, size, use) {
+  const server = spawn(VIEW, [directory, '0'], {stdio: ['ignore', 'pipe', 'inherit']});
+  try {
+    const [line] = await once(createInterface(server.stdout), 'line');
+    const [address] = line.match(/^http:[^? ]*/);
+    await withPage(size, (page) => use(page, address));
+  } finally {
+    server.kill();
   }
 }
 

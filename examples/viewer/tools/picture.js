@@ -1,9 +1,9 @@
 // picture.js OBJ PNG [NAME=VALUE...]: what the viewer shows of an OBJ. The rest are parameters of
-// the viewer's address (main.js): direction=X,Y,Z high=TEXT low=TEXT
-// wireframe=.
+// the viewer's address (main.js): direction=X,Y,Z minimum=NUMBER maximum=NUMBER unit=TEXT isolines=
+// and so on.
 
 import {basename, dirname} from 'node:path';
-import {opened, withViewer} from './browser.js';
+import {closeBrowser, opened, withViewer} from './browser.js';
 
 const [obj, png, ...parameters] = process.argv.slice(2);
 const query = new URLSearchParams(parameters.map((parameter) => parameter.split('=', 2)));
@@ -11,12 +11,16 @@ query.set('obj', basename(obj));
 query.set('plain', '');
 
 const size = {viewport: {width: 900, height: 600}, deviceScaleFactor: 4 / 3};
-await withViewer(dirname(obj), size, async (page, address) => {
-  await page.goto(`${address}?${query}`);
-  await opened(page);
-  const message = await page.textContent('#message');
-  if (message) {
-    throw new Error(message);
-  }
-  await page.screenshot({path: png});
-});
+try {
+  await withViewer(dirname(obj), size, async (page, address) => {
+    await page.goto(`${address}?${query}`);
+    await opened(page);
+    const message = await page.textContent('#message');
+    if (message) {
+      throw new Error(message);
+    }
+    await page.screenshot({path: png});
+  });
+} finally {
+  await closeBrowser();
+}

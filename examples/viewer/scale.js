@@ -1,0 +1,115 @@
+// From the texture coordinate u to values with their unit. An OBJ keeps u only; the values that it
+// stands for may lie in a JSON file of the same base name beside it:
+//
+//   {"quor": 1, "title": "Temperature", "unit": "°C", "minimum": 20, "maximum": 100,
+//    "field": [20, 100]}
+//
+// minimum and maximum are the ends of the legend; field, if there, the least and the largest value of
+// this file, where they differ, since several results share one range. Without the file, values are
+// shares of the range, 0 to 1.
+
+const NEWEST = 1;
+// About how many steps the isolines and the numbers on the legend divide the range into.
+const STEPS = 8;
+
+// What the JSON of this name says, and notes for the user. A file that is none of ours counts as
+// missing.
+export async function readInfo(source, name) {
+  const file = await source.read(name);
+  if (!file) {
+    return {info: {}, notes: []};
+  }
+  const refuse = (problem) => ({info: {},
+    notes: [`${name} ${problem}; the legend shows shares of the range.`]});
+  let info;
+  try {
+    info = JSON.parse(await file.text());
+  } catch {
+    return refuse('is damaged: it is no JSON');
+  }
+  if (typeof info?.quor !== 'number') {
+    return {info: {}, notes: []};
+  }
+  if (info.quor > NEWEST) {
+    return refuse('was written for a newer viewer');
+  }
+  const {minimum, maximum} = info;
+  return Number.isFinite(minimum) && Number.isFinite(maximum) && minimum <= maximum
+    ? {info, notes: []} : refuse('has no minimum and maximum');
+}
+
+export class Scale {
+  title;
+  unit;
+  minimum;
+  maximum;
+  #ends;
+  #field;
+
+  // ends: the least and the largest u of the model. The largest value has the least u.
+  constructor(ends, {title = '', unit = '', minimum = 0, maximum = 1, field}) {
+    this.title = String(title);
+    this.unit = String(unit);
+    this.minimum = minimum;
+    this.maximum = maximum;
+    this.#ends = ends;
+    this.#field = Array.isArray(field) && field.length === 2 && field.every(Number.isFinite)
+      ? field : [minimum, maximum];
+  }
+
+  valueAt(u) {
+    const [low, high] = this.#field;
+    const [first, last] = this.#ends;
+    const share = last > first ? (u - first) / (last - first) : 0;
+    return high + share * (low - high);
+  }
+
+  // The u of a value; where all values are equal, the only one.
+  uOf(value) {
+    const [low, high] = this.#field;
+    const [first, last] = this.#ends;
+    return high > low ? first + ((high - value) / (high - low)) * (last - first) : first;
+  }
+
+  // The values between the ends that are round numbers, upwards.
+  ticks() {
+    const step = this.#step();
+    const values = [];
+    for (let k = Math.floor(this.minimum / step) + 1; step > 0 && k * step < this.maximum; ++k) {
+      values.push(k * step);
+    }
+    return values;
+  }
+
+  // Where the ticks lie in u: (u - origin) * frequency is an integer there; ends are what that comes to
+  // at the ends of the field, drawn in by a hair. Null where there is no field or no range.
+  isolines() {
+    const [tick] = this.ticks();
+    const origin = tick === undefined ? NaN : this.uOf(tick);
+    const frequency = 1 / (this.uOf(tick - this.#step()) - origin);
+    if (!Number.isFinite(frequency)) {
+      return null;
+    }
+    const [first, last] = this.#ends.map((u) => (u - origin) * frequency);
+    return {origin, frequency, ends: [first + 0.02, last - 0.02]};
+  }
+
+  // The distance of ticks, a round number; 0 where the range is empty.
+  #step() {
+    const range = this.maximum - this.minimum;
+    if (!(range > 0)) {
+      return 0;
+    }
+    const power = 10 ** Math.floor(Math.log10(range / STEPS));
+    return power * [1, 2, 5, 10].find((factor) => factor * power * STEPS >= range * 0.8);
+  }
+
+  // A value with as many digits as tell a thousandth of the range.
+  format(value, withUnit = true) {
+    const range = this.maximum - this.minimum;
+    const decimals = range > 0 ? Math.max(0, Math.ceil(2.3 - Math.log10(range))) : 3;
+    const number = decimals <= 6 && Math.abs(value) < 1e9
+      ? String(Number(value.toFixed(decimals))) : String(Number(value.toPrecision(4)));
+    return (withUnit && this.unit ? `${number} ${this.unit}` : number).replace(/^-/, '\u2212');
+  }
+}
