@@ -5,6 +5,7 @@
 #include "field.h"
 #include "legend.h"
 #include "mesh.h"
+#include "page.h"
 #include "ramp_ends.h"
 #include "read_soup.h"
 #include "selection.h"
@@ -44,6 +45,7 @@ struct Options {
   std::string field = "temperature";
   std::string unit;
   bool largest = false;
+  bool html = false;
 };
 
 // The command line asks for something that cannot be.
@@ -248,6 +250,7 @@ void run(const Options& options) {
   requireSense(options);
   Rules rules = parseRules(options);
   requireUsable({options.out, options.name, options.ramp}, options.part);
+  const std::string viewer = options.html ? readViewer(QUOR_VIEWER) : "";
 
   Progress progress;
   Mesh mesh = readWeldedPart(options, progress);
@@ -277,6 +280,10 @@ void run(const Options& options) {
   const std::filesystem::path base = std::filesystem::path(options.out) / options.name;
   writeLegend(legend, base.string() + ".json");
   progress.stage("write", base.string() + ".obj, .mtl, .json, viridis.PNG");
+  if (options.html) {
+    writePage(viewer, options.out, options.name);
+    progress.stage("page", base.string() + ".html, opens in any browser");
+  }
 }
 
 // Says nothing, or what is wrong with a number on the command line.
@@ -329,6 +336,7 @@ void describeOptions(CLI::App& app, Options& options) {
       ->capture_default_str();
   app.add_option("--unit", options.unit, "of the values, for the legend");
   app.add_flag("--largest", options.largest, "keep only the largest piece of the part");
+  app.add_flag("--html", options.html, "also write one page that shows the result in any browser");
   app.add_option("--ramp", options.ramp, "colour ramp image to put beside the results");
 }
 
