@@ -13,7 +13,7 @@ export function drawLegend(ramp, scale, words) {
   if (!ramp || !scale) {
     return;
   }
-  element('title').textContent = scale.title;
+  element('field').textContent = scale.field;
   element('high').textContent = words.high ?? scale.format(scale.maximum);
   element('low').textContent = words.low ?? scale.format(scale.minimum);
   drawBar(ramp, scale.uOf(scale.maximum), scale.uOf(scale.minimum));

@@ -2,7 +2,7 @@
 //
 // Address parameters, all optional:
 //   obj=FILE.obj               what to open, relative to the page
-//   minimum=NUMBER maximum=NUMBER unit=TEXT title=TEXT
+//   minimum=NUMBER maximum=NUMBER unit=TEXT field=TEXT title=TEXT
 //                              what the colours mean, instead of what the JSON beside the OBJ says
 //   high=TEXT low=TEXT         words for the ends of the legend in place of numbers
 //   direction=X,Y,Z            from the middle of the model towards the camera
@@ -53,7 +53,7 @@ async function open(source, objName) {
   try {
     const model = await loadModel(source, objName);
     const {info, notes} = await readInfo(source, objName.replace(/\.obj$/i, '.json'));
-    const scale = model.ends && new Scale(model.ends, {...info, ...givenInfo()});
+    const scale = model.ends && new Scale(model.rampEnds, {...info, ...givenInfo()});
     show(model, scale);
     say([...model.notes, ...notes].join('\n'));
     document.title = `${scale?.title || objName} - quor viewer`;
@@ -67,7 +67,7 @@ async function open(source, objName) {
 
 // What the address says about the values.
 function givenInfo() {
-  const given = Object.fromEntries([...parameters].filter(([name]) => ['title', 'unit'].includes(name)));
+  const given = Object.fromEntries([...parameters].filter(([name]) => ['title', 'field', 'unit'].includes(name)));
   const [minimum, maximum] = ['minimum', 'maximum'].map((name) => parseFloat(parameters.get(name)));
   if (minimum < maximum) {
     Object.assign(given, {minimum, maximum});

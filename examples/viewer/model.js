@@ -10,10 +10,14 @@ import {countVertices, readObjText} from './obj_text.js';
 // What stands for u in triangles without a value: outside the ramp, unlike NaN the same everywhere.
 export const NO_VALUE = -1;
 
+// Writers keep the colours off the ends of the ramp by up to this share of the range, for viewers that
+// repeat textures.
+const MARGIN = 0.0025;
+
 // Reads the OBJ of this name and what it refers to. Returns the group of meshes, the ramp image
-// (null if there is none), the least and the largest u of its triangles as ends (null likewise), the
-// counts, and notes for the user about what is missing. Throws an Error in the user's words if there
-// is nothing to show.
+// (null if there is none), the least and the largest u of its surface as ends and those that stand for
+// the ends of the colours as rampEnds (null likewise), the counts, and notes for the user about what
+// is missing. Throws an Error in the user's words if there is nothing to show.
 export async function loadModel(source, objName) {
   const file = await source.read(objName);
   if (!file) {
@@ -24,11 +28,12 @@ export async function loadModel(source, objName) {
   const ramp = await loadRamp(source, objName, group, notes);
   const materials = {ramp: ramp && rampMaterial(ramp), blank: blankMaterial()};
   const ends = [Infinity, -Infinity];
+  const linesEnds = [Infinity, -Infinity];
   let triangles = 0;
   let blank = 0;
   for (const mesh of group.children) {
     mesh.geometry.deleteAttribute('color');
-    const counts = dress(mesh, materials, ends);
+    const counts = dress(mesh, materials, ends, linesEnds);
     triangles += counts.triangles;
     blank += counts.blank;
   }
@@ -37,8 +42,16 @@ export async function loadModel(source, objName) {
       ? 'There is no field to show: all of its values are equal, or none was written.'
       : `${blank.toLocaleString('en')} triangles have no value and are grey.`);
   }
-  return {group, ramp, ends: blank < triangles ? ends : null, notes, triangles,
-    vertices: countVertices(text)};
+  const hasField = blank < triangles;
+  return {group, ramp, ends: hasField ? ends : null, rampEnds: hasField ? rampEndsOf(ends, linesEnds) : null,
+    notes, triangles, vertices: countVertices(text)};
+}
+
+// Where a result shares its range with others, triangles without area have the ends of the range; where
+// they are only a margin away, that is what they are.
+function rampEndsOf([first, last], [outerFirst, outerLast]) {
+  const margin = MARGIN * (Math.max(last, outerLast) - Math.min(first, outerFirst));
+  return [outerFirst < first - margin ? outerFirst : first, outerLast > last + margin ? outerLast : last];
 }
 
 // Lines and points are left out: a field lives on triangles.
@@ -92,8 +105,9 @@ const imageOf = (blob) => createImageBitmap(blob, {colorSpaceConversion: 'none'}
 
 // Gives the mesh its material, and the blank one to triangles with a corner whose u is missing or
 // not finite; leaves triangles out that are only a line, for they show nothing and may have values
-// of no surface. Widens ends to the u of what is coloured. Returns how many triangles there are.
-function dress(mesh, {ramp, blank}, ends) {
+// of no surface. Widens ends to the u of what is coloured, linesEnds to those of what is left out.
+// Returns how many triangles there are.
+function dress(mesh, {ramp, blank}, ends, linesEnds) {
   const {geometry} = mesh;
   const position = geometry.getAttribute('position');
   const uv = (ramp && geometry.getAttribute('uv')) ||
@@ -103,13 +117,15 @@ function dress(mesh, {ramp, blank}, ends) {
   const grey = [];
   for (let i = 0; i < position.count; i += 3) {
     const corners = [i, i + 1, i + 2];
+    const values = corners.map((k) => uv.getX(k));
+    const hasValue = values.every(Number.isFinite);
     if (isLine(position, i)) {
-      continue;
-    }
-    if (Number.isFinite(uv.getX(i) + uv.getX(i + 1) + uv.getX(i + 2))) {
+      if (hasValue) {
+        widen(linesEnds, values);
+      }
+    } else if (hasValue) {
       coloured.push(...corners);
-      ends[0] = Math.min(ends[0], ...corners.map((k) => uv.getX(k)));
-      ends[1] = Math.max(ends[1], ...corners.map((k) => uv.getX(k)));
+      widen(ends, values);
     } else {
       grey.push(...corners);
       corners.forEach((k) => uv.setX(k, NO_VALUE));
@@ -121,6 +137,11 @@ function dress(mesh, {ramp, blank}, ends) {
   geometry.addGroup(coloured.length, grey.length, 1);
   mesh.material = [ramp ?? blank, blank];
   return {triangles: (coloured.length + grey.length) / 3, blank: grey.length / 3};
+}
+
+function widen(ends, values) {
+  ends[0] = Math.min(ends[0], ...values);
+  ends[1] = Math.max(ends[1], ...values);
 }
 
 // Whether two corners of the triangle that starts here are the same point.

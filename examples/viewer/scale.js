@@ -1,12 +1,11 @@
 // From the texture coordinate u to values with their unit. An OBJ keeps u only; the values that it
 // stands for may lie in a JSON file of the same base name beside it:
 //
-//   {"quor": 1, "title": "Temperature", "unit": "°C", "minimum": 20, "maximum": 100,
-//    "field": [20, 100]}
+//   {"quor": 1, "title": "heat_sink", "field": "temperature", "unit": "°C", "minimum": 20,
+//    "maximum": 100}
 //
-// minimum and maximum are the ends of the legend; field, if there, the least and the largest value of
-// this file, where they differ, since several results share one range. Without the file, values are
-// shares of the range, 0 to 1.
+// minimum and maximum are the values at the ends of the colours. Without the file, values are shares of
+// the range, 0 to 1.
 
 const NEWEST = 1;
 // About how many steps the isolines and the numbers on the legend divide the range into.
@@ -40,35 +39,33 @@ export async function readInfo(source, name) {
 
 export class Scale {
   title;
+  field;
   unit;
   minimum;
   maximum;
   #ends;
-  #field;
 
-  // ends: the least and the largest u of the model. The largest value has the least u.
-  constructor(ends, {title = '', unit = '', minimum = 0, maximum = 1, field}) {
+  // ends: the least and the largest u, those of the largest and the smallest value.
+  constructor(ends, {title = '', field = '', unit = '', minimum = 0, maximum = 1}) {
     this.title = String(title);
+    this.field = String(field);
     this.unit = String(unit);
     this.minimum = minimum;
     this.maximum = maximum;
     this.#ends = ends;
-    this.#field = Array.isArray(field) && field.length === 2 && field.every(Number.isFinite)
-      ? field : [minimum, maximum];
   }
 
   valueAt(u) {
-    const [low, high] = this.#field;
     const [first, last] = this.#ends;
     const share = last > first ? (u - first) / (last - first) : 0;
-    return high + share * (low - high);
+    return this.maximum + share * (this.minimum - this.maximum);
   }
 
   // The u of a value; where all values are equal, the only one.
   uOf(value) {
-    const [low, high] = this.#field;
     const [first, last] = this.#ends;
-    return high > low ? first + ((high - value) / (high - low)) * (last - first) : first;
+    const range = this.maximum - this.minimum;
+    return range > 0 ? first + ((this.maximum - value) / range) * (last - first) : first;
   }
 
   // The values between the ends that are round numbers, upwards.
@@ -82,7 +79,7 @@ export class Scale {
   }
 
   // Where the ticks lie in u: (u - origin) * frequency is an integer there; ends are what that comes to
-  // at the ends of the field, drawn in by a hair. Null where there is no field or no range.
+  // at the ends of the colours, drawn in by a hair. Null where there is no range.
   isolines() {
     const [tick] = this.ticks();
     const origin = tick === undefined ? NaN : this.uOf(tick);

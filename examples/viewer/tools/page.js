@@ -1,4 +1,4 @@
-// page.js HTML: makes the viewer one page that needs nothing else, from index.html: style, program
+// page.js HTML: makes the viewer one page that needs nothing else, from template.html: style, program
 // with the parts of three.js that it uses, their licence, and the usual ramp.
 
 import {readFileSync, writeFileSync} from 'node:fs';
@@ -27,5 +27,5 @@ const parts = {
   style: read('viewer.css'),
   script: script.text.trimEnd(),
 };
-const page = read('index.html').replace(/\{\{(\w+)\}\}/g, (_, name) => parts[name]);
+const page = read('template.html').replace(/\{\{(\w+)\}\}/g, (_, name) => parts[name]);
 writeFileSync(process.argv[2], `${page}\n`);

@@ -181,15 +181,15 @@ const saying = (info, change = () => {}) => (file) => {
   change(file);
   writeFileSync(file(jsonName), typeof info === 'string' ? info : JSON.stringify(info));
 };
-const CELSIUS = {quor: 1, title: 'Temperature', unit: '°C', minimum: 20, maximum: 100};
+const CELSIUS = {quor: 1, title: 'plate', field: 'temperature', unit: '°C', minimum: 20, maximum: 100};
 // Legend, value where it is hottest and coldest, message. The ends of the ramp are found by colour.
 const scales = [
   ['no JSON', () => {}, ['1', '0'], ['1', '0'], ''],
-  ['JSON', saying(CELSIUS), ['Temperature', '100 °C', '20 °C'], ['100 °C', '20 °C'], ''],
-  ['JSON and margin', saying(CELSIUS, within(0.001, 0.999)), ['Temperature', '100 °C', '20 °C'],
+  ['JSON', saying(CELSIUS), ['temperature', '100 °C', '20 °C'], ['100 °C', '20 °C'], ''],
+  ['JSON and margin', saying(CELSIUS, within(0.001, 0.999)), ['temperature', '100 °C', '20 °C'],
     ['100 °C', '20 °C'], ''],
-  ['shared range', saying({...CELSIUS, minimum: -60, maximum: 100, field: [20, 100]}, within(0, 0.5)),
-    ['Temperature', '100 °C', '−60 °C'], ['100 °C'], ''],
+  ['shared range', saying({...CELSIUS, minimum: -60}, within(0, 0.5)),
+    ['temperature', '100 °C', '−60 °C'], ['100 °C'], ''],
   ['small numbers', saying({quor: 1, minimum: 1e-9, maximum: 3e-9}), ['3e-9', '1e-9'], ['3e-9', '1e-9'], ''],
   ['one of another program', saying({scale: 2}), ['1', '0'], ['1', '0'], ''],
   ['a newer one', saying({...CELSIUS, quor: 2}), ['1', '0'], ['1', '0'], 'for a newer viewer'],
@@ -205,7 +205,7 @@ test('says what the colours mean', async (t) => {
         await page.goto(`${address}?obj=${encodeURIComponent(name)}/${objName}&${ABOVE}`);
         assert.equal(await opened(page), 'ready');
         assert.ok((await page.textContent('#message')).includes(words));
-        const shown = await Promise.all(['title', 'high', 'low'].map((id) => page.textContent(`#${id}`)));
+        const shown = await Promise.all(['field', 'high', 'low'].map((id) => page.textContent(`#${id}`)));
         assert.deepEqual(shown.filter((part) => part), legend);
         assert.equal((await page.textContent('#status')).match(/\S+(?= triangles)/)[0].replace(',', ''),
           String(2 * SQUARES));
@@ -287,7 +287,7 @@ test('writes nothing over the model, on a phone neither', (t) => {
   return withViewer(results, size, async (page, address) => {
     for (const width of [320, 390, 1280]) {
       await page.setViewportSize({width, height: 660});
-      await page.goto(`${address}?obj=plate/${objName}&${ABOVE}&title=Temperature&unit=°C&minimum=20&maximum=100`);
+      await page.goto(`${address}?obj=plate/${objName}&${ABOVE}&field=temperature&unit=°C&minimum=20&maximum=100`);
       await opened(page);
       await page.evaluate(() => {
         document.getElementById('message').textContent = 'A long message. '.repeat(12);
