@@ -8,8 +8,8 @@
 // the range, 0 to 1.
 
 const NEWEST = 1;
-// About how many steps the isolines and the numbers on the legend divide the range into.
-const STEPS = 8;
+// Isolines and the numbers on the legend divide the range into so many steps at most, and five at least.
+const MOST_STEPS = 12.5;
 
 // What the JSON of this name says, and notes for the user. A file that is none of ours counts as
 // missing.
@@ -97,8 +97,8 @@ export class Scale {
     if (!(range > 0)) {
       return 0;
     }
-    const power = 10 ** Math.floor(Math.log10(range / STEPS));
-    return power * [1, 2, 5, 10].find((factor) => factor * power * STEPS >= range * 0.8);
+    const power = 10 ** Math.floor(Math.log10(range / MOST_STEPS));
+    return power * [1, 2, 5, 10].find((factor) => factor * power * MOST_STEPS >= range);
   }
 
   // A value with as many digits as tell a thousandth of the range.
