@@ -13,7 +13,8 @@ function score(section, words) {
   const text = section.text.toLowerCase();
   let sum = 0;
   for (const word of words) {
-    const points = heading.includes(word) ? 10 : ` ${text}`.includes(` ${word}`) ? 3 : text.includes(word) ? 1 : 0;
+    const points = heading.includes(word) ? 10
+      : ` ${text}`.includes(` ${word}`) ? 3 : text.includes(word) ? 1 : 0;
     if (points === 0) {
       return 0;
     }
@@ -41,7 +42,8 @@ function show() {
     const item = document.createElement('li');
     const link = document.createElement('a');
     link.href = `${top_}/${section.address}`;
-    link.textContent = section.heading === section.page ? section.page : `${section.page}: ${section.heading}`;
+    link.textContent = section.heading === section.page ? section.page
+      : `${section.page}: ${section.heading}`;
     const text = document.createElement('span');
     text.textContent = excerpt(section.text, words);
     item.append(link, text);

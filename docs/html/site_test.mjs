@@ -14,8 +14,9 @@ const address = (page) => String(pathToFileURL(join(site, page)));
 
 // The pages for readers, and of the others one of each kind.
 const pages = ['index.html', ...readdirSync(join(site, 'docs')).filter((name) => name.endsWith('.html'))
-  .map((name) => `docs/${name}`), 'CHANGELOG.html', 'bindings/python/index.html', 'bindings/csharp/index.html',
-'licenses/NOTICE.html', 'include/quor.h.html', 'examples/index.html'];
+  .map((name) => `docs/${name}`), 'CHANGELOG.html',
+'bindings/python/index.html', 'bindings/csharp/index.html', 'licenses/NOTICE.html',
+'include/quor.h.html', 'examples/index.html', 'SECURITY.html'];
 
 after(closeBrowser);
 

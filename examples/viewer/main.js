@@ -67,7 +67,8 @@ async function open(source, objName) {
 
 // What the address says about the values.
 function givenInfo() {
-  const given = Object.fromEntries([...parameters].filter(([name]) => ['title', 'field', 'unit'].includes(name)));
+  const words = ['title', 'field', 'unit'];
+  const given = Object.fromEntries([...parameters].filter(([name]) => words.includes(name)));
   const [minimum, maximum] = ['minimum', 'maximum'].map((name) => parseFloat(parameters.get(name)));
   if (minimum < maximum) {
     Object.assign(given, {minimum, maximum});

@@ -255,7 +255,8 @@ const spoilt = [
     'has points but no triangle: it was cut short', 'failed'],
   ['cut among the triangles', (file) => writeFileSync(file(objName), plate.slice(0, -500).trimEnd()),
     'ends in the middle of a line: it was cut short', 'ready'],
-  ['no texture', (file) => writeFileSync(file(objName), plate.replace(/^vt .*\n/gm, '').replace(/\/\d+/g, '')),
+  ['no texture',
+    (file) => writeFileSync(file(objName), plate.replace(/^vt .*\n/gm, '').replace(/\/\d+/g, '')),
     'holds no field: it has no texture', 'ready'],
   ['bad corner', (file) => writeFileSync(file(objName), `${plate}f 1/1 2/2 999999999/1\n`),
     'is damaged', 'failed'],
@@ -287,7 +288,8 @@ test('writes nothing over the model, on a phone neither', (t) => {
   return withViewer(results, size, async (page, address) => {
     for (const width of [320, 390, 1280]) {
       await page.setViewportSize({width, height: 660});
-      await page.goto(`${address}?obj=plate/${objName}&${ABOVE}&field=temperature&unit=°C&minimum=20&maximum=100`);
+      await page.goto(`${address}?obj=plate/${objName}&${ABOVE}&field=temperature&unit=°C` +
+        '&minimum=20&maximum=100');
       await opened(page);
       await page.evaluate(() => {
         document.getElementById('message').textContent = 'A long message. '.repeat(12);
@@ -346,7 +348,8 @@ test('opens from the disk, without a server', () => withPage(size, async (page) 
 }));
 
 test('scripts/view says what it wants', () => {
-  const cases = [[['nowhere'], /there is no nowhere/], [[join(directory, objName)], /is a file: name the dir/],
+  const cases = [[['nowhere'], /there is no nowhere/],
+    [[join(directory, objName)], /is a file: name the dir/],
     [[directory, 'abc'], /abc is no port/], [[directory, '99999'], /99999 is no port/],
     [[directory, '1', '2'], /usage/], [['--help'], /usage/]];
   for (const [args, words] of cases) {
