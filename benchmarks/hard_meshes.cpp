@@ -6,8 +6,8 @@
 namespace bench {
 namespace {
 
-/// The hubs' share of the root of n: each then has about 9.5 times the root as neighbours, where the
-/// ordering sets aside what has more than ten times.
+/// The hubs' share of the root of n: each then has about 9.5 times the root as neighbours, where
+/// the ordering sets aside what has more than ten times.
 constexpr double kHubs = 0.68;
 
 /// @return the mesh without triangles, all of its vertices free

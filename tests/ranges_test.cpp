@@ -12,7 +12,8 @@ using namespace test;
 
 namespace {
 
-/// Makes invalid operations, divisions by zero and overflows end the process, where that can be had.
+/// Makes invalid operations, divisions by zero and overflows end the process, where that can be
+/// had.
 class WithTraps {
  public:
 #if defined(__GLIBC__) && defined(__x86_64__)
@@ -20,7 +21,9 @@ class WithTraps {
     std::fegetenv(&before_);
     feenableexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW);
   }
-  ~WithTraps() { std::fesetenv(&before_); }
+  ~WithTraps() {
+    std::fesetenv(&before_);
+  }
   WithTraps(const WithTraps&) = delete;
   WithTraps& operator=(const WithTraps&) = delete;
 
@@ -74,19 +77,19 @@ TEST(Ranges, NoTriangleOfTheStatedSizesTraps) {
 TEST(Ranges, FarBeyondThemFreeValuesAreNotFinite) {
   for (const double scale : {1e79, 1e-81}) {
     const std::vector<double> field = fieldOfScaled(bumpyMesh(20, 20, 4), scale);
-    EXPECT_TRUE(std::none_of(field.begin() + 1, field.end() - 1,
-                             [](double value) { return std::isfinite(value); }))
-        << scale;
+    EXPECT_TRUE(std::none_of(field.begin() + 1, field.end() - 1, [](double value) {
+      return std::isfinite(value);
+    })) << scale;
   }
 }
 
 TEST(Ranges, PointsOnALineGiveNoNumberOrAnyNumber) {
   // The differences of the first three are exact; those of the others are not.
-  const std::vector<double> exact = solve(
-      build({{0, 0, 0, 1, 1, 1, 3, 3, 3}, {0, 1, 2}}, {1, 0, 2}), {0, 0, 1});
+  const std::vector<double> exact =
+      solve(build({{0, 0, 0, 1, 1, 1, 3, 3, 3}, {0, 1, 2}}, {1, 0, 2}), {0, 0, 1});
   EXPECT_FALSE(std::isfinite(exact[1]));
-  const std::vector<double> rounded = solve(
-      build({{0, 0, 0, 0.1, 0.3, 0.7, 0.3, 0.9, 2.1}, {0, 1, 2}}, {1, 0, 2}), {0, 0, 1});
+  const std::vector<double> rounded =
+      solve(build({{0, 0, 0, 0.1, 0.3, 0.7, 0.3, 0.9, 2.1}, {0, 1, 2}}, {1, 0, 2}), {0, 0, 1});
   EXPECT_TRUE(std::isfinite(rounded[1]));
 }
 
