@@ -51,13 +51,6 @@ Vector onSphere(std::int32_t i, std::int32_t count) {
 
 }  // namespace
 
-Soup soupOfPoints(std::vector<double> points) {
-  Soup soup{std::move(points), {}};
-  soup.triangles.resize(static_cast<std::size_t>(soup.pointCount() / 3) * 3);
-  std::iota(soup.triangles.begin(), soup.triangles.end(), 0);
-  return soup;
-}
-
 Soup readSoup(const std::string& file) {
   Assimp::Importer importer;
   const aiScene* scene = importer.ReadFile(file, 0);

@@ -1,8 +1,11 @@
 // Inputs of the weld benchmarks: triangle soups, in which every triangle owns its points.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace bench {
@@ -16,7 +19,12 @@ struct Soup {
 };
 
 /// Points in the order given, three to a triangle.
-Soup soupOfPoints(std::vector<double> points);
+inline Soup soupOfPoints(std::vector<double> points) {
+  Soup soup{std::move(points), {}};
+  soup.triangles.resize(static_cast<std::size_t>(soup.pointCount() / 3) * 3);
+  std::iota(soup.triangles.begin(), soup.triangles.end(), 0);
+  return soup;
+}
 
 /// Reads a mesh file. Throws std::runtime_error.
 Soup readSoup(const std::string& file);

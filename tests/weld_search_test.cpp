@@ -83,7 +83,7 @@ TEST(WeldSearch, HashIndexHoldsTheLargestIndices) {
   for (std::int32_t i = limit - 1; i > limit - 1000; --i) {
     index.fill(index.locate(hashOf(i), [](std::int32_t) { return false; }), hashOf(i), i);
     if (index.isFull()) {
-      index.grow(0, hashOf);
+      index.grow(0, hashOf, limit);
     }
   }
   for (std::int32_t i = limit - 1; i > limit - 1100; --i) {

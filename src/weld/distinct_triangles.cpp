@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <utility>
+#include <vector>
 
 namespace quor {
 namespace {
@@ -40,6 +42,10 @@ class TriangleFilter {
       const std::int32_t end = begin + std::min(kBlock, count_ - begin);
       rewrite(begin, end);
       keepNew(hashCandidates(begin, end));
+      if (index_.isCrowded(end)) {
+        keepNewBySorting(end);
+        break;
+      }
     }
     return keptCount_;
   }
@@ -86,6 +92,40 @@ class TriangleFilter {
         kept(keptCount_)[corner] = corners[corner];
       }
       ++keptCount_;
+    }
+  }
+
+  /// Does without the table for all triangles from `begin` on: first keeps all of them, then drops
+  /// those that follow an equal one in the order of their vertices.
+  void keepNewBySorting(std::int32_t begin) {
+    const std::int32_t distinct = keptCount_;
+    for (std::int32_t t = begin; t < count_; ++t) {
+      Triangle corners;
+      for (std::size_t k = 0; k < 3; ++k) {
+        corners[k] = vertexOfPoint_[static_cast<std::size_t>(cornersOf(t)[k])];
+      }
+      if (corners[0] != corners[1] && corners[1] != corners[2] && corners[2] != corners[0]) {
+        std::copy(corners.begin(), corners.end(), kept(keptCount_++));
+      }
+    }
+    using Entry = std::pair<Triangle, std::int32_t>;
+    std::vector<Entry> entries;
+    entries.reserve(static_cast<std::size_t>(keptCount_));
+    for (std::int32_t t = 0; t < keptCount_; ++t) {
+      entries.emplace_back(sorted(kept(t)), t);
+    }
+    std::sort(entries.begin(), entries.end());
+    constexpr std::int32_t kDropped = -1;  // in place of a corner
+    for (std::size_t e = 1; e < entries.size(); ++e) {
+      if (entries[e].first == entries[e - 1].first) {
+        *kept(entries[e].second) = kDropped;
+      }
+    }
+    const std::int32_t all = std::exchange(keptCount_, distinct);
+    for (std::int32_t t = distinct; t < all; ++t) {
+      if (*kept(t) != kDropped) {
+        std::copy_n(kept(t), 3, kept(keptCount_++));
+      }
     }
   }
 

@@ -24,7 +24,8 @@ std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
     PointTable table(count, points, EqualHash{});
     PointPass pass(count, points, table);
     seen = pass.run(forest, [&](std::int32_t i, std::uint64_t hash) {
-      if (areEqualsRare(static_cast<std::int64_t>(distinct.size()), i, count)) {
+      if (areEqualsRare(static_cast<std::int64_t>(distinct.size()), i, count) ||
+          table.isCrowded(i)) {
         return false;
       }
       const Point p = points[i];

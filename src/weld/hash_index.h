@@ -22,6 +22,9 @@ namespace quor {
 ///
 /// Hashes may lead many records to few slots: one that finds a stretch of slots from its home on
 /// taken goes on at other homes, anywhere in the table, to which the lower bits of its hash lead.
+/// That is for records as they come. Who knows the hash can choose records that share all their
+/// homes, so all slots that searches look at are counted, and whoever searches has to stop, and to
+/// go on without a table, where isCrowded() says so.
 class HashIndex {
  public:
   static constexpr std::int32_t kNone = -1;
@@ -45,22 +48,24 @@ class HashIndex {
     return select(slots()[slot] != 0 && isTagged(slots()[slot], hash), index(slot), other);
   }
 
-  /// Offers the entries with this hash, and now and then another one, until one is accepted.
+  /// Offers the entries with this hash, and now and then another one, until one is accepted. Takes
+  /// no more steps than there are entries, and kFar.
   /// @param accept  takes an index
   /// @return the slot of the accepted one, or the empty slot where a new one belongs
   template <typename Accept>
-  std::size_t locate(std::uint64_t hash, const Accept& accept) const {
+  std::size_t locate(std::uint64_t hash, const Accept& accept) {
     std::size_t slot = home(hash);
     if (slots()[slot] == 0) {  // as mostly for a new record, which need not pay for the count below
       return slot;
     }
-    for (std::uint64_t taken = 1;
-         slots()[slot] != 0 && !(isTagged(slots()[slot], hash) && accept(index(slot))); ++taken) {
+    std::uint64_t taken = 1;
+    for (; slots()[slot] != 0 && !(isTagged(slots()[slot], hash) && accept(index(slot))); ++taken) {
       slot = (slot + 1) & (slotCount_ - 1);
       if (taken % kStretch == 0 && taken < kFar) {
         slot = home(mixHash(hash, taken));
       }
     }
+    steps_ += taken;
     return slot;
   }
 
@@ -82,14 +87,25 @@ class HashIndex {
   std::size_t size() const { return size_; }
   bool isFull() const { return 2 * size_ >= slotCount_; }
 
-  /// Makes room for more entries, at least for twice as many.
+  /// Slots that searches looked at, but for those that found the first one empty.
+  std::uint64_t steps() const { return steps_; }
+
+  /// Whether searches took so many steps that something other than this table is faster.
+  /// @param seen  records so far, those found included
+  bool isCrowded(std::int32_t seen) const {
+    return steps_ > kStepsPerRecord * (static_cast<std::uint64_t>(seen) + 64);
+  }
+
+  /// Makes room for more entries, at least for twice as many. Breaks off where the table is, or
+  /// becomes, crowded: what it holds is then of no use.
   /// @param hashOf  takes an index and returns the hash of its record
+  /// @param seen    see isCrowded
   template <typename HashOf>
-  void grow(std::size_t expected, const HashOf& hashOf) {
+  void grow(std::size_t expected, const HashOf& hashOf, std::int32_t seen) {
     const Slots old = std::move(slots_);
     const std::size_t oldCount = slotCount_;
     resize(std::max(expected, oldCount));
-    for (std::size_t slot = 0; slot < oldCount; ++slot) {
+    for (std::size_t slot = 0; slot < oldCount && !isCrowded(seen); ++slot) {
       if (old.get()[slot] != 0) {
         const auto index = static_cast<std::int32_t>(old.get()[slot] & indexMask()) - 1;
         const std::uint64_t hash = hashOf(index);
@@ -101,6 +117,7 @@ class HashIndex {
  private:
   static constexpr std::uint64_t kStretch = 32;
   static constexpr std::uint64_t kFar = 32 * kStretch;  ///< then no more homes: the search must end
+  static constexpr std::uint64_t kStepsPerRecord = 8;
 
   struct Free {
     void operator()(std::uint32_t* slots) const { std::free(slots); }
@@ -131,6 +148,7 @@ class HashIndex {
   Slots slots_;
   std::size_t slotCount_ = 0;
   std::size_t size_ = 0;
+  std::uint64_t steps_ = 0;
   // In 64 bits, which no store of the caller's 32-bit results can change: they stay in registers.
   std::uint64_t shift_ = 0;      ///< from a hash to its slot
   std::uint64_t indexMask_ = 0;  ///< the index's bits of a slot

@@ -31,19 +31,21 @@ class PointTable {
 
   /// See HashIndex::locate.
   template <typename Accept>
-  std::size_t locate(std::uint64_t hash, const Accept& accept) const {
+  std::size_t locate(std::uint64_t hash, const Accept& accept) {
     return index_.locate(hash, accept);
   }
   std::int32_t index(std::size_t slot) const { return index_.index(slot); }
+  /// See HashIndex::isCrowded.
+  bool isCrowded(std::int32_t seen) const { return index_.isCrowded(seen); }
 
   /// Enters point i into the empty slot where it belongs. If the table must grow, it grows to what
-  /// all points will need if they go on as they began.
+  /// all points will need if they go on as they began. See HashIndex::grow about crowded tables.
   void add(std::size_t slot, std::uint64_t hash, std::int32_t i) {
     index_.fill(slot, hash, i);
     if (index_.isFull()) {
       const double share = static_cast<double>(index_.size()) / (i + 1.0);
       index_.grow(static_cast<std::size_t>(share * count_),
-                  [this](std::int32_t j) { return hash_(points_[j]); });
+                  [this](std::int32_t j) { return hash_(points_[j]); }, i);
     }
   }
 

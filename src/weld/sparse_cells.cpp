@@ -60,11 +60,6 @@ class CellNumbers {
   double cellsPerUnit_;
 };
 
-/// More looks than a search tree would need.
-bool isCrowded(std::int64_t looks, std::int64_t points) {
-  return looks > 8 * (points + 64);
-}
-
 struct CellHash {
   CellNumbers numbers;
   std::uint64_t operator()(Point p) const { return hashOf(numbers.of(p)); }
@@ -99,20 +94,19 @@ class SparseCells {
       linkIfNear(i, j);
       return false;
     });
-    if (table_.index(slot) != HashIndex::kNone) {
-      return true;
+    if (table_.index(slot) == HashIndex::kNone) {
+      if (numbers_.canNumber(p)) {
+        table_.add(slot, hash, i);
+        linkBeyondWalls(i);
+        ++different_;
+      } else if (isFinite(p)) {  // one that is not is near nothing
+        return false;
+      }
     }
-    if (!numbers_.canNumber(p)) {
-      return !isFinite(p);  // one that is not finite is near nothing
-    }
-    table_.add(slot, hash, i);
-    linkBeyondWalls(i);
-    ++different_;
-    return !isCrowded(looks_, i) && !areEqualsRare(different_, i, count_);
+    return !table_.isCrowded(i) && !areEqualsRare(different_, i, count_);
   }
 
   void linkIfNear(std::int32_t i, std::int32_t j) {
-    ++looks_;
     if (squaredDistance(points_[i], points_[j]) < squaredTolerance_) {
       forest_.attach(i, j);
     }
@@ -151,7 +145,6 @@ class SparseCells {
   CellNumbers numbers_;
   PointTable<CellHash> table_;
   std::int64_t different_ = 0;  ///< points, so far
-  std::int64_t looks_ = 0;      ///< at points different from the one in question
 };
 
 }  // namespace

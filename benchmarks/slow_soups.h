@@ -1,0 +1,33 @@
+// Soups made to be slow to weld, with knowledge of the source.
+#pragma once
+
+#include "soups.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// What a soup made to be slow is compared with: one of the same size that nobody made so.
+enum class Harmless {
+  kDistinct,  ///< points of a cube, all far from each other
+  kRepeated,  ///< the soup of a planar grid
+};
+
+struct SlowSoup {
+  std::string name;
+  Harmless harmless;
+  Soup (*make)(std::int32_t count, double& tolerance);  ///< of about `count` points
+};
+
+/// A soup of about `count` points, for a tolerance of 1e-9.
+Soup harmlessSoup(Harmless kind, std::int32_t count);
+
+/// Against each table and each count of the source, and against the tree.
+const std::vector<SlowSoup>& slowSoups();
+
+/// Surfaces just out of reach of each other.
+const std::vector<SlowSoup>& surfacesOutOfReach();
+
+}  // namespace bench
