@@ -77,7 +77,6 @@ double number(Word word) {
   return value;
 }
 
-
 // --- Points for the tables.
 
 /// As many distinct points as can share a cell, or a hash, before the steps for `count` points
@@ -179,8 +178,10 @@ class SmallFactors {
   std::array<double, 2> of(Word sum) const {
     const auto z = static_cast<std::int64_t>(sum * inverse(kZ));
     const double determinant = y_[0] * z_[1] - y_[1] * z_[0];
-    const auto a = static_cast<std::int64_t>(std::round(-static_cast<double>(z) * y_[1] / determinant));
-    const auto b = static_cast<std::int64_t>(std::round(static_cast<double>(z) * y_[0] / determinant));
+    const auto a =
+        static_cast<std::int64_t>(std::round(-static_cast<double>(z) * y_[1] / determinant));
+    const auto b =
+        static_cast<std::int64_t>(std::round(static_cast<double>(z) * y_[0] / determinant));
     const auto combined = [&](const std::array<double, 2>& v) {
       return static_cast<Word>(a) * static_cast<Word>(static_cast<std::int64_t>(v[0])) +
              static_cast<Word>(b) * static_cast<Word>(static_cast<std::int64_t>(v[1]));
@@ -305,8 +306,7 @@ Soup ballInSphere(std::int32_t count, double& tolerance) {
   std::vector<double> points;
   for (std::int32_t i = 0; i < count; ++i) {
     Vector p = onUnitSphere(random);
-    const double r =
-        i % 2 == 0 ? radius * std::cbrt(uniform(random, 0, 1)) : radius + kBeyond;
+    const double r = i % 2 == 0 ? radius * std::cbrt(uniform(random, 0, 1)) : radius + kBeyond;
     append(points, {r * p[0], r * p[1], r * p[2]});
   }
   return soupOfPoints(std::move(points));
@@ -340,7 +340,8 @@ Soup everFiner(std::int32_t count, double& tolerance) {
   std::vector<double> points;
   for (std::int32_t i = 0; i < count; ++i) {
     const double r = std::exp(uniform(random, -300, 0));
-    append(points, {r * uniform(random, 0, 1), r * uniform(random, 0, 1), r * uniform(random, 0, 1)});
+    append(points,
+           {r * uniform(random, 0, 1), r * uniform(random, 0, 1), r * uniform(random, 0, 1)});
   }
   return soupOfPoints(std::move(points));
 }
@@ -360,10 +361,10 @@ Soup ballsWithSatellites(std::int32_t count, double& tolerance) {
     const double t = golden * (k / 2 % 2 == 0 ? size : -size);
     const Vector corner{s, t, 0};
     const auto shift = static_cast<std::size_t>(k / 4);
-    append(points, k < 12 ? Vector{x + corner[shift], corner[(shift + 1) % 3],
-                                   corner[(shift + 2) % 3]}
-                          : Vector{x + uniform(random, 0, 1e-4), uniform(random, 0, 1e-4),
-                                   uniform(random, 0, 1e-4)});
+    append(points, k < 12
+                       ? Vector{x + corner[shift], corner[(shift + 1) % 3], corner[(shift + 2) % 3]}
+                       : Vector{x + uniform(random, 0, 1e-4), uniform(random, 0, 1e-4),
+                                uniform(random, 0, 1e-4)});
   }
   return soupOfPoints(std::move(points));
 }
@@ -415,8 +416,7 @@ template <int kThousandths>
 Soup axisAndCylinder(std::int32_t count, double& tolerance) {
   return twoSurfaces(count, tolerance, [](double u, double v, bool isFirst) {
     const double r = isFirst ? 0 : kBeyond;
-    return Vector{r * std::cos(2 * kPi * v), r * std::sin(2 * kPi * v),
-                  kThousandths / 1000.0 * u};
+    return Vector{r * std::cos(2 * kPi * v), r * std::sin(2 * kPi * v), kThousandths / 1000.0 * u};
   });
 }
 

@@ -95,8 +95,10 @@ class Grid {
     std::array<double, 3> width{};
     for (std::size_t a = 0; a < 3; ++a) {
       const double extent = axes_[a].high - axes_[a].low;
-      // Where the slab arithmetic would overflow or underflow, the axis stays in one piece.
-      width[a] = extent > 1e-290 && extent < 1e290 ? extent : 0.0;
+      if (!(extent < 1e290)) {  // slab arithmetic would overflow, and no other axis is worth it
+        bits = 0;
+      }
+      width[a] = extent > 1e-290 ? extent : 0.0;  // below, the axis stays in one piece
     }
     std::array<std::size_t, 3> halvings{};
     std::vector<std::size_t> axisOfBit;

@@ -5,12 +5,15 @@
 //   - A box whose diagonal is below the tolerance is one cluster at once.
 //   - Two boxes whose points all belong to one cluster need no look.
 //   - Between two boxes that are one cluster each, one link is enough.
+// What is left are surfaces just out of reach of each other: their boxes come near long before
+// their points do. For these, where there are many, boxes are made that lie along the points.
 
 #include "weld/near_points.h"
 
 #include "util/large_pages.h"
 #include "util/machine.h"
 #include "weld/morton_order.h"
+#include "weld/oriented_box.h"
 #include "weld/point_columns.h"
 
 #include <algorithm>
@@ -85,7 +88,8 @@ class NearPointLinker {
         points_(points),
         forest_(forest),
         squaredTolerance_(squaredTolerance),
-        columns_(order_.points.size()) {}
+        columns_(order_.points.size()),
+        canOrient_(OrientedBox::isUsable(squaredTolerance)) {}
 
   void run() {
     const auto count = static_cast<std::int32_t>(order_.points.size());
@@ -98,6 +102,8 @@ class NearPointLinker {
  private:
   using Mask = PointColumns::Mask;
   static constexpr std::int32_t kLeafCapacity = PointColumns::kMaskBits;
+  static constexpr std::size_t kStepsPerNode = 16;
+  static constexpr std::int32_t kNone = -1;
 
   std::int32_t id(std::int32_t position) const {
     return order_.points[static_cast<std::size_t>(position)];
@@ -150,7 +156,7 @@ class NearPointLinker {
       box.extend(Box(points_[id(i)]));
     }
     const std::size_t axis = box.longestAxis();
-    const double center = box.lo[axis] + 0.5 * (box.hi[axis] - box.lo[axis]);
+    const double center = box.center()[axis];
     const auto positions = order_.points.begin();
     const auto first = positions + range.begin;
     const auto last = positions + range.end;
@@ -206,14 +212,18 @@ class NearPointLinker {
   }
 
   /// Links every near pair with one point on either side, or as many as it takes to connect them.
+  /// Descends from the larger box: a large leaf beside a small cluster is taken point by point
+  /// before the cluster is taken apart.
   void linkAcross(const Side& a, const Side& b) {
-    if (!(squaredDistance(a.node.box, b.node.box) < squaredTolerance_) || areJoined(a, b)) {
+    ++steps_;
+    if (!(squaredDistance(a.node.box, b.node.box) < squaredTolerance_) || areJoined(a, b) ||
+        areApart(a.node, b.node)) {
       return;
     }
     if (a.node.isLeaf() && b.node.isLeaf()) {
       linkLeaves(a, b);
     } else if (b.node.isLeaf() ||
-               (!a.node.isLeaf() && a.node.range.size() >= b.node.range.size())) {
+               (!a.node.isLeaf() && a.node.box.squaredDiagonal() >= b.node.box.squaredDiagonal())) {
       linkAcross(leftPart(a), b);
       linkAcross(rightPart(a), b);
     } else {
@@ -222,16 +232,62 @@ class NearPointLinker {
     }
   }
 
+  /// Whether the boxes of so many pairs have come near that most must have come so for nothing, as
+  /// those of surfaces that are almost near: then it pays to make oriented boxes.
+  bool areStepsMany() const { return steps_ > kStepsPerNode * nodes_.size(); }
+
+  /// The oriented box of a node, as a position in orientedBoxes_, if it has one or gets one now,
+  /// else kNone. Made where it is asked for first, in a few passes over the node's points.
+  std::int32_t orientedBox(const Node& node) {
+    if (!canOrient_ || !areStepsMany() ||
+        !(node.box.squaredDiagonal() < OrientedBox::kSquaredTolerances * squaredTolerance_)) {
+      return kNone;
+    }
+    orientedBoxOf_.resize(nodes_.size(), kNone);
+    std::int32_t& box = orientedBoxOf_[static_cast<std::size_t>(&node - nodes_.data())];
+    if (box == kNone) {
+      box = static_cast<std::int32_t>(orientedBoxes_.size());
+      orientedBoxes_.emplace_back(columns_, node.box, node.range);
+      steps_ += static_cast<std::size_t>(node.range.size() / kLeafCapacity);
+    }
+    return box;
+  }
+
+  /// Whether no pair between the two is near, as far as more than their boxes tell. For two leaves
+  /// it is as fast to look.
+  bool areApart(const Node& a, const Node& b) {
+    if (a.isLeaf() || b.isLeaf()) {
+      return a.isLeaf() != b.isLeaf() && (a.isLeaf() ? nearIn(a, b) : nearIn(b, a)) == 0;
+    }
+    const std::int32_t boxA = orientedBox(a);
+    const std::int32_t boxB = orientedBox(b);
+    return boxA != kNone && boxB != kNone && boxAt(boxA).isBeyond(boxAt(boxB), squaredTolerance_);
+  }
+
+  /// The points of a leaf that may be near to one of another node.
+  Mask nearIn(const Node& leaf, const Node& other) {
+    const Mask near = columns_.nearTo(other.box, leaf.range, squaredTolerance_);
+    if (near == 0) {
+      return 0;
+    }
+    const std::int32_t box = orientedBox(other);
+    return box == kNone ? near : near & boxAt(box).nearIn(columns_, leaf.range, squaredTolerance_);
+  }
+
+  const OrientedBox& boxAt(std::int32_t place) const {
+    return orientedBoxes_[static_cast<std::size_t>(place)];
+  }
+
   void linkLeaves(const Side& a, const Side& b) {
     const Range rangeA = a.node.range;
     const Range rangeB = b.node.range;
-    if (columns_.nearTo(a.node.box, rangeB, squaredTolerance_) == 0) {
+    if (nearIn(b.node, a.node) == 0) {
       return;
     }
-    for (Mask inA = columns_.nearTo(b.node.box, rangeA, squaredTolerance_); inA != 0;
-         inA &= inA - 1) {
+    for (Mask inA = nearIn(a.node, b.node); inA != 0; inA &= inA - 1) {
       const std::int32_t i = first(inA, rangeA);
       const std::array<double, 3> p = columns_.point(i);
+      ++steps_;
       for (Mask near = columns_.nearTo(p.data(), rangeB, squaredTolerance_); near != 0;
            near &= near - 1) {
         forest_.link(id(i), id(first(near, rangeB)));
@@ -294,6 +350,10 @@ class NearPointLinker {
   double squaredTolerance_;
   PointColumns columns_;
   std::vector<Node> nodes_;
+  std::size_t steps_ = 0;  ///< pairs of boxes, and passes over 32 points
+  bool canOrient_;
+  std::vector<std::int32_t> orientedBoxOf_;  ///< of the first nodes, a position in orientedBoxes_
+  std::vector<OrientedBox> orientedBoxes_;
 };
 
 }  // namespace

@@ -87,6 +87,11 @@ struct Box {
     return squaredLength(hi[0] - lo[0], hi[1] - lo[1], hi[2] - lo[2]);
   }
 
+  std::array<double, 3> center() const {
+    return {lo[0] + 0.5 * (hi[0] - lo[0]), lo[1] + 0.5 * (hi[1] - lo[1]),
+            lo[2] + 0.5 * (hi[2] - lo[2])};
+  }
+
   std::size_t longestAxis() const {
     std::size_t longest = 0;
     for (std::size_t axis = 1; axis < 3; ++axis) {

@@ -72,6 +72,26 @@ class PointColumns {
     });
   }
 
+  /// Those whose distance from a box in any direction is below a limit, all of it rounded.
+  /// @param directions  three unit vectors at right angles
+  /// @param half        of the box's extent along each
+  Mask nearTo(const std::array<double, 3>& center,
+              const std::array<std::array<double, 3>, 3>& directions,
+              const std::array<double, 3>& half, Range range, double squaredLimit) const {
+    return below(range, squaredLimit, [&](auto x, auto y, auto z) {
+      using Number = decltype(x);
+      const Number dx = x - center[0];
+      const Number dy = y - center[1];
+      const Number dz = z - center[2];
+      const auto gapAlong = [&](std::size_t k) {
+        const Number along =
+            (dx * directions[k][0] + dy * directions[k][1]) + dz * directions[k][2];
+        return gap(along, along, Number{} - half[k], Number{} + half[k]);
+      };
+      return squaredLength(gapAlong(0), gapAlong(1), gapAlong(2));
+    });
+  }
+
   /// The tight box of a range, which is not empty.
   Box box(Range range) const {
     Box box(point(range.begin).data());

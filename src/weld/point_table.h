@@ -44,8 +44,9 @@ class PointTable {
     index_.fill(slot, hash, i);
     if (index_.isFull()) {
       const double share = static_cast<double>(index_.size()) / (i + 1.0);
-      index_.grow(static_cast<std::size_t>(share * count_),
-                  [this](std::int32_t j) { return hash_(points_[j]); }, i);
+      index_.grow(
+          static_cast<std::size_t>(share * count_),
+          [this](std::int32_t j) { return hash_(points_[j]); }, i);
     }
   }
 
