@@ -253,10 +253,8 @@ Soup nanAmongEqualHashes(std::int32_t count, double& tolerance) {
 /// Distinct points, and triangles whose corners have one sum, so that they start from one stretch
 /// of the table, and go on in a 256th of it.
 Soup trianglesOfOneHome(std::int32_t count, double& tolerance) {
-  double ignored = 0;
-  Soup soup = harmlessSoup(Harmless::kDistinct, count);
   tolerance = 1e-9;
-  static_cast<void>(ignored);
+  Soup soup = harmlessSoup(Harmless::kDistinct, count);
   const std::size_t corners = soup.triangles.size();
   soup.triangles.clear();
   const auto vertices = static_cast<Word>(soup.pointCount());
@@ -434,11 +432,8 @@ Soup harmlessSoup(Harmless kind, std::int32_t count) {
   return soupOfPoints(std::move(points));
 }
 
-const std::vector<SlowSoup>& slowSoups() {
+const std::vector<SlowSoup>& soupsSlowInTables() {
   static const std::vector<SlowSoup> soups = {
-      {"a ball of 0.001 tolerances in a sphere just out of reach", Harmless::kDistinct,
-       ballInSphere<1>},
-      {"a ball of 0.01 tolerances, likewise", Harmless::kDistinct, ballInSphere<10>},
       {"a crowded cell, then repeats of its points", Harmless::kRepeated, crowdedCellRepeated},
       {"the same, repeats that miss the table of recent points", Harmless::kRepeated,
        crowdedCellAlternating},
@@ -448,16 +443,17 @@ const std::vector<SlowSoup>& slowSoups() {
       {"triangles of one home", Harmless::kDistinct, trianglesOfOneHome},
       {"a NaN that leads to a crowded cell", Harmless::kRepeated, nanInCrowdedCell},
       {"a NaN with the hash of many points", Harmless::kRepeated, nanAmongEqualHashes},
-      {"all points in one voxel of the tree's order", Harmless::kDistinct, oneVoxel},
-      {"ever finer towards a point, over 130 decades", Harmless::kDistinct, everFiner},
-      {"dense balls with points on their own around them", Harmless::kDistinct,
-       ballsWithSatellites},
   };
   return soups;
 }
 
-const std::vector<SlowSoup>& surfacesOutOfReach() {
+const std::vector<SlowSoup>& soupsSlowInTree() {
   static const std::vector<SlowSoup> soups = {
+      {"all points in one voxel of the tree's order", Harmless::kDistinct, oneVoxel},
+      {"ever finer towards a point, over 130 decades", Harmless::kDistinct, everFiner},
+      {"dense balls, points on their own around them", Harmless::kDistinct, ballsWithSatellites},
+      {"a ball of 0.001 tolerances in a sphere", Harmless::kDistinct, ballInSphere<1>},
+      {"a ball of 0.01 tolerances in a sphere", Harmless::kDistinct, ballInSphere<10>},
       {"tilted sheets of 0.001 tolerances", Harmless::kDistinct, sheets<1>},
       {"tilted sheets of 1 tolerance", Harmless::kDistinct, sheets<1000>},
       {"tilted sheets of 100 tolerances", Harmless::kDistinct, sheets<100000>},

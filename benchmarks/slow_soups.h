@@ -24,10 +24,10 @@ struct SlowSoup {
 /// A soup of about `count` points, for a tolerance of 1e-9.
 Soup harmlessSoup(Harmless kind, std::int32_t count);
 
-/// Against each table and each count of the source, and against the tree.
-const std::vector<SlowSoup>& slowSoups();
+/// Against the hash tables and what counts their steps.
+const std::vector<SlowSoup>& soupsSlowInTables();
 
-/// Surfaces just out of reach of each other.
-const std::vector<SlowSoup>& surfacesOutOfReach();
+/// Against the tree: surfaces just out of reach of each other, and points that are hard to divide.
+const std::vector<SlowSoup>& soupsSlowInTree();
 
 }  // namespace bench

@@ -40,11 +40,13 @@ TEST(WeldSearch, BothSearchesMatchBruteForce) {
 
       std::vector<std::int32_t> forest(std::size_t(n), -1);
       const quor::PointForest trees(forest.data());
-      quor::linkNearPoints(quor::linkEqualPoints(n, array, trees), array, trees, squaredTolerance);
+      std::uint64_t steps = 0;
+      quor::linkNearPoints(quor::linkEqualPoints(n, array, trees, steps), array, trees,
+                           squaredTolerance, steps);
       ASSERT_EQ(mapOf(points, forest), expected) << "tree: " << nasty.name << ", round " << round;
 
       forest.assign(std::size_t(n), -1);
-      if (quor::linkInSparseCells(n, array, trees, tolerance)) {
+      if (quor::linkInSparseCells(n, array, trees, tolerance, steps)) {
         ASSERT_EQ(mapOf(points, forest), expected)
             << "cells: " << nasty.name << ", round " << round;
         ++inCells;
@@ -63,8 +65,9 @@ TEST(WeldSearch, EqualPointsLeaveTheFirstOfEach) {
   points[0] = kNaN;
   points[3] = points[6] = kInfinity;
   std::vector<std::int32_t> forest(points.size() / 3);
+  std::uint64_t steps = 0;
   const std::vector<std::int32_t> distinct = quor::linkEqualPoints(
-      5000, quor::PointArray(points.data()), quor::PointForest(forest.data()));
+      5000, quor::PointArray(points.data()), quor::PointForest(forest.data()), steps);
   EXPECT_TRUE(std::is_sorted(distinct.begin(), distinct.end()));
   EXPECT_EQ(distinct.size(), 7U * 7U * 7U);
   std::set<std::array<double, 3>> seen;

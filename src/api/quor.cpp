@@ -50,12 +50,13 @@ int32_t quorWeld(int32_t pointCount, const double* points, int32_t triangleCount
     return 0;
   }
   // From here on the count pointers must not be null, as documented.
-  quor::weldPoints(pointCount, points, tolerance, outPointMap);
+  std::uint64_t steps = 0;  // counted by the searches for themselves
+  quor::weldPoints(pointCount, points, tolerance, outPointMap, steps);
   // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
   *outVertexCount = quor::numberVertices(pointCount, points, outPointMap, outVertices);
   // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
   *outTriangleCount = quor::keepDistinctTriangles(triangleCount, triangles, outPointMap,
-                                                  *outVertexCount, outTriangles);
+                                                  *outVertexCount, outTriangles, steps);
   return 0;
 }
 

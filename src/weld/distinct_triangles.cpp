@@ -50,6 +50,9 @@ class TriangleFilter {
     return keptCount_;
   }
 
+  /// See HashIndex::steps.
+  std::uint64_t steps() const { return index_.steps(); }
+
  private:
   static constexpr std::int32_t kBlock = 512;
 
@@ -161,8 +164,11 @@ class TriangleFilter {
 
 std::int32_t keepDistinctTriangles(std::int32_t count, const std::int32_t* triangles,
                                    const std::int32_t* vertexOfPoint, std::int32_t vertexCount,
-                                   std::int32_t* kept) {
-  return TriangleFilter(count, triangles, vertexOfPoint, vertexCount, kept).run();
+                                   std::int32_t* kept, std::uint64_t& steps) {
+  TriangleFilter filter(count, triangles, vertexOfPoint, vertexCount, kept);
+  const std::int32_t keptCount = filter.run();
+  steps += filter.steps();
+  return keptCount;
 }
 
 }  // namespace quor

@@ -16,8 +16,8 @@ struct EqualHash {
 
 }  // namespace
 
-std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
-                                          PointForest forest) {
+std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points, PointForest forest,
+                                          std::uint64_t& steps) {
   std::vector<std::int32_t> distinct;
   std::int32_t seen = 0;
   {
@@ -40,6 +40,7 @@ std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
       }
       return true;
     });
+    steps += table.steps();
   }  // neither table is needed any longer
   distinct.reserve(distinct.size() + static_cast<std::size_t>(count - seen));
   for (std::int32_t i = seen; i < count; ++i) {

@@ -99,6 +99,8 @@ class NearPointLinker {
     }
   }
 
+  std::uint64_t steps() const { return steps_; }
+
  private:
   using Mask = PointColumns::Mask;
   static constexpr std::int32_t kLeafCapacity = PointColumns::kMaskBits;
@@ -359,8 +361,10 @@ class NearPointLinker {
 }  // namespace
 
 void linkNearPoints(const std::vector<std::int32_t>& selected, PointArray points,
-                    PointForest forest, double squaredTolerance) {
-  NearPointLinker(orderAlongMortonCurve(selected, points), points, forest, squaredTolerance).run();
+                    PointForest forest, double squaredTolerance, std::uint64_t& steps) {
+  NearPointLinker linker(orderAlongMortonCurve(selected, points), points, forest, squaredTolerance);
+  linker.run();
+  steps += linker.steps();
 }
 
 }  // namespace quor

@@ -21,7 +21,7 @@ namespace quor {
 class OrientedBox {
  public:
   /// The largest squared diagonal, in squared tolerances, of points to make a box of.
-  static constexpr double kSquaredTolerances = 16;
+  static constexpr double kSquaredTolerances = 1;
 
   /// For tolerances whose square is neither near to underflow nor to overflow.
   static bool isUsable(double squaredTolerance) {

@@ -35,6 +35,8 @@ class PointTable {
     return index_.locate(hash, accept);
   }
   std::int32_t index(std::size_t slot) const { return index_.index(slot); }
+  /// See HashIndex::steps.
+  std::uint64_t steps() const { return index_.steps(); }
   /// See HashIndex::isCrowded.
   bool isCrowded(std::int32_t seen) const { return index_.isCrowded(seen); }
 

@@ -37,8 +37,9 @@ class CellNumbers {
   explicit CellNumbers(double tolerance)
       : tolerance_(tolerance), cellsPerUnit_(1 / (64 * tolerance)) {}
 
-  /// Whether the tolerance is neither too large nor too small for cells at all.
-  bool isUsable() const { return cellsPerUnit_ > 0.0 && std::isfinite(cellsPerUnit_); }
+  /// Whether the tolerance is neither too large nor too small for cells at all. The upper bound
+  /// keeps the number of a coordinate whose square does not overflow from overflowing.
+  bool isUsable() const { return cellsPerUnit_ > 0.0 && cellsPerUnit_ < 0x1p511; }
   bool canNumber(Point p) const { return canNumber(p[0]) && canNumber(p[1]) && canNumber(p[2]); }
   Cell of(Point p) const { return {of(p[0]), of(p[1]), of(p[2])}; }
   Cell first(Point p) const {
@@ -80,6 +81,9 @@ class SparseCells {
     const auto visitNext = [this](std::int32_t i, std::uint64_t hash) { return visit(i, hash); };
     return pass.run(forest_, visitNext) == count_;
   }
+
+  /// See HashIndex::steps.
+  std::uint64_t steps() const { return table_.steps(); }
 
  private:
   /// Links point i to the near ones before it.
@@ -149,9 +153,15 @@ class SparseCells {
 
 }  // namespace
 
-bool linkInSparseCells(std::int32_t count, PointArray points, PointForest forest,
-                       double tolerance) {
-  return CellNumbers(tolerance).isUsable() && SparseCells(count, points, forest, tolerance).run();
+bool linkInSparseCells(std::int32_t count, PointArray points, PointForest forest, double tolerance,
+                       std::uint64_t& steps) {
+  if (!CellNumbers(tolerance).isUsable()) {
+    return false;
+  }
+  SparseCells cells(count, points, forest, tolerance);
+  const bool isDone = cells.run();
+  steps += cells.steps();
+  return isDone;
 }
 
 }  // namespace quor

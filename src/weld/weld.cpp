@@ -13,7 +13,8 @@
 
 namespace quor {
 
-void weldPoints(std::int32_t count, const double* points, double tolerance, std::int32_t* forest) {
+void weldPoints(std::int32_t count, const double* points, double tolerance, std::int32_t* forest,
+                std::uint64_t& steps) {
   const double squaredTolerance = tolerance * tolerance;
   if (!(squaredTolerance >
         0.0)) {  // no squared distance is below 0, not even that of identical points
@@ -24,8 +25,9 @@ void weldPoints(std::int32_t count, const double* points, double tolerance, std:
   const PointForest trees(forest);
   // Cells do for soups with tolerances well below the spacing of their vertices; larger tolerances,
   // and points without repeats, are for the tree.
-  if (!linkInSparseCells(count, array, trees, tolerance)) {
-    linkNearPoints(linkEqualPoints(count, array, trees), array, trees, squaredTolerance);
+  if (!linkInSparseCells(count, array, trees, tolerance, steps)) {
+    linkNearPoints(linkEqualPoints(count, array, trees, steps), array, trees, squaredTolerance,
+                   steps);
   }
 }
 

@@ -11,7 +11,9 @@ namespace quor {
 /// @param tolerance  at least 0, infinity included
 /// @param forest     receives per point a parent, itself or an earlier point of its cluster; the
 ///                   smallest point of a cluster is its root
-void weldPoints(std::int32_t count, const double* points, double tolerance, std::int32_t* forest);
+/// @param steps      of all searches are added to it, which is how tests know that none is slow
+void weldPoints(std::int32_t count, const double* points, double tolerance, std::int32_t* forest,
+                std::uint64_t& steps);
 
 /// Numbers the clusters in the order of their roots.
 /// @param forest    a parent per point as weldPoints leaves it; receives the vertex of each point
