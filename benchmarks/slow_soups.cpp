@@ -196,14 +196,18 @@ class SmallFactors {
   std::array<double, 2> z_{};
 };
 
-/// Pairs of equal points whose cells have one of 64 hashes, with one home and different tags.
+/// Pairs of equal points whose cells have one home and different tags, and go on in a 256th of the
+/// table from each home.
 Soup cellsOfOneHome(std::int32_t count, double& tolerance) {
   tolerance = 1.0 / 64;  // cells are 1 wide
   const SmallFactors factors;
   const Word origin = bits(0x1.8p52);
   std::vector<double> points;
+  Word hash = 0x5A5A5A5A00000000U;
   for (Word x = 1; points.size() < 3 * static_cast<std::size_t>(count); ++x) {
-    const Word hash = 0x5A5A5A5A00012345U + (x % 64 << 24U);
+    do {
+      hash += 1 << 10U;
+    } while (((hash * kX) >> 56U) != 0);
     // The sum that is mixed with its own upper half.
     const Word sum = folded(unmixed(0, hash));
     const auto [y, z] = factors.of(sum - origin * (kX + kY + kZ) - x * kX);
@@ -275,21 +279,26 @@ Soup trianglesOfOneHome(std::int32_t count, double& tolerance) {
   return soup;
 }
 
-/// Cells with as many points as just do not make the search in cells stop, in random order, and
-/// again.
-Soup cellsJustNotCrowded(std::int32_t count, double& tolerance) {
+/// Cells with as many points as just do not make the search in cells stop, in random order, with
+/// just enough repeats, up to a crowd that makes it stop at the very end.
+Soup cellsCrowdedAtLast(std::int32_t count, double& tolerance) {
   tolerance = 1;
   Random random(3);
   std::vector<double> points;
-  const std::int32_t perCell = 13;
-  const std::int32_t cells = count / 2 / perCell + 1;
-  for (std::int32_t i = 0; i < count / 2; ++i) {
-    const auto cell = static_cast<double>(random() % static_cast<Word>(cells));
+  const std::int32_t perCell = 12;
+  const std::int32_t spread = count - 2 * crowdFor(count);
+  for (std::int32_t i = 0; i < spread; ++i) {
+    if (i % 16 == 15) {
+      append(points, pointAt(points, points.size() / 3 - 1));
+      continue;
+    }
+    const auto cell = static_cast<double>(random() % static_cast<Word>(spread / perCell + 1));
     append(points, {64 * cell + uniform(random, -30, 30), uniform(random, -30, 30),
                     uniform(random, -30, 30)});
   }
-  const std::vector<double> half = points;
-  points.insert(points.end(), half.begin(), half.end());
+  while (points.size() < 3 * static_cast<std::size_t>(count)) {
+    append(points, {uniform(random, -31, 31), uniform(random, -31, 31), uniform(random, -31, 31)});
+  }
   return soupOfPoints(std::move(points));
 }
 
@@ -418,6 +427,45 @@ Soup axisAndCylinder(std::int32_t count, double& tolerance) {
   });
 }
 
+Soup sixSpheres(std::int32_t count, double& tolerance) {
+  tolerance = 1;
+  Random random(10);
+  std::vector<double> points;
+  for (std::int32_t i = 0; i < count; ++i) {
+    const Vector p = onUnitSphere(random);
+    const double r = 0.1 + i % 6 * kBeyond;
+    append(points, {r * p[0], r * p[1], r * p[2]});
+  }
+  return soupOfPoints(std::move(points));
+}
+
+/// Where coordinates are so large that a millionth of the tolerance is as near as points come.
+Soup spheresFarAway(std::int32_t count, double& tolerance) {
+  Soup soup = spheres<10>(count, tolerance);
+  for (double& coordinate : soup.points) {
+    coordinate = coordinate * (1 + 1e-6) + 1e8;
+  }
+  return soup;
+}
+
+Soup circleInTorus(std::int32_t count, double& tolerance) {
+  return twoSurfaces(count, tolerance, [](double u, double v, bool isFirst) {
+    const double tube = isFirst ? 0 : kBeyond;
+    const double r = 1.5 + tube * std::cos(2 * kPi * v);
+    return Vector{r * std::cos(2 * kPi * u), r * std::sin(2 * kPi * u),
+                  tube * std::sin(2 * kPi * v)};
+  });
+}
+
+/// All pairs of a point on the circle and one on the axis are out of reach by 1e-13.
+Soup shortAxisAndCircle(std::int32_t count, double& tolerance) {
+  return twoSurfaces(count, tolerance, [](double u, double v, bool isFirst) {
+    const double r = isFirst ? 0 : 1 + 1e-13;
+    return Vector{r * std::cos(2 * kPi * v), r * std::sin(2 * kPi * v),
+                  isFirst ? 1e-7 * (u - 0.5) : 0};
+  });
+}
+
 }  // namespace
 
 Soup harmlessSoup(Harmless kind, std::int32_t count) {
@@ -437,7 +485,7 @@ const std::vector<SlowSoup>& soupsSlowInTables() {
       {"a crowded cell, then repeats of its points", Harmless::kRepeated, crowdedCellRepeated},
       {"the same, repeats that miss the table of recent points", Harmless::kRepeated,
        crowdedCellAlternating},
-      {"cells just not crowded, in random order", Harmless::kRepeated, cellsJustNotCrowded},
+      {"cells in random order, crowded at last", Harmless::kDistinct, cellsCrowdedAtLast},
       {"points of one hash, twice each", Harmless::kDistinct, equalHashes},
       {"cells of one home, with different tags", Harmless::kDistinct, cellsOfOneHome},
       {"triangles of one home", Harmless::kDistinct, trianglesOfOneHome},
@@ -465,6 +513,16 @@ const std::vector<SlowSoup>& soupsSlowInTree() {
       {"an axis of 0.01 tolerances and a cylinder", Harmless::kDistinct, axisAndCylinder<10>},
       {"an axis of 1 tolerance and a cylinder", Harmless::kDistinct, axisAndCylinder<1000>},
       {"an axis of 30 tolerances and a cylinder", Harmless::kDistinct, axisAndCylinder<30000>},
+      {"six spheres", Harmless::kDistinct, sixSpheres},
+      {"spheres 1e8 tolerances from the origin", Harmless::kDistinct, spheresFarAway},
+      {"a circle in a torus", Harmless::kDistinct, circleInTorus},
+  };
+  return soups;
+}
+
+const std::vector<SlowSoup>& soupsSlowForever() {
+  static const std::vector<SlowSoup> soups = {
+      {"an axis and a circle, out of reach by 1e-13", Harmless::kDistinct, shortAxisAndCircle},
   };
   return soups;
 }

@@ -30,4 +30,7 @@ const std::vector<SlowSoup>& soupsSlowInTables();
 /// Against the tree: surfaces just out of reach of each other, and points that are hard to divide.
 const std::vector<SlowSoup>& soupsSlowInTree();
 
+/// Where nothing but asking every pair tells that none is near: N^2.
+const std::vector<SlowSoup>& soupsSlowForever();
+
 }  // namespace bench

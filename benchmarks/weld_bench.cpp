@@ -5,6 +5,7 @@
 #include "peers/plain_weld.h"
 #include "peers/vtk_weld.h"
 #include "side_by_side.h"
+#include "slow_soups.h"
 #include "soups.h"
 
 #include <quor.h>
@@ -160,6 +161,55 @@ void printShapes(const Named& scan, const Options& options) {
   }
 }
 
+/// @param small  points of the first of two sizes; the second has four times as many
+void printSlow(const char* title, const std::vector<SlowSoup>& soups, std::int32_t small,
+               const Options& options) {
+  std::printf(
+      "\n### %s\n\nBeside a harmless soup of the same size, and over a quarter of the points.\n\n"
+      "| Soup | Points | Seconds | Over harmless | Over the quarter |\n|---|---|---|---|---|\n",
+      title);
+  for (const SlowSoup& slow : soups) {
+    double before = 0.0;
+    for (const std::int32_t count : {small, 4 * small}) {
+      double tolerance = 0.0;
+      const Soup soup = slow.make(count, tolerance);
+      const Soup harmless = harmlessSoup(slow.harmless, count);
+      Welded out = roomFor(soup);
+      Welded reference = roomFor(harmless);
+      const std::vector<double> t = sideBySide(
+          options.rounds,
+          {[&] { weld(harmless, 1e-9, reference); }, [&] { weld(soup, tolerance, out); }});
+      if (count == small) {
+        before = t[1];
+        continue;
+      }
+      std::printf("| %s | %d | %.3f | %.1f | %.1f |\n", slow.name.c_str(), soup.pointCount(), t[1],
+                  t[1] / t[0], t[1] / before);
+      std::fflush(stdout);
+    }
+  }
+}
+
+/// The slowest tolerance of a scan, in steps of a quarter, over the smallest one.
+void printWorstTolerance(const Named& input, const Options& options) {
+  const Soup& soup = input.soup;
+  Welded out = roomFor(soup);
+  const double edge = meanEdgeOf(soup);
+  double worst = 0.0;
+  double worstAt = 0.0;
+  for (double edges = 1e-3; edges < 100; edges *= 1.25) {
+    const std::vector<double> t =
+        sideBySide(options.rounds, {[&] { weld(soup, 1e-9 * diagonalOf(soup), out); },
+                                    [&] { weld(soup, edges * edge, out); }});
+    if (t[1] / t[0] > worst) {
+      worst = t[1] / t[0];
+      worstAt = edges;
+    }
+  }
+  std::printf("| %s | %.3f mean edges | %.2f |\n", input.name.c_str(), worstAt, worst);
+  std::fflush(stdout);
+}
+
 void printMemory(const std::vector<Named>& inputs) {
   std::printf(
       "\n### Memory\n\nWorking memory besides the outputs, at its peak.\n\n"
@@ -190,8 +240,18 @@ void run(const Options& options) {
   printTolerances(inputs[0], 1e-9 * diagonalOf(inputs[0].soup), options);
   const double edge = 1e-3 * meanEdgeOf(inputs[0].soup);
   printTolerances({"dragon, all distinct", shaken(inputs[0].soup, edge / 3)}, edge, options);
+  std::printf(
+      "\n### Worst tolerance\n\nOf all from 0.001 to 100 mean edges in steps of a quarter.\n\n"
+      "| Mesh | Tolerance | Over the smallest |\n|---|---|---|\n");
+  for (const Named& input : {inputs[0], inputs[2], inputs[3]}) {
+    printWorstTolerance(input, options);
+    printWorstTolerance({input.name + ", shuffled", shuffled(input.soup)}, options);
+  }
   printScaling(inputs[0], options);
   printShapes(inputs[0], options);
+  printSlow("Made to be slow, in tables", soupsSlowInTables(), 250000, options);
+  printSlow("Made to be slow, in the tree", soupsSlowInTree(), 250000, options);
+  printSlow("Slow", soupsSlowForever(), 12500, options);
   printMemory(inputs);
 }
 

@@ -107,6 +107,22 @@ TEST(Environment, NoFunctionTrapsOnValidInput) {
       EXPECT_EQ(welded(mesh, tolerance).result, 0);
     }
   }
+  // At the limits of what the header says is safe.
+  Random random(51);
+  for (const double tolerance :
+       {0.0, 1e-162, 1e-160, 1e-156, 1e-150, 1.0, 1e150, 1e153, 1e154, kInfinity}) {
+    for (const double size : {1e-300, 1e-154, 1.0, 1e150, 3e153}) {
+      Mesh wide;
+      for (int i = 0; i < 3 * 2000; ++i) {
+        wide.vertices.push_back(i < 300 || below(random, 2) == 0 ? size * (2 * below(random, 2) - 1)
+                                                                 : uniform(random, -1, 1) * size);
+      }
+      EXPECT_EQ(welded(wide, tolerance).result, 0);
+      wide.vertices.resize(3);
+      wide.vertices.insert(wide.vertices.end(), soup.vertices.begin(), soup.vertices.end());
+      EXPECT_EQ(welded(wide, tolerance).result, 0);
+    }
+  }
   EXPECT_EQ(solveAndWrite(kMesh).text, expected.text);
   float x = 0;
   float y = 0;

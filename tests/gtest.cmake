@@ -22,7 +22,8 @@ endif()
 
 # Single modules.
 add_executable(module_tests
-  dense_front_test.cpp factorization_test.cpp operator_test.cpp ordering_test.cpp substitution_test.cpp
+  dense_front_test.cpp factorization_test.cpp operator_test.cpp ordering_test.cpp
+  oriented_box_test.cpp substitution_test.cpp
   weld_search_test.cpp weld_steps_test.cpp writer_test.cpp
   ../benchmarks/slow_soups.cpp ../benchmarks/soups.cpp)
 target_include_directories(module_tests PRIVATE ../benchmarks)
@@ -39,7 +40,8 @@ if(NOT CMAKE_CROSSCOMPILING)
 endif()
 if(has_part_tests)
   add_executable(part_tests factorization_part_test.cpp obj_reader_test.cpp weld_part_test.cpp
-    ../benchmarks/peers/plain_weld.cpp ../benchmarks/read_soup.cpp ../benchmarks/soups.cpp ../benchmarks/tagged_mesh.cpp)
+    ../benchmarks/peers/plain_weld.cpp ../benchmarks/read_soup.cpp ../benchmarks/soups.cpp
+    ../benchmarks/tagged_mesh.cpp)
   target_include_directories(part_tests PRIVATE ../benchmarks ../src)
   target_link_libraries(part_tests PRIVATE
     quor::quor Eigen3::Eigen assimp::assimp GTest::gtest_main)

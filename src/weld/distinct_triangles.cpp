@@ -41,9 +41,10 @@ class TriangleFilter {
     for (std::int32_t begin = 0; begin < count_; begin += std::min(kBlock, count_ - begin)) {
       const std::int32_t end = begin + std::min(kBlock, count_ - begin);
       rewrite(begin, end);
-      keepNew(hashCandidates(begin, end));
-      if (index_.isCrowded(end)) {
-        keepNewBySorting(end);
+      const std::size_t candidates = hashCandidates(begin, end);
+      const std::size_t looked = keepNew(candidates, end);
+      if (looked < candidates) {
+        keepNewBySorting(begin + static_cast<std::int32_t>(candidates_[looked]));
         break;
       }
     }
@@ -81,8 +82,12 @@ class TriangleFilter {
     return candidates;
   }
 
-  void keepNew(std::size_t candidates) {
+  /// @return how many candidates were looked for before the table was crowded
+  std::size_t keepNew(std::size_t candidates, std::int32_t end) {
     for (std::size_t k = 0; k < candidates; ++k) {
+      if (index_.isCrowded(end)) {
+        return k;
+      }
       const std::int32_t* const corners = &corners_[3 * std::size_t{candidates_[k]}];
       const std::size_t slot = index_.locate(hashes_[k], [&](std::int32_t earlier) {
         return sorted(kept(earlier)) == sorted(corners);
@@ -96,6 +101,7 @@ class TriangleFilter {
       }
       ++keptCount_;
     }
+    return candidates;
   }
 
   /// Does without the table for all triangles from `begin` on: first keeps all of them, then drops

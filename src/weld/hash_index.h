@@ -55,17 +55,16 @@ class HashIndex {
   template <typename Accept>
   std::size_t locate(std::uint64_t hash, const Accept& accept) {
     std::size_t slot = home(hash);
-    if (slots()[slot] == 0) {  // as mostly for a new record, which need not pay for the count below
-      return slot;
-    }
-    std::uint64_t taken = 1;
-    for (; slots()[slot] != 0 && !(isTagged(slots()[slot], hash) && accept(index(slot))); ++taken) {
+    std::uint64_t further = 0;
+    while (slots()[slot] != 0 && !(isTagged(slots()[slot], hash) && accept(index(slot)))) {
       slot = (slot + 1) & (slotCount_ - 1);
-      if (taken % kStretch == 0 && taken < kFar) {
-        slot = home(mixHash(hash, taken));
+      if (++further % kStretch == 0 && further < kFar) {
+        slot = home(mixHash(hash, further));
       }
     }
-    steps_ += taken;
+    if (further != 0) {
+      steps_ += further;
+    }
     return slot;
   }
 
@@ -87,7 +86,7 @@ class HashIndex {
   std::size_t size() const { return size_; }
   bool isFull() const { return 2 * size_ >= slotCount_; }
 
-  /// Slots that searches looked at, but for those that found the first one empty.
+  /// Slots that searches looked at after the first one.
   std::uint64_t steps() const { return steps_; }
 
   /// Whether searches took so many steps that something other than this table is faster.

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bitset>
 #include <cassert>
 #include <cstddef>
 #include <utility>
@@ -281,12 +282,23 @@ class NearPointLinker {
   }
 
   void linkLeaves(const Side& a, const Side& b) {
-    const Range rangeA = a.node.range;
-    const Range rangeB = b.node.range;
-    if (nearIn(b.node, a.node) == 0) {
+    const Mask inA = nearIn(a.node, b.node);
+    const Mask inB = inA == 0 ? 0 : nearIn(b.node, a.node);
+    if (inB == 0) {
       return;
     }
-    for (Mask inA = nearIn(a.node, b.node); inA != 0; inA &= inA - 1) {
+    if (size(inA) <= size(inB)) {
+      linkLeaves(a, inA, b);
+    } else {
+      linkLeaves(b, inB, a);
+    }
+  }
+
+  /// @param inA  the points of the first leaf that may be near to some of the second
+  void linkLeaves(const Side& a, Mask inA, const Side& b) {
+    const Range rangeA = a.node.range;
+    const Range rangeB = b.node.range;
+    for (; inA != 0; inA &= inA - 1) {
       const std::int32_t i = first(inA, rangeA);
       const std::array<double, 3> p = columns_.point(i);
       ++steps_;
@@ -299,6 +311,8 @@ class NearPointLinker {
       }
     }
   }
+
+  static std::size_t size(Mask set) { return std::bitset<PointColumns::kMaskBits>(set).count(); }
 
   /// The position of the first point of a set.
   static std::int32_t first(Mask set, Range range) {

@@ -78,15 +78,19 @@ OrientedBox::OrientedBox(const PointColumns& columns, const Box& box, Range rang
       high[k] = std::max(high[k], along);
     }
   }
-  Vector shift{};
-  for (std::size_t k = 0; k < 3; ++k) {
-    half_[k] = 0.5 * (high[k] - low[k]);
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-      shift[axis] += 0.5 * (low[k] + high[k]) * directions_[k][axis];
-    }
-  }
+  // The center moves to the middle, as near to it as doubles come: far from the origin that is not
+  // near, so what counts is how far it really moved.
+  Vector moved{};
   for (std::size_t axis = 0; axis < 3; ++axis) {
-    center_[axis] += shift[axis];
+    const double before = center_[axis];
+    for (std::size_t k = 0; k < 3; ++k) {
+      center_[axis] += 0.5 * (low[k] + high[k]) * directions_[k][axis];
+    }
+    moved[axis] = center_[axis] - before;
+  }
+  for (std::size_t k = 0; k < 3; ++k) {
+    const double along = dot(moved, directions_[k]);
+    half_[k] = std::max(high[k] - along, along - low[k]);
   }
 }
 

@@ -13,11 +13,11 @@ namespace quor {
 /// A box in any direction around some points, for questions about others no more than some twenty
 /// tolerances away.
 ///
-/// All that is computed here is rounded, and so is the rule's distance. Coordinates relative to the
-/// center are at most 20 tolerances and have errors of less than 2^-48 of that, in whatever
-/// direction the processor rounds; the three directions are unit vectors at right angles up to
-/// 2^-48. So of two points whose distance comes out as more than kBeyond tolerances here none is
-/// near by the rule.
+/// All that is computed here is rounded, and so is the rule's distance. The center is a double like
+/// the points, so coordinates relative to it, of at most 20 tolerances, have errors of less than
+/// 2^-48 of that wherever the points are, in whatever direction the processor rounds; the three
+/// directions are unit vectors at right angles up to 2^-48. So of two points whose distance comes
+/// out as more than kBeyond tolerances here none is near by the rule.
 class OrientedBox {
  public:
   /// The largest squared diagonal, in squared tolerances, of points to make a box of.
@@ -47,7 +47,7 @@ class OrientedBox {
 
   Vector center_;
   std::array<Vector, 3> directions_;  ///< unit vectors, the last across the two longest
-  Vector half_;                       ///< of the extent along each
+  Vector half_;                       ///< how far the points reach from the center along each
 };
 
 }  // namespace quor

@@ -74,7 +74,7 @@ class PointColumns {
 
   /// Those whose distance from a box in any direction is below a limit, all of it rounded.
   /// @param directions  three unit vectors at right angles
-  /// @param half        of the box's extent along each
+  /// @param half        how far it reaches from the center along each
   Mask nearTo(const std::array<double, 3>& center,
               const std::array<std::array<double, 3>, 3>& directions,
               const std::array<double, 3>& half, Range range, double squaredLimit) const {

@@ -98,15 +98,15 @@ class SparseCells {
       linkIfNear(i, j);
       return false;
     });
-    if (table_.index(slot) == HashIndex::kNone) {
-      if (numbers_.canNumber(p)) {
-        table_.add(slot, hash, i);
-        linkBeyondWalls(i);
-        ++different_;
-      } else if (isFinite(p)) {  // one that is not is near nothing
-        return false;
-      }
+    if (table_.index(slot) != HashIndex::kNone) {
+      return !table_.isCrowded(i);
     }
+    if (!numbers_.canNumber(p)) {  // one that is not finite is near nothing
+      return !isFinite(p) && !table_.isCrowded(i);
+    }
+    table_.add(slot, hash, i);
+    linkBeyondWalls(i);
+    ++different_;
     return !table_.isCrowded(i) && !areEqualsRare(different_, i, count_);
   }
 
