@@ -1,9 +1,9 @@
-# quor_library(<name> OBJECTS <object library> EXPORTS <file> HEADERS <file>...): a library, shared or
-# static as BUILD_SHARED_LIBS says, with the alias quor::<name>, that shows the names listed in the
-# file, one per line, and no others. Hidden visibility alone still leaks instantiated
+# quor_library(<name> OBJECTS <object library> [MORE <object file>...] EXPORTS <file> HEADERS <file>...):
+# a library, shared or static as BUILD_SHARED_LIBS says, with the alias quor::<name>, that shows the
+# names listed in the file, one per line, and no others. Hidden visibility alone still leaks instantiated
 # standard-library templates; unique ones among them would keep a shared library from being unloaded.
 function(quor_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "OBJECTS;EXPORTS" "HEADERS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "OBJECTS;EXPORTS" "HEADERS;MORE")
   file(STRINGS "${arg_EXPORTS}" exports)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${arg_EXPORTS}")
   set_target_properties(${arg_OBJECTS} PROPERTIES
@@ -13,8 +13,9 @@ function(quor_library name)
   endif()
   if(BUILD_SHARED_LIBS)
     quor_shared_library(${name} ${arg_OBJECTS} "${exports}")
+    target_sources(${name} PRIVATE ${arg_MORE})
   else()
-    quor_static_library(${name} ${arg_OBJECTS} "${arg_EXPORTS}")
+    quor_static_library(${name} ${arg_OBJECTS} "${arg_EXPORTS}" ${arg_MORE})
   endif()
   add_library(quor::${name} ALIAS ${name})
   target_sources(${name} PUBLIC FILE_SET HEADERS
@@ -61,14 +62,14 @@ function(quor_static_library name objects exports)
     # Through the compiler, which knows the linker's target.
     add_custom_command(OUTPUT "${object}"
       COMMAND "${CMAKE_CXX_COMPILER}" -r -nostdlib -Wl,--force-group-allocation -o "${object}"
-              "$<TARGET_OBJECTS:${objects}>"
+              "$<TARGET_OBJECTS:${objects}>" ${ARGN}
       COMMAND "${CMAKE_OBJCOPY}" "--keep-global-symbols=${exports}" "${object}"
-      DEPENDS ${objects} "$<TARGET_OBJECTS:${objects}>" "${exports}"
+      DEPENDS ${objects} "$<TARGET_OBJECTS:${objects}>" ${ARGN} "${exports}"
       COMMAND_EXPAND_LISTS VERBATIM)
     set_source_files_properties("${object}" PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
     add_library(${name} STATIC "${object}")
   else()
-    add_library(${name} STATIC $<TARGET_OBJECTS:${objects}>)
+    add_library(${name} STATIC $<TARGET_OBJECTS:${objects}> ${ARGN})
   endif()
   # What the C++ compiler links and the C compiler does not, for programs in C.
   set(runtime ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})

@@ -9,8 +9,6 @@
 #include <utility>
 
 namespace quor {
-namespace {
-
 /// 3n is counted in 32 bits without sign, and the 9m contributions of the assembly in 32 bits with
 /// sign.
 void requireSizesFit(std::int32_t n, std::int32_t m) {
@@ -20,8 +18,6 @@ void requireSizesFit(std::int32_t n, std::int32_t m) {
     throw std::length_error("vector");
   }
 }
-
-}  // namespace
 
 Construction constructTagged(std::int32_t n, const double* vertices, std::int32_t m,
                              const std::int32_t* triangles, const std::int32_t* tags) {

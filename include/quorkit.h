@@ -1,0 +1,384 @@
+/*
+ * quorkit - the kit beside quor: for meshes as hosts hand them over, and for hosts that cannot
+ * catch C++ exceptions.
+ *
+ *   1. weld a triangle soup                      quorkitWeld
+ *   2. look what is wrong with a mesh            quorkitCheck
+ *   3. repair it, make it fine enough            quorkitClean, quorkitRefine, quorkitRefineTo
+ *   4. build a solver, with progress and cancel  quorkitConstruct, quorkitSolverInfo
+ *   5. solve for a field, any number of times    quorkitSolve, quorkitAreas
+ *   6. show it                                   quorkitColours, quorkitWrite
+ *
+ * The order of use, on the tessellation of a CAD part:
+ *
+ *   quorkitWeld -> quorkitClean -> quorkitRefine -> tags -> quorkitCheck -> quorkitConstruct
+ *     -> quorkitSolve ... -> quorkitColours or quorkitWrite -> quorkitFreeSolver
+ *
+ * The shared library quorkit holds all of it; it needs no other, quor neither. This header is valid
+ * C99 and C++, includes only <stdint.h>, and is the whole manual. The mathematics of welding,
+ * building and solving is told in quor.h and holds here word for word: the same input gives the
+ * same bits.
+ *
+ * ARRAYS. As in quor.h: coordinates are three doubles per vertex, triangles three 0-based vertex
+ * indices each, tags and values one entry per vertex. All of them are in the caller's order,
+ * everywhere. Inputs are only read, during the call. Arrays of a size that the caller cannot know
+ * come back in a QuorkitMesh, which the library allocates and quorkitFreeMesh releases.
+ *
+ * WHAT IS CHECKED. Everything that can be: null pointers, negative counts, corner indices outside
+ * the mesh, numbers without a meaning. An array of no entries may be null. What cannot be checked
+ * are an array that is too short, an address that no function gave, and anything used after it was
+ * freed: undefined behaviour.
+ *
+ * FAILURE. Every function that can fail returns a status, QUORKIT_DONE or why not. Nothing is
+ * thrown, whatever happens, and no memory is kept. Unless the status is QUORKIT_DONE nothing is
+ * written at all, but for two: what quorkitWeld and quorkitSolve had written when memory ran out
+ * stays, and pointers to what could not be made are null after every failure but a null address.
+ *
+ * THREADS. No function starts a thread, takes a lock or keeps global state, and every one of them
+ * runs on a 128 KB stack. Calls on different data run at the same time freely. On one solver any
+ * number of quorkitSolverInfo and quorkitSolve may overlap, each with output arrays of its own;
+ * quorkitFreeSolver must not overlap any of them. Same input, same bits out, on one machine.
+ */
+#ifndef QUORKIT_H
+#define QUORKIT_H
+
+#include <stdint.h>
+
+#if defined(_WIN32) && !defined(QUOR_STATIC) /* QUOR_STATIC: linked as a static library */
+#if defined(QUORKIT_BUILDING)
+#define QUORKIT_API __declspec(dllexport)
+#else
+#define QUORKIT_API __declspec(dllimport)
+#endif
+#elif defined(__GNUC__)
+#define QUORKIT_API __attribute__((visibility("default")))
+#else
+#define QUORKIT_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What the functions return. The numbers are fixed. */
+typedef int32_t QuorkitStatus;
+enum {
+  QUORKIT_DONE = 0,
+  QUORKIT_BAD_ARGUMENT = 1,  /* an argument is not what the function asks for                    */
+  QUORKIT_OUT_OF_MEMORY = 2, /* memory ran out                                                   */
+  QUORKIT_TOO_LARGE = 3,     /* the result has no place in 32-bit indices                        */
+  QUORKIT_FILE = 4,          /* a file cannot be read or written, or the disk is full            */
+  QUORKIT_CANCELLED = 5,     /* the progress function said so                                    */
+  QUORKIT_INTERNAL = 6       /* a fault of the library: please report it                         */
+};
+
+/* The English text of a status, one line without a full stop; never null, lives for ever. */
+QUORKIT_API const char* quorkitStatusText(QuorkitStatus status);
+
+/*
+ * quorWeld: merges points closer than a tolerance, exactly and along chains, and drops collapsed
+ * and repeated triangles. Arguments, rule and results are those of quorWeld, which is where to read
+ * about them; in place is as fine.
+ *
+ * Bad arguments are also null arrays and count pointers and a corner index outside 0 ..
+ * pointCount-1. After QUORKIT_OUT_OF_MEMORY both counts are 0 and the arrays may be partly written.
+ */
+QUORKIT_API QuorkitStatus quorkitWeld(int32_t pointCount, const double* points,
+                                      int32_t triangleCount, const int32_t* triangles,
+                                      double* outVertices, int32_t* outTriangles,
+                                      int32_t* outPointMap, int32_t* outVertexCount,
+                                      int32_t* outTriangleCount, double tolerance);
+
+/* How often something was found, and the index of the first one; -1 if there is none. */
+typedef struct QuorkitFinding {
+  int32_t count;
+  int32_t first;
+} QuorkitFinding;
+
+/* What quorkitCheck writes. "t" stands for findings whose index is a triangle's, "v" a vertex'. */
+typedef struct QuorkitReport {
+  double longestEdge; /* of the triangles that are sound; 0 if there is none                      */
+  double area;        /* the sum of their areas                                                   */
+  double diagonal;    /* of the box around all vertices that are finite and used; 0 if none is    */
+  QuorkitFinding cornersOutOfRange;  /* t  triangles with a corner outside 0 .. n-1               */
+  QuorkitFinding repeatedCorners;    /* t  triangles with two equal corners                       */
+  QuorkitFinding notFinite;          /* v  vertices with a NaN or infinite coordinate             */
+  QuorkitFinding flatTriangles;      /* t  height at most a millionth of the longest side         */
+  QuorkitFinding needles;            /* t  height below a thousandth of the longest side          */
+  QuorkitFinding unusedVertices;     /* v  vertices that are a corner of no triangle              */
+  QuorkitFinding prescribedVertices; /* v  vertices tagged 1, 2 or 3                              */
+  QuorkitFinding pieces;             /* v  parts of the mesh that share no vertex                 */
+  QuorkitFinding unprescribedPieces; /* v  pieces without a prescribed vertex                     */
+} QuorkitReport;
+
+/*
+ * Looks at a mesh and its tags, whatever they hold, and reports what quorkitConstruct would refuse
+ * or what would spoil a field:
+ *
+ *   cornersOutOfRange, repeatedCorners, unusedVertices  refused. quorkitClean mends the latter two.
+ *   notFinite, flatTriangles  the field is NaN or meaningless. quorkitClean mends flat triangles.
+ *   unprescribedPieces        the field of the piece is meaningless: nothing says what it is.
+ *   needles                   slow to converge, not wrong. Refining shortens their long sides.
+ *
+ * A triangle is looked at in this order and counted once: corners out of range, repeated corners, a
+ * corner that is not finite (counted as the vertex), flat, needle. Its height is the one over its
+ * longest side; flat is 2 * area <= 1e-6 * side^2, a needle 2 * area < 1e-3 * side^2. All
+ * triangles with three different corners in range make pieces, flat ones too. A piece is reported
+ * by its vertex of lowest index.
+ *
+ *   n          number of vertices, 0 or more
+ *   vertices   in   3n coordinates
+ *   m          number of triangles, 0 or more
+ *   triangles  in   3m vertex indices, any numbers
+ *   tags       in   n tags; null for none yet: prescribedVertices and unprescribedPieces are 0 then
+ *   reportOut  out  what was found; not null
+ *
+ * Memory: about eight bytes per vertex.
+ */
+QUORKIT_API QuorkitStatus quorkitCheck(int32_t n, const double* vertices, int32_t m,
+                                       const int32_t* triangles, const int32_t* tags,
+                                       QuorkitReport* reportOut);
+
+/*
+ * A mesh that the library made, with where it comes from. All arrays belong to it, are to be read
+ * only, and live until quorkitFreeMesh.
+ */
+typedef struct QuorkitMesh {
+  int32_t vertexCount;
+  int32_t triangleCount;
+  const double* vertices;         /* 3 * vertexCount coordinates                                  */
+  const int32_t* triangles;       /* 3 * triangleCount vertex indices                             */
+  const int32_t* triangleOrigins; /* triangleCount: the input triangle that each is a part of     */
+  const int32_t* vertexOrigins;   /* 2 * vertexCount: see quorkitClean, quorkitRefine             */
+  const int32_t* vertexMap;       /* one entry per input vertex: what it became, -1 if dropped    */
+  double longestEdge;             /* the length that it was refined to; 0 from quorkitClean       */
+} QuorkitMesh;
+
+/* Releases a mesh; null is ignored. Exactly once per mesh. */
+QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
+
+/*
+ * Makes a mesh fit to be solved on: drops flat triangles without opening cracks, and vertices that
+ * no triangle uses. Flat is what quorkitCheck calls flat, and two equal corners.
+ *
+ * A flat triangle is no loss, but its neighbours meet through it. So
+ *
+ *   - where two of its corners are at one place, closer than a millionth of its longest side, they
+ *     become one vertex, the one of lower index;
+ *   - else its middle corner lies on its longest side, and each neighbour across that side is split
+ *     there, into two triangles with the same origin: the mesh stays closed and the field
+ *     continuous. Nothing moves.
+ *
+ * This goes on until no flat triangle is left, or for 256 rounds; each takes one layer off where
+ * flat triangles lie on each other. What is flat after that, or would make more than twice the
+ * input's triangles and 1,000, is dropped as it is.
+ *
+ * The rest keeps its order: kept vertices ascend, a triangle's parts stand where it stood. A mesh
+ * with nothing to mend comes back as it is.
+ *
+ *   n, vertices   0 or more; 3n coordinates, finite where a triangle uses them
+ *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
+ *   meshOut       out  the mesh, to be released with quorkitFreeMesh; not null
+ *
+ * In the mesh, both vertexOrigins of vertex v are the input vertex that it was; vertexMap leads the
+ * other way, and vertices that became one map to the same. To carry tags along:
+ *
+ *   for (i = 0; i < n; ++i) if (map[i] >= 0 && tags[i] != 0) newTags[map[i]] = tags[i];
+ */
+QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_t m,
+                                       const int32_t* triangles, const QuorkitMesh** meshOut);
+
+/*
+ * Splits a mesh until no edge is longer than a length, and stays the surface it was. What a CAD
+ * host draws has no vertices inside flat faces, only long slivers: linear elements on that are
+ * wrong by several per cent of the field, whatever the solver. A fiftieth of the part's diagonal
+ * (QuorkitReport) is a length to begin with.
+ *
+ * Every edge longer than the length, dx*dx + dy*dy + dz*dz > length*length in double, is split at
+ * its midpoint; a triangle with one, two or three such edges becomes two, three or four triangles,
+ * in the second case by the shorter diagonal; and so on until none is left. Whether an edge is
+ * split depends on its two ends alone, so all its triangles, one, two or more, split it alike: the
+ * mesh has no hanging vertices unless the input had some. An edge so short that its midpoint rounds
+ * to an end is left.
+ *
+ * Input vertices keep their numbers and their bits. New ones follow: every vertex comes after the
+ * two whose midpoint it is. Parts of a triangle have its orientation and stand together, in the
+ * input's order.
+ *
+ *   n, vertices   0 or more; 3n finite coordinates
+ *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1, of a triangle all different
+ *   longestEdge   the length, finite and above 0
+ *   meshOut       out  the mesh, to be released with quorkitFreeMesh; not null
+ *
+ * In the mesh, the two vertexOrigins of vertex v are the two vertices whose midpoint it is, in the
+ * mesh's own numbers, both below v and the lower one first; of an input vertex both are v itself.
+ * vertexMap is null. Tags by face are best: give each triangle the tag of its origin, and each
+ * vertex those of its triangles,
+ *
+ *   for (k = 0; k < 3 * mesh->triangleCount; ++k)
+ *     if (faceTags[mesh->triangleOrigins[k / 3]] != 0)
+ *       tags[mesh->triangles[k]] = faceTags[mesh->triangleOrigins[k / 3]];
+ *
+ * A midpoint of two prescribed vertices need not be prescribed: its edge may cross a free face.
+ *
+ * QUORKIT_TOO_LARGE if there would be more than 238,609,294 triangles, the most that a solver
+ * takes, or more than 2,147,483,647 vertices if every new triangle brought one. That is found out
+ * before the splitting starts, by counting the triangles without making them: in a second or two,
+ * and without memory.
+ */
+QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32_t m,
+                                        const int32_t* triangles, double longestEdge,
+                                        const QuorkitMesh** meshOut);
+
+/*
+ * quorkitRefine to about so many triangles: finds the length, which the mesh tells as longestEdge.
+ *
+ * The mesh has never more triangles than wanted, unless the input has, which then comes back as it
+ * is (longestEdge is that of the mesh). How near it comes from below depends on the edges: within a
+ * few per cent where they have many different lengths; where all are alike, as in a grid, there is
+ * no length between all and none, and it may be a quarter of the number. Lengths are tried to a
+ * thousandth; about fifteen counts of the triangles are made.
+ *
+ *   triangleCount  the number wanted, 1 .. 238,609,294
+ */
+QUORKIT_API QuorkitStatus quorkitRefineTo(int32_t n, const double* vertices, int32_t m,
+                                          const int32_t* triangles, int32_t triangleCount,
+                                          const QuorkitMesh** meshOut);
+
+/*
+ * Called now and then during quorkitConstruct, on the thread that called it, with the fraction of
+ * the work that is done, by predicted operations: from 0 up to 1, never less than before. At most
+ * every five milliseconds, and at least several times a second on a machine of this age.
+ *
+ *   fraction  0 .. 1
+ *   context   what was passed with the function
+ *
+ * Returns 0 to go on, anything else to cancel. It must return: an exception of its own, or a
+ * longjmp, must not leave it. (An exception of C++ that does is caught, and counts as a cancel, if
+ * the library was built by the same kind of compiler; else the process ends.)
+ */
+typedef int32_t (*QuorkitProgress)(double fraction, void* context);
+
+/* A solver: opaque, made by quorkitConstruct, released by quorkitFreeSolver. */
+typedef struct QuorkitSolver QuorkitSolver;
+
+/*
+ * quorctorTagged: builds a solver for a mesh and factorizes once. Vertices tagged 1, 2 or 3 are
+ * prescribed, all others are free.
+ *
+ *   n, vertices   1 or more; 3n coordinates
+ *   m, triangles  1 or more; 3m vertex indices in 0 .. n-1, of a triangle all different; every
+ *                 vertex is used
+ *   tags          in   n tags
+ *   progress      called now and then, see QuorkitProgress; null for none
+ *   context       handed to progress
+ *   solverOut     out  the solver, null unless the status is QUORKIT_DONE; not null
+ *
+ * The shape of the triangles, and whether every piece has a prescribed vertex, are not looked at:
+ * quorkitCheck does. QUORKIT_TOO_LARGE for more than 1,431,655,765 vertices or 238,609,294
+ * triangles, and when the ordering or the factor would need more than 2,147,483,647 entries.
+ */
+QUORKIT_API QuorkitStatus quorkitConstruct(int32_t n, const double* vertices, int32_t m,
+                                           const int32_t* triangles, const int32_t* tags,
+                                           QuorkitProgress progress, void* context,
+                                           QuorkitSolver** solverOut);
+
+/* What quorkitSolverInfo writes. The arrays belong to the solver. */
+typedef struct QuorkitSolverInfo {
+  int32_t vertexCount;
+  int32_t triangleCount;
+  int32_t prescribedCount;
+  uint32_t factorization; /* 0; 1 if a pivot was exactly zero: solves give 0 at free vertices     */
+  const double* vertices; /* 3 * vertexCount, in solver order: the prescribed vertices in the
+                             caller's order, then the free ones in reverse                        */
+  const int32_t* triangles; /* 3 * triangleCount indices in solver order, caller's triangles      */
+  const int32_t* order;     /* vertexCount: of each place in solver order the caller's vertex     */
+} QuorkitSolverInfo;
+
+/* Tells what a solver holds; `factorization` is what quorinfo says. Ask once after building. */
+QUORKIT_API QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver,
+                                            QuorkitSolverInfo* infoOut);
+
+/*
+ * quorsolveTagged and quorsolvePTagged: the field with the given values at the prescribed vertices,
+ * harmonic at the free ones, or with K x = -s there for a source s. A positive source value lowers
+ * the field; a density is to be multiplied by quorkitAreas.
+ *
+ *   prescribedValues  in   n values; only those of prescribed vertices are read
+ *   sourceValues      in   n values; only those of free vertices are read; null for none
+ *   fieldOut          out  n values; may be either input
+ */
+QUORKIT_API QuorkitStatus quorkitSolve(const QuorkitSolver* solver, const double* prescribedValues,
+                                       const double* sourceValues, double* fieldOut);
+
+/* Releases a solver; null is ignored. Exactly once per solver. */
+QUORKIT_API void quorkitFreeSolver(QuorkitSolver* solver);
+
+/*
+ * The area that belongs to each vertex: a third of each of its triangles. A source of density f
+ * (watts per area, say) is f times this; their sum is the area of the mesh.
+ *
+ *   n, vertices   0 or more; 3n coordinates; NaN and infinity enter the arithmetic like any value
+ *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
+ *   areasOut      out  n areas, 0 where no triangle is
+ */
+QUORKIT_API QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_t m,
+                                       const int32_t* triangles, double* areasOut);
+
+/*
+ * A field as colours, for hosts that colour vertices: 256 colours from dark violet (low) to yellow
+ * (high), those of the ramp image viridis.PNG that comes with the library. Each is four bytes, red,
+ * green, blue and alpha, as a screen shows them (sRGB, not linear); alpha is 255.
+ *
+ *   n      number of values, 0 or more
+ *   field  in   n values
+ *   low    the value of the first colour, finite; what is below has it too
+ *   high   the value of the last colour, finite; what is above has it too; may be below `low`,
+ * which turns the colours round. With low == high equal values are in the middle. rgbaOut  out  4n
+ * bytes; NaN becomes the grey 128 128 128 255, which is none of the colours
+ */
+QUORKIT_API QuorkitStatus quorkitColours(int32_t n, const double* field, double low, double high,
+                                         uint8_t* rgbaOut);
+
+/*
+ * Writes a mesh and a field as an OBJ file that viewers show as colours, and its material: the text
+ * that wobj writes, with two differences. The material is named without directory, so that viewers
+ * find it; and the texture coordinates may keep a margin.
+ *
+ * The field is the first texture coordinate u, the largest value at the left end of the ramp (u =
+ * 0), the smallest at its right end (u = 1). Viewers that repeat textures, as Blender, VTK and f3d
+ * do by default, mix both ends there: with a margin of 0.001 the ends of the field lie a thousandth
+ * of its range inside the image, and the colours are right. Where all values are equal u is 0.5.
+ *
+ *   n, vertices   1 or more; 3n finite coordinates, in the order of the field
+ *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
+ *   field     in  n finite values
+ *   path      in  where to write, UTF-8, with or without directories, which exist, and with or
+ *                 without ".obj" at its end: `path`.obj and `path`.mtl
+ *   ramp      in  path of the ramp image, UTF-8, to be copied beside them as viridis.PNG; null: no
+ *                 copy. A file that is already there is replaced, unless it is the ramp itself.
+ *   margin    fraction of the field's range, 0 .. 1; 0 for none, 0.001 for viewers that repeat
+ *
+ * Numbers have six significant digits. Neither locale nor current directory matters beyond the
+ * path. All files are written whole under names of their own, `path`.obj.part and so on, and only
+ * then renamed, the OBJ last: after QUORKIT_FILE (no such directory, not allowed, disk full, ramp
+ * unreadable) the parts are gone, and an OBJ that was there is as it was; a material or ramp may be
+ * new if renaming was what failed. Two calls at a time must not write the same path, nor two with a
+ * ramp into the same directory.
+ */
+QUORKIT_API QuorkitStatus quorkitWrite(int32_t n, const double* vertices, int32_t m,
+                                       const int32_t* triangles, const double* field,
+                                       const char* path, const char* ramp, double margin);
+
+/* encode_integer_to_sphere and decode_integer_from_sphere, which cannot fail otherwise than quor.h
+   tells; QUORKIT_BAD_ARGUMENT, and nothing written, for a null pointer or a value not in -1 ..
+   65534. */
+QUORKIT_API QuorkitStatus quorkitEncodeToSphere(int32_t value, float* xOut, float* yOut,
+                                                float* zOut);
+QUORKIT_API int32_t quorkitDecodeFromSphere(float x, float y, float z);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,147 @@
+#include "kit/check.h"
+
+#include "kit/triangle_shape.h"
+#include "kit/vertex_sets.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <vector>
+
+namespace quorkit {
+namespace {
+
+bool isPrescribed(std::int32_t tag) {
+  return tag >= 1 && tag <= 3;
+}
+
+void count(QuorkitFinding& finding, std::int32_t index) {
+  finding.first = finding.count == 0 ? index : finding.first;
+  ++finding.count;
+}
+
+class Check {
+ public:
+  Check(const MeshView& mesh, const std::int32_t* tags)
+      : mesh_(mesh), tags_(tags), isUsed_(mesh.vertexCount()), pieces_(mesh.n) {
+    for (QuorkitFinding* finding :
+         {&report_.cornersOutOfRange, &report_.repeatedCorners, &report_.notFinite,
+          &report_.flatTriangles, &report_.needles, &report_.unusedVertices,
+          &report_.prescribedVertices, &report_.pieces, &report_.unprescribedPieces}) {
+      *finding = {0, -1};
+    }
+  }
+
+  QuorkitReport run() {
+    for (std::int32_t t = 0; t < mesh_.m; ++t) {
+      look(t);
+    }
+    report_.longestEdge = std::sqrt(squaredLongest_);
+    lookAtVertices();
+    if (tags_ != nullptr) {
+      lookAtTags();
+    }
+    return report_;
+  }
+
+ private:
+  void look(std::int32_t t) {
+    const std::int32_t* const corner = mesh_.triangles + 3 * static_cast<std::size_t>(t);
+    const auto isInRange = [this](std::int32_t c) { return c >= 0 && c < mesh_.n; };
+    if (!std::all_of(corner, corner + 3, isInRange)) {
+      count(report_.cornersOutOfRange, t);
+      for (std::size_t k = 0; k < 3; ++k) {
+        if (isInRange(corner[k])) {
+          isUsed_[static_cast<std::size_t>(corner[k])] = true;
+        }
+      }
+      return;
+    }
+    for (std::size_t k = 0; k < 3; ++k) {
+      isUsed_[static_cast<std::size_t>(corner[k])] = true;
+    }
+    if (corner[0] == corner[1] || corner[1] == corner[2] || corner[2] == corner[0]) {
+      count(report_.repeatedCorners, t);
+      return;
+    }
+    pieces_.unite(corner[0], corner[1]);
+    pieces_.unite(corner[1], corner[2]);
+    measure(t, {pointAt(mesh_.vertices, corner[0]), pointAt(mesh_.vertices, corner[1]),
+                pointAt(mesh_.vertices, corner[2])});
+  }
+
+  void measure(std::int32_t t, const std::array<Point, 3>& points) {
+    if (!std::all_of(points.begin(), points.end(), isFinite)) {
+      return;
+    }
+    const TriangleShape shape = shapeOf(points);
+    if (shape.isFlat()) {
+      count(report_.flatTriangles, t);
+      return;
+    }
+    if (shape.isNeedle()) {
+      count(report_.needles, t);
+    }
+    for (std::size_t e = 0; e < 3; ++e) {
+      squaredLongest_ = std::max(squaredLongest_, squaredDistance(points[e], points[(e + 1) % 3]));
+    }
+    report_.area += 0.5 * doubleArea(points[0], points[1], points[2]);
+  }
+
+  void lookAtVertices() {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    Point low = {kInfinity, kInfinity, kInfinity};
+    Point high = {-kInfinity, -kInfinity, -kInfinity};
+    for (std::int32_t v = 0; v < mesh_.n; ++v) {
+      const bool isUsed = isUsed_[static_cast<std::size_t>(v)];
+      if (!isUsed) {
+        count(report_.unusedVertices, v);
+      }
+      const Point p = pointAt(mesh_.vertices, v);
+      if (!isFinite(p)) {
+        count(report_.notFinite, v);
+      } else if (isUsed) {
+        low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+        high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+      }
+      // A set's root is its lowest vertex, and a set of one may be in no triangle at all.
+      if (pieces_.root(v) == v && pieces_.isShared(v)) {
+        count(report_.pieces, v);
+      }
+    }
+    report_.diagonal = low.x <= high.x ? std::sqrt(squaredDistance(low, high)) : 0.0;
+  }
+
+  void lookAtTags() {
+    std::vector<bool> hasPrescribed(mesh_.vertexCount());
+    for (std::int32_t v = 0; v < mesh_.n; ++v) {
+      if (isPrescribed(tags_[v])) {
+        count(report_.prescribedVertices, v);
+        hasPrescribed[static_cast<std::size_t>(pieces_.root(v))] = true;
+      }
+    }
+    for (std::int32_t v = 0; v < mesh_.n; ++v) {
+      if (pieces_.root(v) == v && pieces_.isShared(v) &&
+          !hasPrescribed[static_cast<std::size_t>(v)]) {
+        count(report_.unprescribedPieces, v);
+      }
+    }
+  }
+
+  const MeshView& mesh_;
+  const std::int32_t* tags_;
+  std::vector<bool> isUsed_;
+  VertexSets pieces_;
+  QuorkitReport report_{};
+  double squaredLongest_ = 0.0;
+};
+
+}  // namespace
+
+QuorkitReport check(const MeshView& mesh, const std::int32_t* tags) {
+  return Check(mesh, tags).run();
+}
+
+}  // namespace quorkit

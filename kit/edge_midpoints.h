@@ -1,0 +1,92 @@
+// The vertices that were put on the midpoints of edges.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace quorkit {
+
+/// A table of edges, each with the vertex on its midpoint. New vertices are numbered from n on, in
+/// the order in which their edges are first asked for.
+class EdgeMidpoints {
+ public:
+  struct Found {
+    std::int32_t vertex;
+    bool isNew;
+  };
+
+  /// @param n       number of vertices that are no midpoints
+  /// @param likely  how many midpoints there may be; more are fine
+  EdgeMidpoints(std::int32_t n, std::size_t likely) : first_(n) {
+    ends_.reserve(2 * (static_cast<std::size_t>(n) + likely));
+    for (std::int32_t v = 0; v < n; ++v) {
+      ends_.insert(ends_.end(), {v, v});
+    }
+    std::size_t size = kSmallest;
+    while (size < 2 * likely) {
+      size *= 2;
+    }
+    resize(size);
+  }
+
+  /// The vertex on the edge between two different vertices, a new one the first time.
+  Found find(std::int32_t u, std::int32_t v) {
+    const std::pair<std::int32_t, std::int32_t> ends = std::minmax(u, v);
+    std::size_t slot = slotOf(ends);
+    for (; slots_[slot] != kFree; slot = (slot + 1) & mask_) {
+      if (endsOf(slots_[slot]) == ends) {
+        return {slots_[slot], false};
+      }
+    }
+    const auto vertex = static_cast<std::int32_t>(ends_.size() / 2);
+    ends_.insert(ends_.end(), {ends.first, ends.second});
+    slots_[slot] = vertex;
+    if (2 * (ends_.size() / 2 - static_cast<std::size_t>(first_)) > slots_.size()) {
+      resize(2 * slots_.size());
+    }
+    return {vertex, true};
+  }
+
+  /// Two entries per vertex: the ends of its edge, or twice the vertex itself. To be called last.
+  std::vector<std::int32_t> release() { return std::move(ends_); }
+
+ private:
+  static constexpr std::int32_t kFree = -1;
+  static constexpr std::size_t kSmallest = 64;
+
+  std::pair<std::int32_t, std::int32_t> endsOf(std::int32_t vertex) const {
+    const std::size_t at = 2 * static_cast<std::size_t>(vertex);
+    return {ends_[at], ends_[at + 1]};
+  }
+
+  /// Multiplicative hashing: the high bits of the product.
+  std::size_t slotOf(std::pair<std::int32_t, std::int32_t> ends) const {
+    const auto key =
+        static_cast<std::uint64_t>(ends.first) << 32U | static_cast<std::uint64_t>(ends.second);
+    const std::uint64_t mixed = (key ^ key >> 29U) * 0x9E3779B97F4A7C15U;
+    return static_cast<std::size_t>((mixed ^ mixed >> 32U) & mask_);
+  }
+
+  void resize(std::size_t size) {
+    slots_.assign(size, kFree);
+    mask_ = size - 1;
+    const auto end = static_cast<std::int32_t>(ends_.size() / 2);
+    for (std::int32_t vertex = first_; vertex < end; ++vertex) {
+      std::size_t slot = slotOf(endsOf(vertex));
+      while (slots_[slot] != kFree) {
+        slot = (slot + 1) & mask_;
+      }
+      slots_[slot] = vertex;
+    }
+  }
+
+  std::int32_t first_;               ///< the first that is a midpoint
+  std::vector<std::int32_t> ends_;   ///< see release
+  std::vector<std::int32_t> slots_;  ///< vertices by the hash of their edges; a power of two
+  std::size_t mask_ = 0;
+};
+
+}  // namespace quorkit

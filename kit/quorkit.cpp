@@ -1,0 +1,311 @@
+// The exported functions: each checks its arguments and makes one call, guarded.
+#include "quorkit.h"
+
+#include "api/solver_handle.h"
+#include "kit/areas.h"
+#include "kit/boundary.h"
+#include "kit/check.h"
+#include "kit/clean.h"
+#include "kit/colours.h"
+#include "kit/mesh.h"
+#include "kit/obj_file.h"
+#include "kit/refine.h"
+#include "operator/construct_tagged.h"
+#include "solve/field_solve.h"
+#include "util/integer_on_sphere.h"
+#include "weld/distinct_triangles.h"
+#include "weld/weld.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+struct QuorkitSolver {
+  std::unique_ptr<const quor::SolverHandle> handle;
+};
+
+namespace {
+
+using quorkit::guarded;
+using quorkit::MeshView;
+
+/// A mesh as it is handed out, with what it points to.
+struct OwnedMesh : QuorkitMesh {
+  explicit OwnedMesh(quorkit::Mesh&& mesh) : QuorkitMesh(), data(std::move(mesh)) {
+    vertexCount = static_cast<std::int32_t>(data.vertices.size() / 3);
+    triangleCount = static_cast<std::int32_t>(data.triangles.size() / 3);
+    vertices = data.vertices.data();
+    triangles = data.triangles.data();
+    triangleOrigins = data.triangleOrigins.data();
+    vertexOrigins = data.vertexOrigins.data();
+    vertexMap = data.vertexMap.empty() ? nullptr : data.vertexMap.data();
+    longestEdge = data.longestEdge;
+  }
+  quorkit::Mesh data;
+};
+
+bool areArrays(const MeshView& mesh) {
+  return mesh.n >= 0 && mesh.m >= 0 && (mesh.vertices != nullptr || mesh.n == 0) &&
+         (mesh.triangles != nullptr || mesh.m == 0);
+}
+
+bool areCornersInRange(const MeshView& mesh) {
+  const std::int32_t* const end = mesh.triangles + 3 * mesh.triangleCount();
+  return std::all_of(mesh.triangles, end,
+                     [&mesh](std::int32_t corner) { return corner >= 0 && corner < mesh.n; });
+}
+
+bool isMesh(const MeshView& mesh) {
+  return areArrays(mesh) && areCornersInRange(mesh);
+}
+
+bool areFinite(const double* values, std::size_t count) {
+  return std::all_of(values, values + count, [](double value) { return std::isfinite(value); });
+}
+
+bool areUsedVerticesFinite(const MeshView& mesh) {
+  const std::int32_t* const end = mesh.triangles + 3 * mesh.triangleCount();
+  return std::all_of(mesh.triangles, end, [&mesh](std::int32_t corner) {
+    return areFinite(mesh.vertices + 3 * static_cast<std::size_t>(corner), 3);
+  });
+}
+
+bool areCornersDifferent(const MeshView& mesh) {
+  for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
+    const std::int32_t* const c = mesh.triangles + 3 * t;
+    if (c[0] == c[1] || c[1] == c[2] || c[2] == c[0]) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool canBeRefined(const MeshView& mesh) {
+  return isMesh(mesh) && areCornersDifferent(mesh) &&
+         areFinite(mesh.vertices, 3 * mesh.vertexCount());
+}
+
+/// Calls an operation that makes a mesh, unless the arguments are bad, and hands the mesh out.
+template <typename Operation>
+QuorkitStatus makeMesh(const QuorkitMesh** meshOut, bool isGood, const Operation& operation) {
+  if (meshOut == nullptr) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  *meshOut = nullptr;
+  if (!isGood) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  return guarded([&] { *meshOut = std::make_unique<OwnedMesh>(operation()).release(); });
+}
+
+/// The path without an ".obj" at its end; empty if it names no file.
+std::string_view basePath(const char* path) {
+  std::string_view base = path;
+  constexpr std::string_view kEnding = ".obj";
+  if (base.size() >= kEnding.size() && base.substr(base.size() - kEnding.size()) == kEnding) {
+    base.remove_suffix(kEnding.size());
+  }
+#if defined(_WIN32)
+  constexpr const char* kSeparators = "/\\:";
+#else
+  constexpr const char* kSeparators = "/";
+#endif
+  const std::size_t separator = base.find_last_of(kSeparators);
+  return separator + 1 == base.size() ? std::string_view() : base;
+}
+
+}  // namespace
+
+const char* quorkitStatusText(QuorkitStatus status) {
+  switch (status) {
+    case QUORKIT_DONE:
+      return "done";
+    case QUORKIT_BAD_ARGUMENT:
+      return "an argument is not what the function asks for";
+    case QUORKIT_OUT_OF_MEMORY:
+      return "memory ran out";
+    case QUORKIT_TOO_LARGE:
+      return "the result has no place in 32-bit indices";
+    case QUORKIT_FILE:
+      return "a file cannot be read or written, or the disk is full";
+    case QUORKIT_CANCELLED:
+      return "cancelled";
+    case QUORKIT_INTERNAL:
+      return "a fault of the library";
+    default:
+      return "no status of this library";
+  }
+}
+
+QuorkitStatus quorkitWeld(int32_t pointCount, const double* points, int32_t triangleCount,
+                          const int32_t* triangles, double* outVertices, int32_t* outTriangles,
+                          int32_t* outPointMap, int32_t* outVertexCount, int32_t* outTriangleCount,
+                          double tolerance) {
+  const MeshView soup = {pointCount, points, triangleCount, triangles};
+  if (outVertexCount == nullptr || outTriangleCount == nullptr || !(tolerance >= 0.0) ||
+      !isMesh(soup)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  const bool hasVertices = outVertices != nullptr && outPointMap != nullptr;
+  if ((pointCount > 0 && !hasVertices) || (triangleCount > 0 && outTriangles == nullptr)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  *outVertexCount = 0;
+  *outTriangleCount = 0;
+  if (pointCount == 0) {
+    return QUORKIT_DONE;
+  }
+  return guarded([&] {
+    quor::weldPoints(pointCount, points, tolerance, outPointMap);
+    const std::int32_t vertices =
+        quor::numberVertices(pointCount, points, outPointMap, outVertices);
+    *outTriangleCount =
+        quor::keepDistinctTriangles(triangleCount, triangles, outPointMap, vertices, outTriangles);
+    *outVertexCount = vertices;
+  });
+}
+
+QuorkitStatus quorkitCheck(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
+                           const int32_t* tags, QuorkitReport* reportOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  if (reportOut == nullptr || !areArrays(mesh)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  return guarded([&] { *reportOut = quorkit::check(mesh, tags); });
+}
+
+void quorkitFreeMesh(const QuorkitMesh* mesh) {
+  delete static_cast<const OwnedMesh*>(mesh);
+}
+
+QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
+                           const QuorkitMesh** meshOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  return makeMesh(meshOut, isMesh(mesh) && areUsedVerticesFinite(mesh),
+                  [&mesh] { return quorkit::clean(mesh); });
+}
+
+QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
+                            double longestEdge, const QuorkitMesh** meshOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  const bool isLength = std::isfinite(longestEdge) && longestEdge > 0.0;
+  return makeMesh(meshOut, isLength && canBeRefined(mesh),
+                  [&] { return quorkit::refine(mesh, longestEdge); });
+}
+
+QuorkitStatus quorkitRefineTo(int32_t n, const double* vertices, int32_t m,
+                              const int32_t* triangles, int32_t triangleCount,
+                              const QuorkitMesh** meshOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  const bool isNumber = triangleCount >= 1 && triangleCount <= quorkit::kMostTriangles;
+  return makeMesh(meshOut, isNumber && canBeRefined(mesh),
+                  [&] { return quorkit::refineTo(mesh, triangleCount); });
+}
+
+QuorkitStatus quorkitConstruct(int32_t n, const double* vertices, int32_t m,
+                               const int32_t* triangles, const int32_t* tags,
+                               QuorkitProgress progress, void* context, QuorkitSolver** solverOut) {
+  if (solverOut == nullptr) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  *solverOut = nullptr;
+  const MeshView mesh = {n, vertices, m, triangles};
+  if (n < 1 || m < 1 || tags == nullptr || !areArrays(mesh)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  static_cast<void>(progress);
+  static_cast<void>(context);
+  bool isRefused = false;
+  const QuorkitStatus status = guarded([&] {
+    quor::requireSizesFit(n, m);
+    isRefused = !areCornersInRange(mesh);
+    if (!isRefused) {
+      auto solver = std::make_unique<QuorkitSolver>();
+      quor::Construction made = quor::constructTagged(n, vertices, m, triangles, tags);
+      isRefused = made.handle == nullptr;
+      solver->handle = std::move(made.handle);
+      *solverOut = isRefused ? nullptr : solver.release();
+    }
+  });
+  return isRefused ? QUORKIT_BAD_ARGUMENT : status;
+}
+
+QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver, QuorkitSolverInfo* infoOut) {
+  if (solver == nullptr || infoOut == nullptr) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  const quor::SolverHandle& handle = *solver->handle;
+  infoOut->vertexCount = static_cast<std::int32_t>(handle.vertexCount);
+  infoOut->triangleCount = static_cast<std::int32_t>(handle.triangles->size() / 3);
+  infoOut->prescribedCount = static_cast<std::int32_t>(handle.prescribedCount);
+  infoOut->factorization = static_cast<std::uint32_t>(handle.factorFF->info());
+  infoOut->vertices = handle.vertices->data();
+  infoOut->triangles = handle.triangles->data();
+  infoOut->order = handle.solverToCaller.data();
+  return QUORKIT_DONE;
+}
+
+QuorkitStatus quorkitSolve(const QuorkitSolver* solver, const double* prescribedValues,
+                           const double* sourceValues, double* fieldOut) {
+  if (solver == nullptr || prescribedValues == nullptr || fieldOut == nullptr) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  return guarded(
+      [&] { quor::solveField(*solver->handle, prescribedValues, sourceValues, fieldOut); });
+}
+
+void quorkitFreeSolver(QuorkitSolver* solver) {
+  delete solver;
+}
+
+QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
+                           double* areasOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  if ((areasOut == nullptr && n > 0) || !isMesh(mesh)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  quorkit::areas(mesh, areasOut);
+  return QUORKIT_DONE;
+}
+
+QuorkitStatus quorkitColours(int32_t n, const double* field, double low, double high,
+                             uint8_t* rgbaOut) {
+  const bool areThere = n == 0 || (field != nullptr && rgbaOut != nullptr);
+  if (n < 0 || !areThere || !std::isfinite(low) || !std::isfinite(high)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  quorkit::colours(static_cast<std::size_t>(n), field, low, high, rgbaOut);
+  return QUORKIT_DONE;
+}
+
+QuorkitStatus quorkitWrite(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
+                           const double* field, const char* path, const char* ramp, double margin) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  if (n < 1 || field == nullptr || path == nullptr || !(margin >= 0.0 && margin <= 1.0) ||
+      !isMesh(mesh) || !areFinite(vertices, 3 * mesh.vertexCount()) ||
+      !areFinite(field, mesh.vertexCount()) || basePath(path).empty()) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  return guarded([&] {
+    quorkit::writeObj(mesh, field, {std::string(basePath(path)), ramp}, margin);
+  });
+}
+
+QuorkitStatus quorkitEncodeToSphere(int32_t value, float* xOut, float* yOut, float* zOut) {
+  if (xOut == nullptr || yOut == nullptr || zOut == nullptr || value < -1 || value > 65534) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  const quor::SpherePoint point = quor::encodeIntegerToSphere(value);
+  *xOut = point.x;
+  *yOut = point.y;
+  *zOut = point.z;
+  return QUORKIT_DONE;
+}
+
+int32_t quorkitDecodeFromSphere(float x, float y, float z) {
+  return quor::decodeIntegerFromSphere({x, y, z});
+}

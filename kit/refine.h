@@ -1,0 +1,34 @@
+// Splits triangles until no edge is longer than a length.
+//
+// The subdivision is the "red-green" one of adaptive meshes without the "green" ones being undone:
+// R. E. Bank, A. H. Sherman, A. Weiser, Refinement algorithms and data structures for regular local
+// mesh refinement, Scientific Computing (1983).
+#pragma once
+
+#include "kit/mesh.h"
+
+#include <cstdint>
+
+namespace quorkit {
+
+/// The most triangles that a solver can be made of, and so the most that refining makes.
+constexpr std::int32_t kMostTriangles = 238609294;
+
+/// Splits every edge longer than the length at its midpoint, until none is left. Whether an edge is
+/// split, and where, depends on its ends alone and is the same either way round, so that every
+/// triangle can be divided on its own, by depth, and meets its neighbours; only the numbers of the
+/// midpoints are looked up in a table of edges.
+/// Throws std::length_error before anything is made if there would be more than kMostTriangles
+/// triangles, or if n and the number of new triangles is more than 2^31 - 1; and std::bad_alloc.
+/// @param mesh     finite coordinates, different corners in range
+/// @param longest  finite, above 0
+Mesh refine(const MeshView& mesh, double longest);
+
+/// How many triangles refine makes, or any number above `most` if that is more.
+std::int64_t countRefined(const MeshView& mesh, double longest, std::int64_t most);
+
+/// Refines to at most so many triangles, and as many as it finds a length for.
+/// @param wanted  1 .. kMostTriangles
+Mesh refineTo(const MeshView& mesh, std::int32_t wanted);
+
+}  // namespace quorkit
