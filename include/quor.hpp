@@ -32,13 +32,16 @@
 #include "quor.h"
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <fstream>
 #include <iterator>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -121,6 +124,14 @@ inline void requireCorners(Span<std::int32_t> triangles, std::int32_t vertexCoun
       throw std::out_of_range("quor: corner " + std::to_string(corner) + " of a mesh of " +
                               std::to_string(vertexCount) + " vertices");
     }
+  }
+}
+
+/// Opens a file for writing and leaves it as it is.
+inline void requireWritable(const std::string& file) {
+  errno = 0;
+  if (!std::ofstream(file, std::ios::app)) {
+    throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), "quor: " + file);
   }
 }
 
@@ -253,11 +264,16 @@ class Solver {
 
   /*
    * wobj: writes baseName + ".obj" and ".mtl". The field is in SOLVER order: see toSolverOrder. An
-   * empty solver writes nothing; a file that cannot be opened is told on standard error only.
+   * empty solver writes nothing. Throws std::system_error when a file cannot be opened; a disk that
+   * runs full is not noticed.
    */
   void writeObj(Span<double> fieldInSolverOrder, const std::string& baseName) const {
     detail::requireOnePerVertex(fieldInSolverOrder.size(), vertexCount(), "field values");
-    wobj(handle(), fieldInSolverOrder.data(), baseName.c_str());
+    if (handle_) {
+      detail::requireWritable(baseName + ".obj");  // the library would only print a line
+      detail::requireWritable(baseName + ".mtl");
+      wobj(handle(), fieldInSolverOrder.data(), baseName.c_str());
+    }
   }
 
  private:

@@ -150,7 +150,8 @@ typedef struct QuorkitMesh {
   const int32_t* triangles;       /* 3 * triangleCount vertex indices                             */
   const int32_t* triangleOrigins; /* triangleCount: the input triangle that each is a part of     */
   const int32_t* vertexOrigins;   /* 2 * vertexCount: see quorkitClean, quorkitRefine             */
-  const int32_t* vertexMap;       /* one entry per input vertex: what it became, -1 if dropped    */
+  const int32_t* vertexMap;       /* vertexMapCount: what each input vertex became, -1 if dropped */
+  int32_t vertexMapCount;         /* number of input vertices from quorkitClean, else 0           */
   double longestEdge;             /* the length that it was refined to; 0 from quorkitClean       */
 } QuorkitMesh;
 
@@ -191,8 +192,8 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
 /*
  * Splits a mesh until no edge is longer than a length, and stays the surface it was. What a CAD
  * host draws has no vertices inside flat faces, only long slivers: linear elements on that are
- * wrong by several per cent of the field, whatever the solver. A fiftieth of the part's diagonal
- * (QuorkitReport) is a length to begin with.
+ * wrong by several per cent of the field, whatever the solver. A thirty-second part of the
+ * part's diagonal (QuorkitReport) is a length to begin with.
  *
  * Every edge longer than the length, dx*dx + dy*dy + dz*dz > length*length in double, is split at
  * its midpoint; a triangle with one, two or three such edges becomes two, three or four triangles,
@@ -221,10 +222,15 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  *
  * A midpoint of two prescribed vertices need not be prescribed: its edge may cross a free face.
  *
+ * Triangles of the same three vertices, of which quorkitWeld leaves one, are split alike too.
+ *
  * QUORKIT_TOO_LARGE if there would be more than 238,609,294 triangles, the most that a solver
  * takes, or more than 2,147,483,647 vertices if every new triangle brought one. That is found out
- * before the splitting starts, by counting the triangles without making them: in a second or two,
- * and without memory.
+ * before the splitting starts, without memory and at once, from the sides of the triangles; only
+ * within a few tenths of the limit are they counted one by one, which takes some seconds.
+ *
+ * Time: ten million triangles in one or two seconds. Memory beside the mesh: 8 to 16 bytes for each
+ * new vertex.
  */
 QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32_t m,
                                         const int32_t* triangles, double longestEdge,
@@ -236,8 +242,8 @@ QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32
  * The mesh has never more triangles than wanted, unless the input has, which then comes back as it
  * is (longestEdge is that of the mesh). How near it comes from below depends on the edges: within a
  * few per cent where they have many different lengths; where all are alike, as in a grid, there is
- * no length between all and none, and it may be a quarter of the number. Lengths are tried to a
- * thousandth; about fifteen counts of the triangles are made.
+ * no length between all and none, and it may be a quarter of the number. The length is found to a
+ * thousandth, from the sides of the triangles, in little time beside that of the splitting.
  *
  *   triangleCount  the number wanted, 1 .. 238,609,294
  */
@@ -247,8 +253,14 @@ QUORKIT_API QuorkitStatus quorkitRefineTo(int32_t n, const double* vertices, int
 
 /*
  * Called now and then during quorkitConstruct, on the thread that called it, with the fraction of
- * the work that is done, by predicted operations: from 0 up to 1, never less than before. At most
- * every five milliseconds, and at least several times a second on a machine of this age.
+ * the work that is done, by predicted operations. First with 0, before the work begins, last with
+ * 1, when it is done; in between never with less than before, and at most every five milliseconds.
+ *
+ * That is often enough to repaint: several times a second with a million triangles, and two or three
+ * times with ten million, where copying the mesh and analysing the matrix are steps that report
+ * nothing before they are over. The one exception is a mesh of meaningless triangles (flat, not
+ * finite) or pieces without a prescribed vertex, for which quorkitCheck is there: should the
+ * factorization by blocks meet a pivot of zero, it is done again without reports.
  *
  *   fraction  0 .. 1
  *   context   what was passed with the function
@@ -334,8 +346,8 @@ QUORKIT_API QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_
  *   field  in   n values
  *   low    the value of the first colour, finite; what is below has it too
  *   high   the value of the last colour, finite; what is above has it too; may be below `low`,
- * which turns the colours round. With low == high equal values are in the middle. rgbaOut  out  4n
- * bytes; NaN becomes the grey 128 128 128 255, which is none of the colours
+ *          which turns the colours round. With low == high equal values are in the middle
+ *   rgbaOut  out  4n bytes; NaN becomes the grey 128 128 128 255, which is none of the colours
  */
 QUORKIT_API QuorkitStatus quorkitColours(int32_t n, const double* field, double low, double high,
                                          uint8_t* rgbaOut);
@@ -343,7 +355,7 @@ QUORKIT_API QuorkitStatus quorkitColours(int32_t n, const double* field, double 
 /*
  * Writes a mesh and a field as an OBJ file that viewers show as colours, and its material: the text
  * that wobj writes, with two differences. The material is named without directory, so that viewers
- * find it; and the texture coordinates may keep a margin.
+ * find it; and the texture coordinates may keep a margin, and are never NaN.
  *
  * The field is the first texture coordinate u, the largest value at the left end of the ramp (u =
  * 0), the smallest at its right end (u = 1). Viewers that repeat textures, as Blender, VTK and f3d

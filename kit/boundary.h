@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kit/obj_file.h"
+#include "kit/progress.h"
 #include "quorkit.h"
 
 #include <new>
@@ -21,6 +22,8 @@ QuorkitStatus guarded(const Call& call) noexcept {
     return QUORKIT_OUT_OF_MEMORY;
   } catch (const std::length_error&) {
     return QUORKIT_TOO_LARGE;
+  } catch (const Cancelled&) {
+    return QUORKIT_CANCELLED;
   } catch (const FileError&) {
     return QUORKIT_FILE;
   } catch (const std::system_error&) {

@@ -25,11 +25,12 @@ bool hasRepeatedCorner(const Triangle& t) {
 /// An edge that is the long side of a flat triangle, and the middle corner that lies on it.
 struct SplitEdge {
   std::int32_t u, v;  ///< u < v
+  std::size_t triangle;
   std::int32_t middle;
 };
 
 bool isBefore(const SplitEdge& a, const SplitEdge& b) {
-  return std::tie(a.u, a.v) < std::tie(b.u, b.v);
+  return std::tie(a.u, a.v, a.triangle) < std::tie(b.u, b.v, b.triangle);
 }
 
 /// The edges to be split in one round, each at one vertex.
@@ -37,7 +38,7 @@ class SplitEdges {
  public:
   SplitEdges(std::vector<SplitEdge> edges, std::size_t vertexCount)
       : edges_(std::move(edges)), isEnd_(vertexCount) {
-    std::stable_sort(edges_.begin(), edges_.end(), isBefore);  // the first triangle's comes first
+    std::sort(edges_.begin(), edges_.end(), isBefore);
     for (const SplitEdge& edge : edges_) {
       isEnd_[static_cast<std::size_t>(edge.u)] = isEnd_[static_cast<std::size_t>(edge.v)] = true;
     }
@@ -45,14 +46,15 @@ class SplitEdges {
 
   bool isEmpty() const { return edges_.empty(); }
 
-  /// The vertex at which the edge is split, kNone if it is not.
+  /// The vertex at which the edge is split, that of the first triangle; kNone if it is not.
   std::int32_t middle(std::int32_t a, std::int32_t b) const {
     if (!isEnd_[static_cast<std::size_t>(a)] || !isEnd_[static_cast<std::size_t>(b)]) {
       return kNone;
     }
-    const SplitEdge wanted = {std::min(a, b), std::max(a, b), kNone};
+    const SplitEdge wanted = {std::min(a, b), std::max(a, b), 0, kNone};
     const auto found = std::lower_bound(edges_.begin(), edges_.end(), wanted, isBefore);
-    return found != edges_.end() && !isBefore(wanted, *found) ? found->middle : kNone;
+    const bool isThere = found != edges_.end() && found->u == wanted.u && found->v == wanted.v;
+    return isThere ? found->middle : kNone;
   }
 
   static constexpr std::int32_t kNone = -1;
@@ -135,7 +137,8 @@ class Cleaning {
 
   std::vector<SplitEdge> longSides() const {
     std::vector<SplitEdge> edges;
-    for (const Triangle& t : triangles_) {
+    for (std::size_t k = 0; k < triangles_.size(); ++k) {
+      const Triangle& t = triangles_[k];
       if (hasRepeatedCorner(t)) {
         continue;
       }
@@ -143,7 +146,7 @@ class Cleaning {
       if (s.isFlat()) {
         const std::int32_t a = t[s.longest];
         const std::int32_t b = t[(s.longest + 1) % 3];
-        edges.push_back({std::min(a, b), std::max(a, b), t[(s.longest + 2) % 3]});
+        edges.push_back({std::min(a, b), std::max(a, b), k, t[(s.longest + 2) % 3]});
       }
     }
     return edges;
@@ -163,7 +166,7 @@ class Cleaning {
       // Of a flat triangle whose long side leads through its middle corner now nothing is left but
       // what lies between a short side and a corner on that.
       for (std::size_t e = 0; e < 3; ++e) {
-        if (corners[3 + e] != SplitEdges::kNone) {
+        if (corners[3 + e] != SplitEdges::kNone && corners[3 + e] != t[(e + 2) % 3]) {
           add({t[e], corners[3 + e], t[(e + 1) % 3]}, origin);
         }
       }

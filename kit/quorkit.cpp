@@ -9,7 +9,9 @@
 #include "kit/colours.h"
 #include "kit/mesh.h"
 #include "kit/obj_file.h"
+#include "kit/progress.h"
 #include "kit/refine.h"
+#include "kit/refine_to.h"
 #include "operator/construct_tagged.h"
 #include "solve/field_solve.h"
 #include "util/integer_on_sphere.h"
@@ -43,6 +45,7 @@ struct OwnedMesh : QuorkitMesh {
     triangleOrigins = data.triangleOrigins.data();
     vertexOrigins = data.vertexOrigins.data();
     vertexMap = data.vertexMap.empty() ? nullptr : data.vertexMap.data();
+    vertexMapCount = static_cast<std::int32_t>(data.vertexMap.size());
     longestEdge = data.longestEdge;
   }
   quorkit::Mesh data;
@@ -217,18 +220,22 @@ QuorkitStatus quorkitConstruct(int32_t n, const double* vertices, int32_t m,
   if (n < 1 || m < 1 || tags == nullptr || !areArrays(mesh)) {
     return QUORKIT_BAD_ARGUMENT;
   }
-  static_cast<void>(progress);
-  static_cast<void>(context);
   bool isRefused = false;
   const QuorkitStatus status = guarded([&] {
     quor::requireSizesFit(n, m);
     isRefused = !areCornersInRange(mesh);
     if (!isRefused) {
       auto solver = std::make_unique<QuorkitSolver>();
-      quor::Construction made = quor::constructTagged(n, vertices, m, triangles, tags);
+      quorkit::ProgressReporter reporter(progress, context);
+      reporter.begin();
+      quor::Construction made =
+          quor::constructTagged(n, vertices, m, triangles, tags, reporter.whole());
       isRefused = made.handle == nullptr;
       solver->handle = std::move(made.handle);
-      *solverOut = isRefused ? nullptr : solver.release();
+      if (!isRefused) {
+        reporter.end();
+        *solverOut = solver.release();
+      }
     }
   });
   return isRefused ? QUORKIT_BAD_ARGUMENT : status;

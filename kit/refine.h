@@ -8,6 +8,7 @@
 #include "kit/mesh.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace quorkit {
 
@@ -24,11 +25,10 @@ constexpr std::int32_t kMostTriangles = 238609294;
 /// @param longest  finite, above 0
 Mesh refine(const MeshView& mesh, double longest);
 
-/// How many triangles refine makes, or any number above `most` if that is more.
-std::int64_t countRefined(const MeshView& mesh, double longest, std::int64_t most);
-
-/// Refines to at most so many triangles, and as many as it finds a length for.
-/// @param wanted  1 .. kMostTriangles
-Mesh refineTo(const MeshView& mesh, std::int32_t wanted);
+/// The same without a look ahead.
+/// Throws std::bad_alloc.
+/// @param most  triangles, kMostTriangles or less
+/// @return nothing if they would be more
+std::optional<Mesh> refineUnlessMore(const MeshView& mesh, double longest, std::int64_t most);
 
 }  // namespace quorkit

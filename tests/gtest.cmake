@@ -29,9 +29,21 @@ add_executable(module_tests
 target_include_directories(module_tests PRIVATE ../benchmarks)
 target_link_libraries(module_tests PRIVATE quor_objects GTest::gtest_main)
 
+# The kit, from outside, beside the library whose answers it gives.
+add_executable(kit_tests
+  kit_check_test.cpp kit_refine_test.cpp kit_solver_test.cpp kit_wrapper_test.cpp kit_write_test.cpp)
+target_link_libraries(kit_tests PRIVATE quor::quorkit quor::quor GTest::gtest_main ${CMAKE_DL_LIBS})
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
+  target_sources(kit_tests PRIVATE kit_host_test.cpp)
+  target_compile_definitions(kit_tests PRIVATE QUORKIT_LIBRARY="$<TARGET_FILE:quorkit>"
+    QUORKIT_EXPORTS="${PROJECT_SOURCE_DIR}/kit/quorkit.exports")
+endif()
+
 # With an allocator that fails.
 add_executable(memory_tests memory_test.cpp support/allocations.cpp)
 target_link_libraries(memory_tests PRIVATE quor::quor GTest::gtest_main)
+add_executable(kit_memory_tests kit_memory_test.cpp support/allocations.cpp)
+target_link_libraries(kit_memory_tests PRIVATE quor::quorkit GTest::gtest_main)
 
 # Against the benchmarks' peer on the part of the examples, and against a reader of mesh files.
 set(has_part_tests OFF)
@@ -61,7 +73,7 @@ endif()
 add_executable(factor_overflow factor_overflow.cpp)
 target_link_libraries(factor_overflow PRIVATE quor::quor)
 
-set(tests boundary_tests memory_tests module_tests ${part_tests})
+set(tests boundary_tests kit_memory_tests kit_tests memory_tests module_tests ${part_tests})
 foreach(target ${tests} fingerprint factor_overflow)
   quor_options(${target})
   # Test arithmetic is full of harmless small integers.

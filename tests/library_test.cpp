@@ -1,28 +1,17 @@
 // The shared library as a host sees it: exported names, data, loading, unloading.
 
 #include "support/handle.h"
+#include "support/process.h"
 #include "support/sanitizers.h"
 #include "support/temp_directory.h"
 
 #include <dlfcn.h>
 
-#include <array>
-#include <cstdio>
 #include <string>
 
 using namespace test;
 
 namespace {
-
-std::string run(const std::string& command) {
-  std::string output;
-  FILE* pipe = popen(command.c_str(), "r");
-  std::array<char, 256> buffer{};
-  while (std::fgets(buffer.data(), buffer.size(), pipe) != nullptr) {
-    output += buffer.data();
-  }
-  return pclose(pipe) == 0 ? output : "failed";
-}
 
 TEST(Library, ExportsExactlyTheElevenNames) {
   EXPECT_EQ(run("nm -D --defined-only " QUOR_LIBRARY " | awk '{print $2, $3}' | LC_ALL=C sort -k2"),

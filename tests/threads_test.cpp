@@ -2,11 +2,10 @@
 
 #include "support/handle.h"
 #include "support/nasty_points.h"
+#include "support/process.h"
 #include "support/sanitizers.h"
 #include "support/temp_directory.h"
 #include "support/weld_oracle.h"
-
-#include <pthread.h>
 
 #include <numeric>
 #include <thread>
@@ -101,22 +100,6 @@ TEST(Threads, ManyHandles) {
 }
 
 #if !defined(QUOR_SANITIZED)  // sanitizers need larger stacks than the code they watch
-
-/// Runs work on a stack of 128 KB.
-void runOnSmallStack(const std::function<void()>& work) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, std::size_t{128} * 1024), 0);
-  pthread_t thread{};
-  const auto run = [](void* argument) -> void* {
-    (*static_cast<const std::function<void()>*>(argument))();
-    return nullptr;
-  };
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work)),
-            0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
-}
 
 TEST(Threads, EveryFunctionRunsOnA128KilobyteStack) {
   const TempDirectory directory;

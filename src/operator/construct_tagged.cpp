@@ -9,6 +9,7 @@
 #include <utility>
 
 namespace quor {
+
 /// 3n is counted in 32 bits without sign, and the 9m contributions of the assembly in 32 bits with
 /// sign.
 void requireSizesFit(std::int32_t n, std::int32_t m) {
@@ -20,14 +21,16 @@ void requireSizesFit(std::int32_t n, std::int32_t m) {
 }
 
 Construction constructTagged(std::int32_t n, const double* vertices, std::int32_t m,
-                             const std::int32_t* triangles, const std::int32_t* tags) {
+                             const std::int32_t* triangles, const std::int32_t* tags,
+                             const Progress& progress) {
   requireSizesFit(n, m);
   VertexPartition partition = partitionVertices(n, tags);
   Construction result;
   result.prescribedCount = partition.prescribedCount;
   quogeommallocsur(
       n, partition.prescribedCount, reorderCoordinates(vertices, partition.callerToSolver),
-      reorderTriangles(m, triangles, partition.callerToSolver), &result.status, &result.handle);
+      reorderTriangles(m, triangles, partition.callerToSolver), &result.status, &result.handle,
+      progress);
   if (result.handle) {
     result.handle->callerToSolver = std::move(partition.callerToSolver);
     result.handle->solverToCaller = std::move(partition.solverToCaller);
@@ -38,7 +41,8 @@ Construction constructTagged(std::int32_t n, const double* vertices, std::int32_
 
 void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
                       std::vector<double> coordinates, std::vector<std::int32_t> triangles,
-                      StatusCode* statusOut, std::unique_ptr<SolverHandle>* handleOut) {
+                      StatusCode* statusOut, std::unique_ptr<SolverHandle>* handleOut,
+                      const Progress& progress) {
   auto handle = std::make_unique<SolverHandle>();
   handle->prescribedCount = prescribedCount;
   handle->vertexCount = static_cast<std::uint64_t>(n);
@@ -50,11 +54,14 @@ void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
     handleOut->reset();
     return;
   }
+  constexpr double kAssembly = 0.15;  // of the time, of a mesh that takes long
   StiffnessBlocks stiffness = assembleStiffness(n, static_cast<std::int32_t>(prescribedCount),
-                                                *handle->vertices, *handle->triangles);
+                                                *handle->vertices, *handle->triangles,
+                                                progress.part(0.0, kAssembly));
   handle->stiffnessFP = std::move(stiffness.FP);
   handle->stiffnessFF = std::move(stiffness.FF);
-  handle->factorFF = std::make_shared<const Factorization>(*handle->stiffnessFF);
+  handle->factorFF = std::make_shared<const Factorization>(*handle->stiffnessFF,
+                                                           progress.part(kAssembly, 1.0));
   *handleOut = std::move(handle);
 }
 

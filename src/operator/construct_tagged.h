@@ -3,6 +3,7 @@
 
 #include "api/solver_handle.h"
 #include "quor.h"
+#include "util/progress.h"
 
 #include <cstdint>
 #include <memory>
@@ -27,8 +28,10 @@ void requireSizesFit(std::int32_t n, std::int32_t m);
 /// @param n,vertices   at least 1; 3n coordinates
 /// @param m,triangles  at least 1; 3m corners in 0 .. n-1
 /// @param tags         n tags
+/// @param progress     is reported to during assembly and factorization
 Construction constructTagged(std::int32_t n, const double* vertices, std::int32_t m,
-                             const std::int32_t* triangles, const std::int32_t* tags);
+                             const std::int32_t* triangles, const std::int32_t* tags,
+                             const Progress& progress = {});
 
 /// The part of the construction that works in solver order: checks the mesh, assembles the
 /// stiffness matrix, keeps its free-free and free-prescribed blocks and factorizes the former. Its
@@ -39,6 +42,7 @@ Construction constructTagged(std::int32_t n, const double* vertices, std::int32_
 /// @param handleOut              receives the handle (permutations and tags still empty), or null
 void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
                       std::vector<double> coordinates, std::vector<std::int32_t> triangles,
-                      StatusCode* statusOut, std::unique_ptr<SolverHandle>* handleOut);
+                      StatusCode* statusOut, std::unique_ptr<SolverHandle>* handleOut,
+                      const Progress& progress = {});
 
 }  // namespace quor

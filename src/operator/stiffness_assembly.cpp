@@ -51,19 +51,28 @@ class ColumnAppender {
 
 StiffnessBlocks assembleStiffness(std::int32_t n, std::int32_t prescribed,
                                   const std::vector<double>& vertices,
-                                  const std::vector<std::int32_t>& triangles) {
+                                  const std::vector<std::int32_t>& triangles,
+                                  const Progress& progress) {
   const VertexTriangles mesh(n, triangles);
   const std::size_t m = triangles.size() / 3;
   // A vector would write zeros into them first.  NOLINTNEXTLINE(modernize-avoid-c-arrays)
   const std::unique_ptr<ElementStiffness[]> elements(new ElementStiffness[m]);
   elementStiffnesses(vertices.data(), triangles.data(), m, elements.get());
+  constexpr double kElements = 0.4;  // of the time
+  progress.report(kElements);
+  const Progress columns = progress.part(kElements, 1.0);
   StiffnessColumn column(n);
   const auto block = [&](std::int32_t first, std::int32_t last, std::int64_t expected) {
     auto matrix = std::make_shared<SparseMatrix>(n - prescribed, last - first);
     ColumnAppender appender(*matrix, prescribed, expected);
-    for (std::int32_t vertex = first; vertex < last; ++vertex) {
-      column.compute(vertex, mesh.around(vertex), triangles.data(), elements.get());
-      appender.append(column);
+    constexpr std::int32_t kBetweenReports = 4096;
+    for (std::int32_t vertex = first; vertex < last;) {
+      const std::int32_t end = progress ? vertex + std::min(last - vertex, kBetweenReports) : last;
+      for (; vertex < end; ++vertex) {
+        column.compute(vertex, mesh.around(vertex), triangles.data(), elements.get());
+        appender.append(column);
+      }
+      columns.report(static_cast<double>(end) / n);
     }
     appender.finish();
     return matrix;

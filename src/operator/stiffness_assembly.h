@@ -2,6 +2,7 @@
 #pragma once
 
 #include "operator/factor/sparse_matrix.h"
+#include "util/progress.h"
 
 #include <cstdint>
 #include <memory>
@@ -22,8 +23,10 @@ struct StiffnessBlocks {
 /// @param prescribed  how many of them are prescribed: the first ones
 /// @param vertices    3n coordinates
 /// @param triangles   3m corners in 0 .. n-1, m at most (2^31-1)/9, that checkMesh accepts
+/// @param progress    is reported to every few thousand columns
 StiffnessBlocks assembleStiffness(std::int32_t n, std::int32_t prescribed,
                                   const std::vector<double>& vertices,
-                                  const std::vector<std::int32_t>& triangles);
+                                  const std::vector<std::int32_t>& triangles,
+                                  const Progress& progress = {});
 
 }  // namespace quor

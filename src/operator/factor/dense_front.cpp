@@ -170,43 +170,44 @@ QUOR_ALWAYS_INLINE void DenseFront::updateRest(Index begin, Index end) {
 }
 
 template <typename Vectors>
-QUOR_ALWAYS_INLINE bool DenseFront::eliminateWith(Index pivots) {
+QUOR_ALWAYS_INLINE bool DenseFront::eliminateWith(Index pivots, const Progress& progress) {
   for (Index begin = 0; begin < pivots; begin += kPanel) {
     const Index end = std::min(begin + kPanel, pivots);
     if (!eliminatePanel<Vectors>(begin, end)) {
       return false;
     }
     updateRest<Vectors>(begin, end);
+    progress.report(static_cast<double>(end) / static_cast<double>(pivots));
   }
   return true;
 }
 
 #if defined(QUOR_WIDE_VECTORS)
 // Without fused multiply-add, which would round once where the others round twice.
-__attribute__((target("avx2"))) bool DenseFront::eliminateWithFour(Index pivots) {
-  return eliminateWith<Vectors4>(pivots);
+__attribute__((target("avx2"))) bool DenseFront::eliminateWithFour(Index pivots, const Progress& progress) {
+  return eliminateWith<Vectors4>(pivots, progress);
 }
-__attribute__((target("avx512f"))) bool DenseFront::eliminateWithEight(Index pivots) {
-  return eliminateWith<Vectors8>(pivots);
+__attribute__((target("avx512f"))) bool DenseFront::eliminateWithEight(Index pivots, const Progress& progress) {
+  return eliminateWith<Vectors8>(pivots, progress);
 }
 #else
-bool DenseFront::eliminateWithFour(Index pivots) {
-  return eliminateWith<Vectors2>(pivots);
+bool DenseFront::eliminateWithFour(Index pivots, const Progress& progress) {
+  return eliminateWith<Vectors2>(pivots, progress);
 }
-bool DenseFront::eliminateWithEight(Index pivots) {
-  return eliminateWith<Vectors2>(pivots);
+bool DenseFront::eliminateWithEight(Index pivots, const Progress& progress) {
+  return eliminateWith<Vectors2>(pivots, progress);
 }
 #endif
 
-bool DenseFront::eliminate(Index pivots) {
+bool DenseFront::eliminate(Index pivots, const Progress& progress) {
   assert(pivots >= 0 && pivots <= size_);
   switch (width_) {
     case VectorWidth::eight:
-      return eliminateWithEight(pivots);
+      return eliminateWithEight(pivots, progress);
     case VectorWidth::four:
-      return eliminateWithFour(pivots);
+      return eliminateWithFour(pivots, progress);
     default:
-      return eliminateWith<Vectors2>(pivots);
+      return eliminateWith<Vectors2>(pivots, progress);
   }
 }
 

@@ -7,6 +7,7 @@
 
 #include "operator/factor/vectors.h"
 #include "operator/factor/work_array.h"
+#include "util/progress.h"
 
 #include <cstddef>
 
@@ -37,18 +38,19 @@ class DenseFront {
 
   /// Eliminates the first columns. They become those of L, with D on the diagonal in place of the
   /// ones; the others become the Schur complement.
-  /// @param pivots  how many, at most size
+  /// @param pivots    how many, at most size
+  /// @param progress  is reported to after every panel
   /// @return false, and the matrix is spoilt, if a pivot is zero or not finite
-  bool eliminate(Index pivots);
+  bool eliminate(Index pivots, const Progress& progress = {});
 
  private:
   static constexpr Index kBlock = 8;
   static constexpr Index kPanel = 32;
 
   template <typename Vectors>
-  bool eliminateWith(Index pivots);
-  bool eliminateWithFour(Index pivots);
-  bool eliminateWithEight(Index pivots);
+  bool eliminateWith(Index pivots, const Progress& progress);
+  bool eliminateWithFour(Index pivots, const Progress& progress);
+  bool eliminateWithEight(Index pivots, const Progress& progress);
   template <typename Vectors>
   bool eliminatePanel(Index begin, Index end);
   template <typename Vectors>

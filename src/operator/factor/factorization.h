@@ -5,6 +5,7 @@
 #include "operator/factor/dense_front.h"
 #include "operator/factor/permuted_triangles.h"
 #include "operator/factor/sparse_matrix.h"
+#include "util/progress.h"
 
 #include <Eigen/SparseCholesky>
 
@@ -38,8 +39,9 @@ class Factorization
   /// Factorizes; info() tells the outcome.
   /// Throws std::length_error("vector") if L would have more than 2^31 - 1 entries, or the ordering
   /// would need more room than that, before anything is computed; and std::bad_alloc.
-  /// @param matrix  symmetric, both triangles stored, compressed, rows ascending
-  explicit Factorization(const SparseMatrix& matrix);
+  /// @param matrix    symmetric, both triangles stored, compressed, rows ascending
+  /// @param progress  is reported to during ordering and multifrontal method, and between all steps
+  explicit Factorization(const SparseMatrix& matrix, const Progress& progress = {});
 
   /// D. What vectorD() gives is a copy.
   const Eigen::VectorXd& diagonal() const { return m_diag; }
@@ -53,13 +55,13 @@ class Factorization
  protected:
   // The steps, in their order, for whoever measures them one by one.
   Factorization() = default;
-  PermutedTriangles order(const SparseMatrix& matrix);
+  PermutedTriangles order(const SparseMatrix& matrix, const Progress& progress = {});
   /// Takes the pattern of L over and makes room for it.
   void takeOver(const Analysis& analysis);
   /// @param matrix    that was ordered
   /// @param permuted  of it; loses its upper triangle
   void computeEntries(const SparseMatrix& matrix, PermutedTriangles& permuted,
-                      const Analysis& analysis, VectorWidth width);
+                      const Analysis& analysis, VectorWidth width, const Progress& progress = {});
 
  private:
   std::vector<std::uint8_t> columnGroups_;

@@ -25,6 +25,11 @@ struct Front {
   int memberEnd = 0;
 
   int size() const { return columns + rows; }
+  /// Floating-point operations of its elimination, in pairs of a product and a sum.
+  double operations() const {
+    const auto squares = [](double n) { return n * (n + 1) * (2 * n + 1) / 6; };  // 1 + 4 + ... n^2
+    return squares(size()) - squares(rows);
+  }
   /// Entries of the lower triangle of what is left.
   std::int64_t remainder() const { return std::int64_t{rows} * (rows + 1) / 2; }
 };

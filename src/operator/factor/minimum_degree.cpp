@@ -19,10 +19,11 @@ void requireMemoryFits(const SparseMatrix& matrix) {
 
 }  // namespace
 
-Permutation orderByMinimumDegree(const SparseMatrix& matrix, Permutation& inverse) {
+Permutation orderByMinimumDegree(const SparseMatrix& matrix, Permutation& inverse,
+                                 const Progress& progress) {
   requireMemoryFits(matrix);
   QuotientGraph graph(matrix);
-  graph.eliminateAll();
+  graph.eliminateAll(progress);
   inverse.resize(matrix.cols());
   graph.postorder(inverse.indices().data());
   return inverse.inverse();

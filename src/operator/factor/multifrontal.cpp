@@ -72,7 +72,9 @@ class Multifrontal {
     waiting_.reserve(tree.fronts.size());
   }
 
-  bool run() {
+  bool run(const Progress& progress) {
+    const double operations = progress ? operationsOf(tree_) : 1.0;
+    double done = 0.0;  // of the operations; stays 0 if nobody watches
     for (const Front& front : tree_.fronts) {
       listIndices(front);
       dense_.reset(front.size());
@@ -82,7 +84,9 @@ class Multifrontal {
         addRemainder(*waiting_.back());
         waiting_.pop_back();
       }
-      if (!dense_.eliminate(front.columns)) {
+      const double begin = done;
+      done += progress ? front.operations() / operations : 0.0;
+      if (!dense_.eliminate(front.columns, progress.part(begin, std::min(done, 1.0)))) {
         return false;
       }
       for (int member = front.memberBegin; member < front.memberEnd; ++member) {
@@ -95,6 +99,14 @@ class Multifrontal {
   }
 
  private:
+  static double operationsOf(const FrontTree& tree) {
+    double sum = 0.0;
+    for (const Front& front : tree.fronts) {
+      sum += front.operations();
+    }
+    return sum;
+  }
+
   /// The front's rows: the columns of its supernodes, each behind its descendants, and below them
   /// the shared rows. The rows of one column of L are a path in the elimination tree, so they stand
   /// in the front in the order of their indices. From now on places_ says where a row is.
@@ -221,10 +233,11 @@ std::int64_t workSize(const FrontTree& tree) {
 }
 
 bool factorizeFronts(PermutedTriangles& matrix, const Supernodes& supernodes, const FrontTree& tree,
-                     VectorWidth width, const FactorArrays& factor) {
+                     VectorWidth width, const FactorArrays& factor, const Progress& progress) {
   Diagonal diagonal(matrix.upper);
   SparseMatrix().swap(matrix.upper);  // an assignment would keep its memory
-  return Multifrontal(matrix.lower, std::move(diagonal), supernodes, tree, width, factor).run();
+  return Multifrontal(matrix.lower, std::move(diagonal), supernodes, tree, width, factor)
+      .run(progress);
 }
 
 }  // namespace quor

@@ -9,6 +9,7 @@
 #include "operator/factor/front_tree.h"
 #include "operator/factor/permuted_triangles.h"
 #include "operator/factor/supernodes.h"
+#include "util/progress.h"
 
 #include <cstdint>
 
@@ -33,8 +34,9 @@ std::int64_t workSize(const FrontTree& tree);
 /// Throws std::bad_alloc.
 /// @param matrix  in the order of elimination; its upper triangle is released when its diagonal has
 ///                been taken from it
+/// @param progress  is reported to by operations, after every front, and within the large ones
 /// @return false, and undefined arrays, if a pivot is zero or not finite
 bool factorizeFronts(PermutedTriangles& matrix, const Supernodes& supernodes, const FrontTree& tree,
-                     VectorWidth width, const FactorArrays& factor);
+                     VectorWidth width, const FactorArrays& factor, const Progress& progress = {});
 
 }  // namespace quor

@@ -10,6 +10,7 @@
 #pragma once
 
 #include "operator/factor/sparse_matrix.h"
+#include "util/progress.h"
 
 #include <Eigen/Core>
 
@@ -41,7 +42,8 @@ class QuotientGraph {
   ///                rows at most 2^31 - 1
   explicit QuotientGraph(const SparseMatrix& matrix);
 
-  void eliminateAll();
+  /// @param progress  is reported to by unknowns, every few thousand
+  void eliminateAll(const Progress& progress = {});
 
   /// Writes the n unknowns in the order of their elimination: children before their parents,
   /// elements before the variables that were merged, both ascending. To be called last.
@@ -74,6 +76,7 @@ class QuotientGraph {
   Element& elementOf(int e) { return elements_[static_cast<std::size_t>(e)]; }
   int& sizeOf(int i) { return sizes_[static_cast<std::size_t>(i)]; }
 
+  void eliminateUpTo(int end);
   void listNeighbours(const SparseMatrix& matrix);
   void sortOutByDegree();
   void insertByDegree(int i);

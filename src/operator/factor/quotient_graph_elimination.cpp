@@ -11,9 +11,18 @@
 
 namespace quor {
 
-// Nearly all of the time goes into these few loops, which do better in one function.
-[[gnu::flatten]] void QuotientGraph::eliminateAll() {
+void QuotientGraph::eliminateAll(const Progress& progress) {
+  constexpr int kBetweenReports = 4096;
   while (eliminated_ < n_) {
+    eliminateUpTo(progress ? std::min(eliminated_ + kBetweenReports, n_) : n_);
+    progress.report(static_cast<double>(eliminated_) / n_);
+  }
+}
+
+/// Goes on until so many unknowns are eliminated, or a few more. Nearly all of the time goes into
+/// these few loops, which do better in one function.
+[[gnu::flatten]] void QuotientGraph::eliminateUpTo(int end) {
+  while (eliminated_ < end) {
     choosePivot();
     formElement();
     measureElements();

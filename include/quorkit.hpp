@@ -1,0 +1,297 @@
+/*
+ * quorkit.hpp - the C++ wrapper of quorkit.h, in the style of quor.hpp: the same functions with
+ * vectors, meshes and solvers that free themselves, and exceptions. C++17, header only; link the
+ * library quorkit, and no other.
+ *
+ *   const quor::Welded soup = quor::kit::weld(points, triangles, 1e-6);
+ *   const quor::kit::Mesh clean = quor::kit::clean(soup.vertices, soup.triangles);
+ *   const double edge = quor::kit::check(clean.vertices(), clean.triangles()).diagonal / 32;
+ *   const quor::kit::Mesh mesh = quor::kit::refine(clean.vertices(), clean.triangles(), edge);
+ *   const quor::kit::Solver solver(mesh.vertices(), mesh.triangles(), tags);
+ *   const std::vector<double> field = solver.solve(values);
+ *   quor::kit::write(mesh.vertices(), mesh.triangles(), field, "parts/plate");
+ *
+ * What the functions compute, and their limits and threads, is told in quorkit.h and holds here word
+ * for word; the const members of a Solver are the calls that may overlap. A status that is not
+ * QUORKIT_DONE becomes an exception:
+ *
+ *   QUORKIT_BAD_ARGUMENT   std::invalid_argument, also for spans whose lengths do not fit together
+ *   QUORKIT_OUT_OF_MEMORY  std::bad_alloc
+ *   QUORKIT_TOO_LARGE      std::length_error, also for spans of more than 2,147,483,647 vertices
+ *   all others             quor::kit::Error, with the status
+ *
+ * They are thrown by this header, in the caller's own program: any compiler's code catches them.
+ */
+#ifndef QUORKIT_HPP
+#define QUORKIT_HPP
+
+#if __cplusplus < 201703L && (!defined(_MSVC_LANG) || _MSVC_LANG < 201703L)
+#error "quorkit.hpp needs C++17: compile with -std=c++17 (MSVC: /std:c++17), or take quorkit.h"
+#else
+
+#include "quor.hpp"
+#include "quorkit.h"
+
+#include <exception>
+#include <functional>
+#include <new>
+
+namespace quor::kit {
+
+/* QUORKIT_FILE, QUORKIT_CANCELLED or QUORKIT_INTERNAL. */
+class Error : public std::runtime_error {
+ public:
+  explicit Error(QuorkitStatus status)
+      : std::runtime_error(std::string("quor: ") + quorkitStatusText(status)), status_(status) {}
+
+  QuorkitStatus status() const { return status_; }
+
+ private:
+  QuorkitStatus status_;
+};
+
+namespace detail {
+
+inline void require(QuorkitStatus status) {
+  switch (status) {
+    case QUORKIT_DONE:
+      return;
+    case QUORKIT_BAD_ARGUMENT:
+      throw std::invalid_argument(std::string("quor: ") + quorkitStatusText(status));
+    case QUORKIT_OUT_OF_MEMORY:
+      throw std::bad_alloc();
+    case QUORKIT_TOO_LARGE:
+      throw std::length_error(std::string("quor: ") + quorkitStatusText(status));
+    default:
+      throw Error(status);
+  }
+}
+
+inline std::int32_t vertexCount(Span<double> vertices) {
+  return quor::detail::count(vertices.size(), 3, "vertices");
+}
+
+inline std::int32_t triangleCount(Span<std::int32_t> triangles) {
+  return quor::detail::count(triangles.size(), 3, "triangles");
+}
+
+}  // namespace detail
+
+/* A mesh of the library's, owned: moves, does not copy, and is empty after a move. */
+class Mesh {
+ public:
+  Mesh() = default;
+  /* Takes over what quorkitClean or a like function gave, null for an empty mesh. */
+  explicit Mesh(const QuorkitMesh* mesh) : mesh_(mesh) {}
+
+  /* Views of the arrays of QuorkitMesh, valid as long as the mesh. */
+  Span<double> vertices() const {
+    return mesh_ ? Span<double>(mesh_->vertices, 3 * vertexCount()) : Span<double>();
+  }
+  Span<std::int32_t> triangles() const {
+    return mesh_ ? Span<std::int32_t>(mesh_->triangles, 3 * triangleCount())
+                 : Span<std::int32_t>();
+  }
+  Span<std::int32_t> triangleOrigins() const {
+    return mesh_ ? Span<std::int32_t>(mesh_->triangleOrigins, triangleCount())
+                 : Span<std::int32_t>();
+  }
+  Span<std::int32_t> vertexOrigins() const {
+    return mesh_ ? Span<std::int32_t>(mesh_->vertexOrigins, 2 * vertexCount())
+                 : Span<std::int32_t>();
+  }
+  /* One entry per vertex of the input of `clean`; empty after `refine`. */
+  Span<std::int32_t> vertexMap() const {
+    return mesh_ && mesh_->vertexMap != nullptr
+               ? Span<std::int32_t>(mesh_->vertexMap,
+                                    static_cast<std::size_t>(mesh_->vertexMapCount))
+               : Span<std::int32_t>();
+  }
+  double longestEdge() const { return mesh_ ? mesh_->longestEdge : 0.0; }
+
+ private:
+  std::size_t vertexCount() const { return static_cast<std::size_t>(mesh_->vertexCount); }
+  std::size_t triangleCount() const { return static_cast<std::size_t>(mesh_->triangleCount); }
+
+  struct Free {
+    void operator()(const QuorkitMesh* mesh) const { quorkitFreeMesh(mesh); }
+  };
+  std::unique_ptr<const QuorkitMesh, Free> mesh_;
+};
+
+/* quorkitWeld. */
+inline Welded weld(Span<double> points, Span<std::int32_t> triangles, double tolerance) {
+  const std::int32_t pointCount = quor::detail::count(points.size(), 3, "points");
+  const std::int32_t triangleCount = detail::triangleCount(triangles);
+  Welded welded;
+  welded.vertices.resize(points.size());
+  welded.triangles.resize(triangles.size());
+  welded.pointMap.resize(points.size() / 3);
+  std::int32_t vertices = 0;
+  std::int32_t kept = 0;
+  detail::require(quorkitWeld(pointCount, points.data(), triangleCount, triangles.data(),
+                              welded.vertices.data(), welded.triangles.data(),
+                              welded.pointMap.data(), &vertices, &kept, tolerance));
+  welded.vertices.resize(3 * static_cast<std::size_t>(vertices));
+  welded.triangles.resize(3 * static_cast<std::size_t>(kept));
+  return welded;
+}
+
+/* quorkitCheck. No tags: what is prescribed is not looked at. */
+inline QuorkitReport check(Span<double> vertices, Span<std::int32_t> triangles,
+                           Span<std::int32_t> tags = {}) {
+  const std::int32_t n = detail::vertexCount(vertices);
+  if (tags.size() != 0) {
+    quor::detail::requireOnePerVertex(tags.size(), vertices.size() / 3, "tags");
+  }
+  QuorkitReport report{};
+  detail::require(quorkitCheck(n, vertices.data(), detail::triangleCount(triangles),
+                               triangles.data(), tags.size() != 0 ? tags.data() : nullptr,
+                               &report));
+  return report;
+}
+
+/* quorkitClean. */
+inline Mesh clean(Span<double> vertices, Span<std::int32_t> triangles) {
+  const QuorkitMesh* mesh = nullptr;
+  detail::require(quorkitClean(detail::vertexCount(vertices), vertices.data(),
+                               detail::triangleCount(triangles), triangles.data(), &mesh));
+  return Mesh(mesh);
+}
+
+/* quorkitRefine. */
+inline Mesh refine(Span<double> vertices, Span<std::int32_t> triangles, double longestEdge) {
+  const QuorkitMesh* mesh = nullptr;
+  detail::require(quorkitRefine(detail::vertexCount(vertices), vertices.data(),
+                                detail::triangleCount(triangles), triangles.data(), longestEdge,
+                                &mesh));
+  return Mesh(mesh);
+}
+
+/* quorkitRefineTo. */
+inline Mesh refineTo(Span<double> vertices, Span<std::int32_t> triangles,
+                     std::int32_t triangleCount) {
+  const QuorkitMesh* mesh = nullptr;
+  detail::require(quorkitRefineTo(detail::vertexCount(vertices), vertices.data(),
+                                  detail::triangleCount(triangles), triangles.data(),
+                                  triangleCount, &mesh));
+  return Mesh(mesh);
+}
+
+/* A solver, owned: moves, does not copy, and is empty after a move. */
+class Solver {
+ public:
+  /* Is told how much is done, 0 .. 1, as QuorkitProgress is; returns whether to go on. */
+  using Progress = std::function<bool(double fraction)>;
+
+  /* An empty solver, which has no vertices. */
+  Solver() = default;
+
+  /*
+   * quorkitConstruct. An exception that leaves `progress` cancels, and then leaves this.
+   *
+   *   vertices   three coordinates per vertex
+   *   triangles  three vertex indices per triangle
+   *   tags       one per vertex; 1, 2 and 3 are prescribed
+   *   progress   may be empty
+   */
+  Solver(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags,
+         const Progress& progress = {}) {
+    quor::detail::requireOnePerVertex(tags.size(), vertices.size() / 3, "tags");
+    Watch watch{progress, nullptr};
+    QuorkitSolver* solver = nullptr;
+    const QuorkitStatus status = quorkitConstruct(
+        detail::vertexCount(vertices), vertices.data(), detail::triangleCount(triangles),
+        triangles.data(), tags.data(), progress ? &Watch::call : nullptr, &watch, &solver);
+    solver_.reset(solver);
+    if (watch.thrown) {
+      std::rethrow_exception(watch.thrown);
+    }
+    detail::require(status);
+  }
+
+  /* Whether there is a solver, factorized or not. */
+  explicit operator bool() const { return solver_ != nullptr; }
+
+  /* quorkitSolverInfo; all 0 when empty. */
+  QuorkitSolverInfo info() const {
+    QuorkitSolverInfo info{};
+    quorkitSolverInfo(solver_.get(), &info);
+    return info;
+  }
+
+  /* quorkitSolve: one value per vertex in and out, in the caller's order. */
+  std::vector<double> solve(Span<double> prescribedValues) const {
+    return solveWith(prescribedValues, nullptr);
+  }
+  std::vector<double> solve(Span<double> prescribedValues, Span<double> sourceValues) const {
+    quor::detail::requireOnePerVertex(sourceValues.size(), prescribedValues.size(),
+                                      "source values");
+    return solveWith(prescribedValues, sourceValues.data());
+  }
+
+ private:
+  struct Free {
+    void operator()(QuorkitSolver* solver) const { quorkitFreeSolver(solver); }
+  };
+  struct Watch {
+    const Progress& progress;
+    std::exception_ptr thrown;
+    static std::int32_t call(double fraction, void* context) {
+      auto* const watch = static_cast<Watch*>(context);
+      try {
+        return watch->progress(fraction) ? 0 : 1;
+      } catch (...) {
+        watch->thrown = std::current_exception();
+        return 1;
+      }
+    }
+  };
+
+  std::vector<double> solveWith(Span<double> prescribedValues, const double* sourceValues) const {
+    const auto n = static_cast<std::size_t>(info().vertexCount);
+    quor::detail::requireOnePerVertex(prescribedValues.size(), n, "prescribed values");
+    std::vector<double> field(n);
+    if (solver_) {
+      detail::require(
+          quorkitSolve(solver_.get(), prescribedValues.data(), sourceValues, field.data()));
+    }
+    return field;
+  }
+
+  std::unique_ptr<QuorkitSolver, Free> solver_;
+};
+
+/* quorkitAreas: one per vertex. */
+inline std::vector<double> areas(Span<double> vertices, Span<std::int32_t> triangles) {
+  std::vector<double> areas(vertices.size() / 3);
+  detail::require(quorkitAreas(detail::vertexCount(vertices), vertices.data(),
+                               detail::triangleCount(triangles), triangles.data(), areas.data()));
+  return areas;
+}
+
+/* quorkitColours: four bytes per value. */
+inline std::vector<std::uint8_t> colours(Span<double> field, double low, double high) {
+  std::vector<std::uint8_t> rgba(4 * field.size());
+  detail::require(quorkitColours(quor::detail::count(field.size(), 1, "values"), field.data(), low,
+                                 high, rgba.data()));
+  return rgba;
+}
+
+/*
+ * quorkitWrite. The default margin is for viewers that repeat textures, and good for all others.
+ *
+ *   ramp  path of viridis.PNG, to be copied beside the files; empty: no copy
+ */
+inline void write(Span<double> vertices, Span<std::int32_t> triangles, Span<double> field,
+                  const std::string& path, const std::string& ramp = {}, double margin = 0.001) {
+  quor::detail::requireOnePerVertex(field.size(), vertices.size() / 3, "field values");
+  detail::require(quorkitWrite(detail::vertexCount(vertices), vertices.data(),
+                               detail::triangleCount(triangles), triangles.data(), field.data(),
+                               path.c_str(), ramp.empty() ? nullptr : ramp.c_str(), margin));
+}
+
+}  // namespace quor::kit
+
+#endif
+#endif

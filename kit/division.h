@@ -1,0 +1,111 @@
+// How one triangle is divided until none of its edges is longer than a length.
+#pragma once
+
+#include "kit/mesh.h"
+#include "kit/split_pattern.h"
+#include "kit/triangle_shape.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace quorkit {
+
+struct Corner {
+  Point point;
+  std::int32_t index;  ///< of the vertex; without a meaning where triangles are only counted
+};
+using Corners = std::array<Corner, 3>;
+
+inline Corners cornersOf(const MeshView& mesh, std::size_t t) {
+  Corners corners{};
+  for (std::size_t k = 0; k < 3; ++k) {
+    const std::int32_t index = mesh.triangles[3 * t + k];
+    corners[k] = {pointAt(mesh.vertices, index), index};
+  }
+  return corners;
+}
+
+/// The same bits either way round; halves cannot overflow.
+inline Point midpoint(Point p, Point q) {
+  return {0.5 * p.x + 0.5 * q.x, 0.5 * p.y + 0.5 * q.y, 0.5 * p.z + 0.5 * q.z};
+}
+
+/// Divides triangles by depth, the parts of each in the order of their patterns. Whether an edge is
+/// split, and where, depends on its ends alone and is the same either way round.
+class Division {
+ public:
+  explicit Division(double longest) : squaredLongest_(longest * longest) {}
+
+  /// @param number  (corner, corner, midpoint) -> index of the midpoint's vertex
+  /// @param emit    (corners) -> whether to go on; gets every part that is not divided any more
+  /// @return whether it came to an end
+  template <typename Number, typename Emit>
+  bool divide(const Corners& triangle, const Number& number, const Emit& emit) {
+    waiting_.assign(1, triangle);
+    while (!waiting_.empty()) {
+      std::array<Corner, 6> corners{waiting_.back()[0], waiting_.back()[1], waiting_.back()[2]};
+      waiting_.pop_back();
+      unsigned sides = 0;
+      for (std::size_t e = 0; e < 3; ++e) {
+        sides |= isSplit(corners[e].point, corners[(e + 1) % 3].point) ? 1U << e : 0U;
+      }
+      if (sides == 0) {
+        if (!emit(Corners{corners[0], corners[1], corners[2]})) {
+          return false;
+        }
+        continue;
+      }
+      for (std::size_t e = 0; e < 3; ++e) {
+        if ((sides >> e & 1U) != 0) {
+          const Corner& p = corners[e];
+          const Corner& q = corners[(e + 1) % 3];
+          corners[3 + e].point = midpoint(p.point, q.point);
+          corners[3 + e].index = number(p, q, corners[3 + e].point);
+        }
+      }
+      const SplitPattern& pattern = kPatterns[sides][isOtherShorter(sides, corners) ? 1 : 0];
+      for (std::size_t part = pattern.count; part-- > 0;) {
+        const auto& c = pattern.parts[part];
+        waiting_.push_back({corners[c[0]], corners[c[1]], corners[c[2]]});
+      }
+    }
+    return true;
+  }
+
+ private:
+  static constexpr auto kPatterns = [] {
+    std::array<std::array<SplitPattern, 2>, 8> patterns{};
+    for (unsigned sides = 0; sides < 8; ++sides) {
+      patterns[sides][0] = splitPattern(sides, false);
+      patterns[sides][1] = splitPattern(sides, true);
+    }
+    return patterns;
+  }();
+
+  static bool isSame(Point p, Point q) { return p.x == q.x && p.y == q.y && p.z == q.z; }
+
+  /// An edge whose midpoint rounds to an end cannot be split.
+  bool isSplit(Point p, Point q) const {
+    if (!(squaredDistance(p, q) > squaredLongest_)) {
+      return false;
+    }
+    const Point middle = midpoint(p, q);
+    return !isSame(middle, p) && !isSame(middle, q);
+  }
+
+  static bool isOtherShorter(unsigned sides, const std::array<Corner, 6>& corners) {
+    if (sides != 3 && sides != 5 && sides != 6) {
+      return false;
+    }
+    const Quadrilateral quad = quadrilateralOf(sides);
+    return squaredDistance(corners[quad.j].point, corners[quad.q].point) <
+           squaredDistance(corners[quad.i].point, corners[quad.p].point);
+  }
+
+  double squaredLongest_;
+  std::vector<Corners> waiting_;  ///< parts that are begun and not yet emitted
+};
+
+}  // namespace quorkit

@@ -1,0 +1,104 @@
+#include "kit/refine_to.h"
+
+#include "kit/refine.h"
+#include "kit/refined_count.h"
+#include "kit/triangle_shape.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <numeric>
+#include <optional>
+#include <utility>
+
+namespace quorkit {
+namespace {
+
+struct Extent {
+  double longestEdge = 0.0;
+  double area = 0.0;
+};
+
+Extent extentOf(const MeshView& mesh) {
+  Extent extent;
+  double squared = 0.0;
+  for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
+    const std::int32_t* const corner = mesh.triangles + 3 * t;
+    const Point a = pointAt(mesh.vertices, corner[0]);
+    const Point b = pointAt(mesh.vertices, corner[1]);
+    const Point c = pointAt(mesh.vertices, corner[2]);
+    squared =
+        std::max({squared, squaredDistance(a, b), squaredDistance(b, c), squaredDistance(c, a)});
+    extent.area += 0.5 * doubleArea(a, b, c);
+  }
+  extent.longestEdge = std::sqrt(squared);
+  return extent;
+}
+
+Mesh copyOf(const MeshView& mesh, double longestEdge) {
+  Mesh copy;
+  copy.vertices.assign(mesh.vertices, mesh.vertices + 3 * mesh.vertexCount());
+  copy.triangles.assign(mesh.triangles, mesh.triangles + 3 * mesh.triangleCount());
+  copy.triangleOrigins.resize(mesh.triangleCount());
+  std::iota(copy.triangleOrigins.begin(), copy.triangleOrigins.end(), 0);
+  copy.vertexOrigins.resize(2 * mesh.vertexCount());
+  for (std::size_t k = 0; k < copy.vertexOrigins.size(); ++k) {
+    copy.vertexOrigins[k] = static_cast<std::int32_t>(k / 2);
+  }
+  copy.longestEdge = longestEdge;
+  return copy;
+}
+
+/// A length with about so many triangles, at most by the estimate: one a thousandth shorter has more.
+double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
+  constexpr double kStep = 0.7;
+  constexpr double kPrecision = 1.001;
+  constexpr int kMostSteps = 200;  // so many only where edges cannot be halved any more
+  const auto isEnough = [&](double length) {
+    return estimateRefined(mesh, length, Estimate::likely, wanted) <= wanted;
+  };
+  // Triangles of half the square of their longest edge are not far from what comes out.
+  double good = extent.longestEdge;
+  double bad = std::min(good, std::sqrt(4.0 * extent.area / wanted));
+  int steps = 0;
+  while (bad > 0.0 && isEnough(bad) && steps < kMostSteps) {
+    good = bad;
+    bad *= kStep;
+    ++steps;
+  }
+  if (steps == 0) {
+    for (double length = bad / kStep; bad > 0.0 && length < good; length /= kStep) {
+      (isEnough(length) ? good : bad) = length;
+    }
+  }
+  while (bad > 0.0 && steps < kMostSteps && good > kPrecision * bad) {
+    const double length = std::sqrt(good) * std::sqrt(bad);
+    (isEnough(length) ? good : bad) = length;
+  }
+  return good;
+}
+
+}  // namespace
+
+Mesh refineTo(const MeshView& mesh, std::int32_t wanted) {
+  const Extent extent = extentOf(mesh);
+  if (mesh.m >= wanted || !(extent.longestEdge > 0.0)) {
+    return copyOf(mesh, extent.longestEdge);
+  }
+  // The estimate leaves rounding out: a little above the length that it finds sides of that length
+  // are not split, and as many triangles as it says come out. Should they be more all the same, a
+  // longer length has less.
+  constexpr double kAbove = 1.0 + 1e-6;
+  double step = kAbove;
+  for (double length = findLength(mesh, extent, wanted) * step; length <= extent.longestEdge;
+       length *= step) {
+    if (std::optional<Mesh> refined = refineUnlessMore(mesh, length, wanted)) {
+      return std::move(*refined);
+    }
+    step = 1.0 + 2.0 * (step - 1.0) + 1e-3;
+  }
+  return copyOf(mesh, extent.longestEdge);
+}
+
+}  // namespace quorkit

@@ -1,0 +1,108 @@
+#include "kit/refined_count.h"
+
+#include "kit/division.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace quorkit {
+namespace {
+
+std::int32_t noNumber(const Corner& /*p*/, const Corner& /*q*/, Point /*middle*/) {
+  return 0;
+}
+
+/// The parts of a triangle; any number above `most` if they are more.
+double countParts(const Corners& triangle, double longest, double most) {
+  double count = 0.0;
+  Division(longest).divide(triangle, noNumber, [&](const Corners&) { return ++count <= most; });
+  return count;
+}
+
+/// The largest coordinate, by its size.
+double sizeOf(const Corners& c) {
+  double size = 0.0;
+  for (const Corner& corner : c) {
+    const Point p = corner.point;
+    size = std::max({size, std::abs(p.x), std::abs(p.y), std::abs(p.z)});
+  }
+  return size;
+}
+
+/// One of the similar triangles that are left when all sides have been halved until one of them is
+/// not longer than `longest`, with a corner at the origin.
+/// @param copies  receives how many there are
+Corners smallestSimilar(const Corners& c, double longest, double& copies) {
+  double shortest = std::numeric_limits<double>::infinity();
+  for (std::size_t e = 0; e < 3; ++e) {
+    shortest = std::min(shortest, squaredDistance(c[e].point, c[(e + 1) % 3].point));
+  }
+  double scale = 1.0;
+  for (copies = 1.0; shortest * scale * scale > longest * longest; copies *= 4.0) {
+    scale *= 0.5;
+  }
+  const Point origin = c[0].point;
+  Corners similar{};
+  for (std::size_t k = 1; k < 3; ++k) {
+    const Point p = c[k].point;
+    similar[k].point = {(p.x - origin.x) * scale, (p.y - origin.y) * scale,
+                        (p.z - origin.z) * scale};
+  }
+  return similar;
+}
+
+/// @param size  of the triangle, not 0
+double estimateParts(Corners triangle, double size, double longest, double most) {
+  if (size < 0.1 * longest) {
+    return 1.0;
+  }
+  int exponent = 0;  // numbers of size 1 have squares, whatever the unit
+  std::frexp(size, &exponent);
+  for (Corner& corner : triangle) {
+    corner.point = {std::ldexp(corner.point.x, -exponent), std::ldexp(corner.point.y, -exponent),
+                    std::ldexp(corner.point.z, -exponent)};
+  }
+  longest = std::ldexp(longest, -exponent);
+  double copies = 1.0;
+  const Corners similar = smallestSimilar(triangle, longest, copies);
+  return copies * countParts(similar, longest, most / copies);
+}
+
+}  // namespace
+
+std::int64_t countRefined(const MeshView& mesh, double longest, std::int64_t most) {
+  Division division(longest);
+  std::int64_t count = 0;
+  for (std::size_t t = 0; t < mesh.triangleCount() && count <= most; ++t) {
+    division.divide(cornersOf(mesh, t), noNumber, [&](const Corners&) { return ++count <= most; });
+  }
+  return count;
+}
+
+double estimateRefined(const MeshView& mesh, double longest, Estimate kind, double most) {
+  // Every level of halving adds a rounding error of the size of the coordinates to the sides. Where
+  // that is no longer small beside the length the triangle is divided itself; but to be low, a length
+  // will do that is longer by enough. Where the square of the length leaves the range of double
+  // nothing is as usual.
+  constexpr double kErrors = 64 * std::numeric_limits<double>::epsilon();
+  constexpr double kLargestError = 1e-6;
+  constexpr double kSmallest = 1e-150;
+  const double direction = kind == Estimate::low ? 1.0 : kind == Estimate::high ? -1.0 : 0.0;
+  double sum = 0.0;
+  for (std::size_t t = 0; t < mesh.triangleCount() && sum <= most; ++t) {
+    const Corners triangle = cornersOf(mesh, t);
+    const double size = sizeOf(triangle);
+    const double safe = std::max(kErrors / kLargestError * size, kSmallest);
+    const double length = kind == Estimate::low ? std::max(longest, safe) : longest;
+    const double changed = length * (1.0 + direction * kErrors * size / length);
+    const bool isUsual = length >= safe && std::isfinite(longest * longest);
+    sum += isUsual ? estimateParts(triangle, size, changed, most)
+                     : countParts(triangle, length, most);
+  }
+  return sum;
+}
+
+}  // namespace quorkit

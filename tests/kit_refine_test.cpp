@@ -1,0 +1,176 @@
+// quorkitRefine and quorkitRefineTo: conforming, exact about who comes from where, and refusing in
+// time.
+
+#include "support/kit.h"
+#include "support/refinement_oracle.h"
+
+#include <algorithm>
+#include <limits>
+
+using namespace test;
+
+namespace {
+
+/// The strips of a cylinder as a CAD host hands them over: as long as it is, with nothing in between.
+Mesh cylinder(int sides, double radius, double length) {
+  Mesh mesh;
+  for (int i = 0; i < sides; ++i) {
+    const double angle = 2 * 3.141592653589793 * i / sides;
+    for (const double z : {0.0, length}) {
+      mesh.vertices.insert(mesh.vertices.end(), {radius * std::cos(angle), radius * std::sin(angle), z});
+    }
+    const int a = 2 * i;
+    const int b = 2 * ((i + 1) % sides);
+    mesh.triangles.insert(mesh.triangles.end(), {a, b, b + 1, a, b + 1, a + 1});
+  }
+  return mesh;
+}
+
+struct Case {
+  const char* what;
+  Mesh mesh;
+  double longest;
+};
+
+std::vector<Case> cases() {
+  const Mesh one{{0, 0, 0, 1, 0, 0, 0.3, 0.8, 0.1}, {0, 1, 2}};
+  Mesh far = bumpyMesh(5, 5, 3);
+  for (double& coordinate : far.vertices) {
+    coordinate += 1e9;  // a step of rounding is 1.2e-7
+  }
+  Mesh large = one;
+  Mesh small = one;
+  for (std::size_t i = 0; i < one.vertices.size(); ++i) {
+    large.vertices[i] *= 1e70;
+    small.vertices[i] *= 1e-70;
+  }
+  return {
+      {"nothing to do", bumpyMesh(5, 4, 1), 10},
+      {"one triangle", one, 0.07},
+      {"a border all around", bumpyMesh(7, 9, 2), 0.03},
+      {"strips", cylinder(40, 1, 50), 0.4},
+      {"exactly the length", gridMesh(5, 5), 0.25},
+      {"exactly half the length", gridMesh(5, 5), 0.125},
+      {"three triangles on an edge",
+       {{0, 0, 0, 1, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0, 1}, {0, 1, 2, 1, 0, 3, 4, 0, 1}},
+       0.1},
+      {"two that look at each other", {one.vertices, {0, 1, 2, 2, 1, 0}}, 0.1},
+      {"twice the same", {one.vertices, {0, 1, 2, 1, 2, 0}}, 0.1},
+      {"any triangles on any points", tangledMesh(12, 60, 5), 0.2},
+      {"a vertex that nothing uses", {{0, 0, 0, 1, 0, 0, 9, 9, 9, 0, 1, 0}, {0, 1, 3}}, 0.3},
+      {"a line", {{0, 0, 0, 1, 0, 0, 2, 0, 0}, {0, 1, 2}}, 0.3},
+      {"far from the origin", far, 0.04},
+      {"large", large, 1e69},
+      {"small", small, 1e-71},
+      {"no triangle", {{0, 0, 0}, {}}, 1},
+      {"no vertex", {}, 1},
+  };
+}
+
+TEST(KitRefine, IsConformingAndKnowsWhereEverythingComesFrom) {
+  for (const Case& c : cases()) {
+    const KitMesh refined = refine(c.mesh, c.longest);
+    ASSERT_NE(refined, nullptr) << c.what;
+    EXPECT_EQ(faultOfRefinement(c.mesh, *refined, c.longest), "") << c.what;
+    EXPECT_EQ(refined->vertexMap, nullptr);
+    EXPECT_EQ(refined->vertexMapCount, 0);
+    EXPECT_EQ(refined->longestEdge, c.longest);
+    const KitMesh again = refine(c.mesh, c.longest);
+    EXPECT_TRUE(sameMesh(plain(refined), plain(again))) << c.what;
+  }
+}
+
+TEST(KitRefine, SplitsIntoTheFewestPartsOfTheirPatterns) {
+  // One, two and three sides longer than 1: two, three and four triangles.
+  const double r = 0.9;
+  for (const auto& [x, y, count] : {std::array{0.55, 0.6, 2.0}, {1.0, 0.3, 3.0}, {0.55, 1.0, 4.0}}) {
+    const Mesh mesh{{0, 0, 0, 1.1, 0, 0, x, y * r, 0}, {0, 1, 2}};
+    EXPECT_EQ(refine(mesh, 1)->triangleCount, count) << x << " " << y;
+  }
+}
+
+TEST(KitRefine, LeavesEdgesThatHaveNoMidpoint) {
+  // Corners two steps of rounding apart: hardly more than one midpoint each.
+  const double step = std::numeric_limits<double>::epsilon();
+  const Mesh mesh{{1, 1, 0, 1 + 2 * step, 1, 0, 1, 1 + 2 * step, 0}, {0, 1, 2}};
+  const KitMesh refined = refine(mesh, 1e-300);
+  EXPECT_GE(refined->triangleCount, 4);
+  EXPECT_LE(refined->triangleCount, 16);
+}
+
+TEST(KitRefine, RefusesWhatDoesNotFitBeforeItStarts) {
+  const Mesh mesh = bumpyMesh(6, 6, 1);
+  const Mesh strips = cylinder(100, 1, 30);
+  // The last ones cannot be told from what fits without counting.
+  for (const double longest : {1e-300, 1e-30, 1e-12, 1e-9, 1e-6, 4e-5}) {
+    EXPECT_EQ(refine(mesh, longest, QUORKIT_TOO_LARGE), nullptr) << longest;
+    EXPECT_EQ(refine(strips, longest, QUORKIT_TOO_LARGE), nullptr) << longest;
+  }
+  const double huge = 1e300;
+  const Mesh large{{-huge, 0, 0, huge, 0, 0, 0, huge, 0}, {0, 1, 2}};
+  EXPECT_EQ(refine(large, 1, QUORKIT_TOO_LARGE), nullptr);
+}
+
+TEST(KitRefine, SaysWhatIsABadArgument) {
+  const Mesh mesh = bumpyMesh(3, 3, 1);
+  for (const double longest : {0.0, -1.0, kNaN, kInfinity}) {
+    EXPECT_EQ(refine(mesh, longest, QUORKIT_BAD_ARGUMENT), nullptr);
+  }
+  for (const std::int32_t count : {0, -1, 238609295}) {
+    EXPECT_EQ(refineTo(mesh, count, QUORKIT_BAD_ARGUMENT), nullptr);
+  }
+  for (const auto& [where, what] : {std::pair{0, -1}, {1, 9}, {2, 0}}) {
+    Mesh bad = mesh;
+    bad.triangles[std::size_t(where)] = what;  // below, above, equal to another corner
+    if (what == 0) {
+      bad.triangles[0] = 0;
+    }
+    EXPECT_EQ(refine(bad, 1, QUORKIT_BAD_ARGUMENT), nullptr) << what;
+    EXPECT_EQ(refineTo(bad, 100, QUORKIT_BAD_ARGUMENT), nullptr) << what;
+  }
+  for (const double value : {kNaN, kInfinity, -kInfinity}) {
+    Mesh bad = mesh;
+    bad.vertices[4] = value;
+    EXPECT_EQ(refine(bad, 1, QUORKIT_BAD_ARGUMENT), nullptr);
+    EXPECT_EQ(refineTo(bad, 100, QUORKIT_BAD_ARGUMENT), nullptr);
+  }
+  const QuorkitMesh* made = nullptr;
+  const double* const v = mesh.vertices.data();
+  const std::int32_t* const t = mesh.triangles.data();
+  EXPECT_EQ(quorkitRefine(9, nullptr, 8, t, 1, &made), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitRefine(9, v, 8, nullptr, 1, &made), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitRefine(-1, v, 0, t, 1, &made), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitRefine(9, v, -1, t, 1, &made), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitRefine(9, v, 8, t, 1, nullptr), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(made, nullptr);
+  quorkitFreeMesh(nullptr);
+}
+
+TEST(KitRefineTo, ComesNearFromBelow) {
+  for (const auto& [mesh, share] : {std::pair{bumpyMesh(9, 7, 2), 0.9},
+                                    {cylinder(30, 1, 20), 0.5},
+                                    {gridMesh(6, 6), 0.2}}) {
+    for (const std::int32_t wanted : {1000, 4321, 20000, 99999}) {
+      const KitMesh refined = refineTo(mesh, wanted);
+      EXPECT_LE(refined->triangleCount, wanted);
+      EXPECT_GE(refined->triangleCount, share * wanted);
+      EXPECT_EQ(faultOfRefinement(mesh, *refined, refined->longestEdge), "");
+      EXPECT_TRUE(sameMesh(plain(refined), plain(refine(mesh, refined->longestEdge))));
+    }
+  }
+}
+
+TEST(KitRefineTo, GivesTheMeshBackThatHasAsMany) {
+  const Mesh mesh = bumpyMesh(9, 7, 2);
+  for (const std::int32_t wanted : {1, mesh.m() - 1, mesh.m(), mesh.m() + 1}) {
+    const KitMesh refined = refineTo(mesh, wanted);
+    EXPECT_TRUE(sameMesh(plain(refined), mesh)) << wanted;
+    EXPECT_EQ(faultOfRefinement(mesh, *refined, refined->longestEdge), "");
+    EXPECT_TRUE(sameMesh(plain(refine(mesh, refined->longestEdge)), mesh));
+  }
+  const Mesh point{{1, 2, 3, 1, 2, 3, 1, 2, 3}, {0, 1, 2}};
+  EXPECT_EQ(refineTo(point, 100)->triangleCount, 1);
+  EXPECT_EQ(refineTo({}, 100)->vertexCount, 0);
+}
+
+}  // namespace

@@ -1,0 +1,128 @@
+// quorkit.hpp: that it passes everything on, and which exception a status becomes.
+
+#include "support/mesh.h"
+
+#include <gtest/gtest.h>
+#include <quorkit.hpp>
+
+#include <cstdio>
+#include <type_traits>
+
+using namespace test;
+namespace kit = quor::kit;
+
+namespace {
+
+static_assert(std::is_nothrow_move_constructible_v<kit::Mesh>);
+static_assert(!std::is_copy_constructible_v<kit::Mesh>);
+static_assert(std::is_nothrow_move_constructible_v<kit::Solver>);
+static_assert(!std::is_copy_constructible_v<kit::Solver>);
+
+TEST(KitWrapper, DoesTheWholeJob) {
+  const Mesh soup = soupOf(bumpyMesh(7, 5, 1));
+  const quor::Welded welded = kit::weld(soup.vertices, soup.triangles, 1e-9);
+  ASSERT_EQ(welded.vertices.size(), 3U * 35U);
+  EXPECT_EQ(welded.pointMap.size(), soup.vertices.size() / 3);
+  const kit::Mesh clean = kit::clean(welded.vertices, welded.triangles);
+  EXPECT_EQ(clean.vertexMap().size(), 35U);
+  EXPECT_EQ(clean.triangles().size(), welded.triangles.size());
+  const kit::Mesh mesh = kit::refine(clean.vertices(), clean.triangles(), 0.1);
+  EXPECT_EQ(mesh.longestEdge(), 0.1);
+  EXPECT_EQ(mesh.vertexMap().size(), 0U);
+  EXPECT_EQ(mesh.triangleOrigins().size(), mesh.triangles().size() / 3);
+  EXPECT_EQ(mesh.vertexOrigins().size(), mesh.vertices().size() / 3 * 2);
+  const kit::Mesh more = kit::refineTo(mesh.vertices(), mesh.triangles(), 20000);
+  EXPECT_GT(more.triangles().size(), mesh.triangles().size());
+
+  const std::size_t n = mesh.vertices().size() / 3;
+  std::vector<std::int32_t> tags(n, 0);
+  EXPECT_EQ(kit::check(mesh.vertices(), mesh.triangles()).unprescribedPieces.count, 0);
+  EXPECT_EQ(kit::check(mesh.vertices(), mesh.triangles(), tags).unprescribedPieces.count, 1);
+  tags[3] = 3;
+  const kit::Solver solver(mesh.vertices(), mesh.triangles(), tags);
+  EXPECT_EQ(solver.info().prescribedCount, 1);
+  const std::vector<double> values(n, 5);
+  for (const double value : solver.solve(values)) {
+    EXPECT_NEAR(value, 5, 1e-9);
+  }
+  std::vector<double> source = kit::areas(mesh.vertices(), mesh.triangles());
+  const std::vector<double> field = solver.solve(values, source);
+  EXPECT_LT(field[0], 5);
+  EXPECT_EQ(kit::colours(field, 0, 5).size(), 4 * n);
+  const std::string base = testing::TempDir() + "quor_kit_wrapper_test";
+  kit::write(mesh.vertices(), mesh.triangles(), field, base);
+  EXPECT_EQ(std::remove((base + ".obj").c_str()), 0);
+  EXPECT_EQ(std::remove((base + ".mtl").c_str()), 0);
+}
+
+TEST(KitWrapper, ThrowsWhatAStatusMeans) {
+  const Mesh mesh = bumpyMesh(4, 4, 1);
+  const std::vector<double>& v = mesh.vertices;
+  const std::vector<std::int32_t>& t = mesh.triangles;
+  const std::vector<std::int32_t> tags(16, 1);
+  using Wrong = std::invalid_argument;
+  const std::vector<double> four(4);
+  const std::vector<std::int32_t> outside{0, 1, 16};
+  EXPECT_THROW(kit::weld(v, outside, 0), Wrong);
+  EXPECT_THROW(kit::check(four, t), Wrong);
+  EXPECT_THROW(kit::check(v, t, outside), Wrong);
+  EXPECT_THROW(kit::clean(v, outside), Wrong);
+  EXPECT_THROW(kit::refine(v, t, 0), Wrong);
+  EXPECT_THROW(kit::refine(v, t, 1e-30), std::length_error);
+  EXPECT_THROW(kit::refineTo(v, t, 0), Wrong);
+  EXPECT_THROW(kit::Solver(v, t, outside), Wrong);
+  EXPECT_THROW(kit::Solver(v, outside, tags), Wrong);
+  const kit::Solver solver(v, t, tags);
+  EXPECT_THROW(solver.solve(four), Wrong);
+  EXPECT_THROW(solver.solve(std::vector<double>(16), four), Wrong);
+  EXPECT_THROW(kit::areas(v, outside), Wrong);
+  EXPECT_THROW(kit::colours(four, 0, kNaN), Wrong);
+  EXPECT_THROW(kit::write(v, t, four, "never"), Wrong);
+  try {
+    kit::write(v, t, std::vector<double>(16), "no/such/directory");
+    ADD_FAILURE();
+  } catch (const kit::Error& error) {
+    EXPECT_EQ(error.status(), QUORKIT_FILE);
+  }
+  EXPECT_THROW(kit::detail::require(QUORKIT_OUT_OF_MEMORY), std::bad_alloc);
+}
+
+TEST(KitWrapper, PassesProgressOnAndExceptionsThrough) {
+  const Mesh mesh = bumpyMesh(4, 4, 1);
+  const std::vector<std::int32_t> tags = tagEnds(4, 4);
+  double last = -1;
+  const kit::Solver solver(mesh.vertices, mesh.triangles, tags, [&](double fraction) {
+    last = fraction;
+    return true;
+  });
+  EXPECT_EQ(last, 1);
+  try {
+    const kit::Solver never(mesh.vertices, mesh.triangles, tags, [](double) { return false; });
+    ADD_FAILURE();
+  } catch (const kit::Error& error) {
+    EXPECT_EQ(error.status(), QUORKIT_CANCELLED);
+  }
+  EXPECT_THROW(kit::Solver(mesh.vertices, mesh.triangles, tags,
+                           [](double) -> bool { throw std::domain_error("mine"); }),
+               std::domain_error);
+}
+
+TEST(KitWrapper, IsEmptyAfterAMove) {
+  const Mesh mesh = bumpyMesh(4, 4, 1);
+  kit::Solver from(mesh.vertices, mesh.triangles, tagEnds(4, 4));
+  kit::Mesh refined = kit::refine(mesh.vertices, mesh.triangles, 0.1);
+  const kit::Solver to = std::move(from);
+  const kit::Mesh taken = std::move(refined);
+  EXPECT_TRUE(to);
+  EXPECT_NE(taken.vertices().size(), 0U);
+  // NOLINTBEGIN(bugprone-use-after-move,clang-analyzer-cplusplus.Move): what a moved-from one does
+  EXPECT_FALSE(from);
+  EXPECT_EQ(from.info().vertexCount, 0);
+  EXPECT_TRUE(from.solve(std::vector<double>()).empty());
+  EXPECT_EQ(refined.vertices().size() + refined.triangles().size() +
+                refined.triangleOrigins().size() + refined.vertexOrigins().size(),
+            0U);
+  // NOLINTEND(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
+}
+
+}  // namespace
