@@ -256,10 +256,10 @@ QUORKIT_API QuorkitStatus quorkitRefineTo(int32_t n, const double* vertices, int
  * the work that is done, by predicted operations. First with 0, before the work begins, last with
  * 1, when it is done; in between never with less than before, and at most every five milliseconds.
  *
- * That is often enough to repaint: several times a second with a million triangles, and two or three
- * times with ten million, where copying the mesh and analysing the matrix are steps that report
- * nothing before they are over. The one exception is a mesh of meaningless triangles (flat, not
- * finite) or pieces without a prescribed vertex, for which quorkitCheck is there: should the
+ * That is often enough to repaint: several times a second with a million triangles, and two or
+ * three times with ten million, where copying the mesh and analysing the matrix are steps that
+ * report nothing before they are over. The one exception is a mesh of meaningless triangles (flat,
+ * not finite) or pieces without a prescribed vertex, for which quorkitCheck is there: should the
  * factorization by blocks meet a pivot of zero, it is done again without reports.
  *
  *   fraction  0 .. 1

@@ -11,8 +11,8 @@
  *   const std::vector<double> field = solver.solve(values);
  *   quor::kit::write(mesh.vertices(), mesh.triangles(), field, "parts/plate");
  *
- * What the functions compute, and their limits and threads, is told in quorkit.h and holds here word
- * for word; the const members of a Solver are the calls that may overlap. A status that is not
+ * What the functions compute, and their limits and threads, is told in quorkit.h and holds here
+ * word for word; the const members of a Solver are the calls that may overlap. A status that is not
  * QUORKIT_DONE becomes an exception:
  *
  *   QUORKIT_BAD_ARGUMENT   std::invalid_argument, also for spans whose lengths do not fit together
@@ -89,8 +89,7 @@ class Mesh {
     return mesh_ ? Span<double>(mesh_->vertices, 3 * vertexCount()) : Span<double>();
   }
   Span<std::int32_t> triangles() const {
-    return mesh_ ? Span<std::int32_t>(mesh_->triangles, 3 * triangleCount())
-                 : Span<std::int32_t>();
+    return mesh_ ? Span<std::int32_t>(mesh_->triangles, 3 * triangleCount()) : Span<std::int32_t>();
   }
   Span<std::int32_t> triangleOrigins() const {
     return mesh_ ? Span<std::int32_t>(mesh_->triangleOrigins, triangleCount())
@@ -173,8 +172,8 @@ inline Mesh refineTo(Span<double> vertices, Span<std::int32_t> triangles,
                      std::int32_t triangleCount) {
   const QuorkitMesh* mesh = nullptr;
   detail::require(quorkitRefineTo(detail::vertexCount(vertices), vertices.data(),
-                                  detail::triangleCount(triangles), triangles.data(),
-                                  triangleCount, &mesh));
+                                  detail::triangleCount(triangles), triangles.data(), triangleCount,
+                                  &mesh));
   return Mesh(mesh);
 }
 

@@ -62,9 +62,9 @@ class EdgeMidpoints {
     return {ends_[at], ends_[at + 1]};
   }
 
-  /// Edges of midpoints, which are nearly all, are near each other if their later ends are, as those
-  /// of neighbouring triangles: most look-ups find their slot in a cache. A midpoint has few earlier
-  /// neighbours. Vertices of the input may have any number: multiplicative hashing.
+  /// Edges of midpoints, which are nearly all, are near each other if their later ends are, as
+  /// those of neighbouring triangles: most look-ups find their slot in a cache. A midpoint has few
+  /// earlier neighbours. Vertices of the input may have any number: multiplicative hashing.
   std::size_t slotOf(std::pair<std::int32_t, std::int32_t> ends) const {
     if (ends.first >= first_) {
       const auto mixed = static_cast<std::uint32_t>(ends.first) * 0x9E3779B9U;

@@ -27,8 +27,7 @@ void requireFits(const MeshView& mesh, double longest, std::int64_t most) {
   if (mesh.m > most || estimateRefined(mesh, longest, Estimate::low, limit) > limit) {
     refuse();
   }
-  if (kMargin * estimateRefined(mesh, longest, Estimate::high, limit) >
-          static_cast<double>(most) &&
+  if (kMargin * estimateRefined(mesh, longest, Estimate::high, limit) > static_cast<double>(most) &&
       countRefined(mesh, longest, most) > most) {
     refuse();
   }

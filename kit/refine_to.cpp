@@ -50,7 +50,8 @@ Mesh copyOf(const MeshView& mesh, double longestEdge) {
   return copy;
 }
 
-/// A length with about so many triangles, at most by the estimate: one a thousandth shorter has more.
+/// A length with about so many triangles, at most by the estimate: one a thousandth shorter has
+/// more.
 double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
   constexpr double kStep = 0.7;
   constexpr double kPrecision = 1.001;

@@ -7,9 +7,8 @@
 
 namespace quorkit {
 
-/// Refines to at most so many triangles, and as many as it finds a length for; the mesh as it is if it
-/// has as many already.
-/// Throws std::bad_alloc.
+/// Refines to at most so many triangles, and as many as it finds a length for; the mesh as it is if
+/// it has as many already. Throws std::bad_alloc.
 /// @param mesh    finite coordinates, different corners in range
 /// @param wanted  1 .. kMostTriangles
 Mesh refineTo(const MeshView& mesh, std::int32_t wanted);

@@ -84,9 +84,9 @@ std::int64_t countRefined(const MeshView& mesh, double longest, std::int64_t mos
 
 double estimateRefined(const MeshView& mesh, double longest, Estimate kind, double most) {
   // Every level of halving adds a rounding error of the size of the coordinates to the sides. Where
-  // that is no longer small beside the length the triangle is divided itself; but to be low, a length
-  // will do that is longer by enough. Where the square of the length leaves the range of double
-  // nothing is as usual.
+  // that is no longer small beside the length the triangle is divided itself; but to be low, a
+  // length will do that is longer by enough. Where the square of the length leaves the range of
+  // double nothing is as usual.
   constexpr double kErrors = 64 * std::numeric_limits<double>::epsilon();
   constexpr double kLargestError = 1e-6;
   constexpr double kSmallest = 1e-150;
@@ -99,8 +99,8 @@ double estimateRefined(const MeshView& mesh, double longest, Estimate kind, doub
     const double length = kind == Estimate::low ? std::max(longest, safe) : longest;
     const double changed = length * (1.0 + direction * kErrors * size / length);
     const bool isUsual = length >= safe && std::isfinite(longest * longest);
-    sum += isUsual ? estimateParts(triangle, size, changed, most)
-                     : countParts(triangle, length, most);
+    sum +=
+        isUsual ? estimateParts(triangle, size, changed, most) : countParts(triangle, length, most);
   }
   return sum;
 }

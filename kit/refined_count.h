@@ -17,8 +17,8 @@ enum class Estimate { likely, low, high };
 
 /// About how many they are, but for a tenth, found out in much less time. A triangle whose three
 /// sides are all to be split becomes four of half its size, so of each triangle only one of the
-/// smallest similar ones is divided. They are similar but for rounding: of sides as long as `longest`
-/// some may be split and others not.
+/// smallest similar ones is divided. They are similar but for rounding: of sides as long as
+/// `longest` some may be split and others not.
 /// @param longest  finite, above 0
 /// @param most     likewise
 double estimateRefined(const MeshView& mesh, double longest, Estimate kind, double most);

@@ -23,11 +23,15 @@ using Findings = std::map<std::string, std::pair<int, int>>;
 /// Those that were found, each with its number and the first one.
 Findings found(const QuorkitReport& report) {
   Findings all;
-  for (const auto& [name, finding] :
-       {std::pair{"range", report.cornersOutOfRange}, {"repeated", report.repeatedCorners},
-        {"finite", report.notFinite}, {"flat", report.flatTriangles}, {"needle", report.needles},
-        {"unused", report.unusedVertices}, {"prescribed", report.prescribedVertices},
-        {"piece", report.pieces}, {"unprescribed", report.unprescribedPieces}}) {
+  for (const auto& [name, finding] : {std::pair{"range", report.cornersOutOfRange},
+                                      {"repeated", report.repeatedCorners},
+                                      {"finite", report.notFinite},
+                                      {"flat", report.flatTriangles},
+                                      {"needle", report.needles},
+                                      {"unused", report.unusedVertices},
+                                      {"prescribed", report.prescribedVertices},
+                                      {"piece", report.pieces},
+                                      {"unprescribed", report.unprescribedPieces}}) {
     EXPECT_EQ(finding.count == 0, finding.first == -1) << name;
     if (finding.count != 0) {
       all[name] = {finding.count, finding.first};
@@ -70,12 +74,18 @@ TEST(KitCheck, CountsEachFaultAndNamesTheFirst) {
        {},
        {{"repeated", {3, 0}}}},
       {"not a number", {nan, {0, 1, 2, 0, 1, 3}}, {}, {{"piece", {1, 0}}, {"finite", {1, 2}}}},
-      {"infinite", {infinite, {0, 1, 2}}, {}, {{"piece", {1, 0}}, {"finite", {1, 0}},
-                                               {"unused", {1, 3}}}},
-      {"flat", {{0, 0, 0, 1, 0, 0, 0.4, flat, 0}, {2, 0, 1}}, {}, {{"piece", {1, 0}},
-                                                                   {"flat", {1, 0}}}},
-      {"a needle", {{0, 0, 0, 1, 0, 0, 0.4, thin, 0}, {2, 0, 1}}, {}, {{"piece", {1, 0}},
-                                                                       {"needle", {1, 0}}}},
+      {"infinite",
+       {infinite, {0, 1, 2}},
+       {},
+       {{"piece", {1, 0}}, {"finite", {1, 0}}, {"unused", {1, 3}}}},
+      {"flat",
+       {{0, 0, 0, 1, 0, 0, 0.4, flat, 0}, {2, 0, 1}},
+       {},
+       {{"piece", {1, 0}}, {"flat", {1, 0}}}},
+      {"a needle",
+       {{0, 0, 0, 1, 0, 0, 0.4, thin, 0}, {2, 0, 1}},
+       {},
+       {{"piece", {1, 0}}, {"needle", {1, 0}}}},
       {"flat, and as small as it gets",
        {{0, 0, 0, 1e-160, 0, 0, 0.5e-160, 1e-167, 0}, {0, 1, 2}},
        {},
@@ -84,8 +94,10 @@ TEST(KitCheck, CountsEachFaultAndNamesTheFirst) {
        {{-1e308, 0, 0, 1e308, 0, 0, 0, 1e308, 0}, {0, 1, 2}},
        {},
        {{"piece", {1, 0}}}},
-      {"three points in one", {{5, 5, 5, 5, 5, 5, 5, 5, 5}, {0, 1, 2}}, {}, {{"piece", {1, 0}},
-                                                                             {"flat", {1, 0}}}},
+      {"three points in one",
+       {{5, 5, 5, 5, 5, 5, 5, 5, 5}, {0, 1, 2}},
+       {},
+       {{"piece", {1, 0}}, {"flat", {1, 0}}}},
       {"two pieces, the second prescribed, and a vertex of none",
        {{9, 9, 9, 0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0}, {3, 2, 1, 4, 5, 6}},
        {1, 0, 0, 0, 0, 2, 0},
@@ -172,7 +184,8 @@ Mesh flatFan(int n) {
 }
 
 TEST(KitClean, LeavesNoCrackWhereFlatTrianglesWere) {
-  for (const auto& [what, mesh] : {std::pair{"one", kCrack}, {"seven in a row", flatFan(7)},
+  for (const auto& [what, mesh] : {std::pair{"one", kCrack},
+                                   {"seven in a row", flatFan(7)},
                                    {"many in a row", flatFan(200)}}) {
     const KitMesh cleaned = clean(mesh);
     const Mesh result = plain(cleaned);

@@ -21,9 +21,9 @@ TEST(KitHost, ExportsExactlyItsOwnNames) {
     expected += "T " + name + "\n";
   }
   EXPECT_EQ(sorted.size(), 16U);
-  EXPECT_EQ(run("nm -D --defined-only " QUORKIT_LIBRARY
-                " | awk '{print $2, $3}' | LC_ALL=C sort -k2"),
-            expected);
+  EXPECT_EQ(
+      run("nm -D --defined-only " QUORKIT_LIBRARY " | awk '{print $2, $3}' | LC_ALL=C sort -k2"),
+      expected);
 }
 
 /// From a soup to files.
@@ -48,9 +48,9 @@ std::vector<double> useEverything(int seed, const std::string& path) {
             QUORKIT_DONE);
   const KitSolver solver = construct(mesh, tags);
   std::vector<double> field(tags.size());
-  EXPECT_EQ(quorkitAreas(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(),
-                         field.data()),
-            QUORKIT_DONE);
+  EXPECT_EQ(
+      quorkitAreas(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), field.data()),
+      QUORKIT_DONE);
   EXPECT_EQ(quorkitSolve(solver.get(), mesh.vertices.data(), field.data(), field.data()),
             QUORKIT_DONE);
   std::vector<std::uint8_t> rgba(4 * field.size());

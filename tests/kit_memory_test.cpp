@@ -1,5 +1,5 @@
-// The kit when memory runs out: every single allocation of every function fails in its turn, and the
-// answer is a status.
+// The kit when memory runs out: every single allocation of every function fails in its turn, and
+// the answer is a status.
 
 #include "support/allocations.h"
 #include "support/kit.h"
@@ -93,9 +93,8 @@ TEST_F(KitMemory, EveryFunctionAnswersWithAStatus) {
            Case{"weld", 2,
                 [&] {
                   return quorkitWeld(soup.n(), soup.vertices.data(), soup.m(),
-                                     soup.triangles.data(), outVertices.data(),
-                                     outTriangles.data(), map.data(), &counts[0], &counts[1],
-                                     0.01);
+                                     soup.triangles.data(), outVertices.data(), outTriangles.data(),
+                                     map.data(), &counts[0], &counts[1], 0.01);
                 }},
            {"check", 3, [&] { return quorkitCheck(n, v, m, t, tags.data(), &report); }},
            {"clean", 8,
@@ -115,8 +114,7 @@ TEST_F(KitMemory, EveryFunctionAnswersWithAStatus) {
               quorkitFreeSolver(built);
               return status;
             }},
-           {"solve", 1,
-            [&] { return quorkitSolve(solver.get(), v, v, field.data()); }},
+           {"solve", 1, [&] { return quorkitSolve(solver.get(), v, v, field.data()); }},
            {"write", 10,
             [&] {
               return quorkitWrite(n, v, m, t, field.data(), path.c_str(), ramp.c_str(), 0.001);

@@ -11,13 +11,15 @@ using namespace test;
 
 namespace {
 
-/// The strips of a cylinder as a CAD host hands them over: as long as it is, with nothing in between.
+/// The strips of a cylinder as a CAD host hands them over: as long as it is, with nothing in
+/// between.
 Mesh cylinder(int sides, double radius, double length) {
   Mesh mesh;
   for (int i = 0; i < sides; ++i) {
     const double angle = 2 * 3.141592653589793 * i / sides;
     for (const double z : {0.0, length}) {
-      mesh.vertices.insert(mesh.vertices.end(), {radius * std::cos(angle), radius * std::sin(angle), z});
+      mesh.vertices.insert(mesh.vertices.end(),
+                           {radius * std::cos(angle), radius * std::sin(angle), z});
     }
     const int a = 2 * i;
     const int b = 2 * ((i + 1) % sides);
@@ -83,7 +85,8 @@ TEST(KitRefine, IsConformingAndKnowsWhereEverythingComesFrom) {
 TEST(KitRefine, SplitsIntoTheFewestPartsOfTheirPatterns) {
   // One, two and three sides longer than 1: two, three and four triangles.
   const double r = 0.9;
-  for (const auto& [x, y, count] : {std::array{0.55, 0.6, 2.0}, {1.0, 0.3, 3.0}, {0.55, 1.0, 4.0}}) {
+  for (const auto& [x, y, count] :
+       {std::array{0.55, 0.6, 2.0}, {1.0, 0.3, 3.0}, {0.55, 1.0, 4.0}}) {
     const Mesh mesh{{0, 0, 0, 1.1, 0, 0, x, y * r, 0}, {0, 1, 2}};
     EXPECT_EQ(refine(mesh, 1)->triangleCount, count) << x << " " << y;
   }
@@ -147,9 +150,8 @@ TEST(KitRefine, SaysWhatIsABadArgument) {
 }
 
 TEST(KitRefineTo, ComesNearFromBelow) {
-  for (const auto& [mesh, share] : {std::pair{bumpyMesh(9, 7, 2), 0.9},
-                                    {cylinder(30, 1, 20), 0.5},
-                                    {gridMesh(6, 6), 0.2}}) {
+  for (const auto& [mesh, share] :
+       {std::pair{bumpyMesh(9, 7, 2), 0.9}, {cylinder(30, 1, 20), 0.5}, {gridMesh(6, 6), 0.2}}) {
     for (const std::int32_t wanted : {1000, 4321, 20000, 99999}) {
       const KitMesh refined = refineTo(mesh, wanted);
       EXPECT_LE(refined->triangleCount, wanted);

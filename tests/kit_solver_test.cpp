@@ -21,10 +21,10 @@ TEST(KitSolver, GivesTheBitsOfTheEleven) {
     Welded weld{0, soup.vertices, soup.triangles, std::vector<std::int32_t>(std::size_t(soup.n()))};
     std::int32_t n = 0;
     std::int32_t m = 0;
-    ASSERT_EQ(quorkitWeld(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(),
-                          weld.vertices.data(), weld.triangles.data(), weld.map.data(), &n, &m,
-                          1e-9),
-              QUORKIT_DONE);
+    ASSERT_EQ(
+        quorkitWeld(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(),
+                    weld.vertices.data(), weld.triangles.data(), weld.map.data(), &n, &m, 1e-9),
+        QUORKIT_DONE);
     weld.vertices.resize(3 * std::size_t(n));
     weld.triangles.resize(3 * std::size_t(m));
     EXPECT_TRUE(same(weld, welded(soup, 1e-9)));

@@ -43,11 +43,20 @@ TEST(KitColours, AreThoseOfTheRamp) {
     double value, low, high;
     std::array<int, 4> expected;
   };
-  for (const Case& c : {Case{2, 2, 5, violet}, {5, 2, 5, yellow}, {3.5, 2, 5, middle},
-                        {-kInfinity, 2, 5, violet}, {kInfinity, 2, 5, yellow}, {kNaN, 2, 5, grey},
-                        {2, 5, 2, yellow}, {5, 5, 2, violet}, {9, 5, 2, violet},
-                        {4, 4, 4, middle}, {3, 4, 4, violet}, {5, 4, 4, yellow},
-                        {0, -most, most, middle}, {most, -most, most, yellow}}) {
+  for (const Case& c : {Case{2, 2, 5, violet},
+                        {5, 2, 5, yellow},
+                        {3.5, 2, 5, middle},
+                        {-kInfinity, 2, 5, violet},
+                        {kInfinity, 2, 5, yellow},
+                        {kNaN, 2, 5, grey},
+                        {2, 5, 2, yellow},
+                        {5, 5, 2, violet},
+                        {9, 5, 2, violet},
+                        {4, 4, 4, middle},
+                        {3, 4, 4, violet},
+                        {5, 4, 4, yellow},
+                        {0, -most, most, middle},
+                        {most, -most, most, yellow}}) {
     EXPECT_EQ(colourOf(c.value, c.low, c.high), c.expected) << c.value << " " << c.low;
   }
   std::set<std::array<int, 4>> all;
@@ -194,8 +203,8 @@ TEST_F(KitWrite, TellsThatTheDiskIsFull) {
 
 TEST_F(KitWrite, SaysWhatIsABadArgument) {
   const std::string path = directory_ / "a";
-  for (const std::string& name : {std::string(), std::string(".obj"), directory_ / "",
-                                  directory_ / ".obj"}) {
+  for (const std::string& name :
+       {std::string(), std::string(".obj"), directory_ / "", directory_ / ".obj"}) {
     EXPECT_EQ(write(name), QUORKIT_BAD_ARGUMENT) << name;
   }
   for (const double margin : {-0.001, 1.001, kNaN}) {

@@ -1,6 +1,5 @@
-/* The whole job through quorkit.h in C99, the header included twice: a strip of two triangles, welded,
-   refined, solved and written. */
-#include <quorkit.h>
+/* The whole job through quorkit.h in C99, the header included twice: a strip of two triangles,
+   welded, refined, solved and written. */
 #include <quorkit.h>
 
 #include <stdio.h>
@@ -24,8 +23,7 @@ int main(void) {
   QuorkitReport report;
   const QuorkitMesh* mesh;
   QuorkitSolver* solver;
-  QuorkitStatus status =
-      quorkitWeld(6, points, 2, corners, vertices, triangles, map, &n, &m, 1e-9);
+  QuorkitStatus status = quorkitWeld(6, points, 2, corners, vertices, triangles, map, &n, &m, 1e-9);
   if (status == QUORKIT_DONE) {
     status = quorkitRefineTo(n, vertices, m, triangles, 1000, &mesh);
   }

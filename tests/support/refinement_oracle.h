@@ -1,7 +1,7 @@
 // What makes a refined mesh right, whatever it was made by.
 #pragma once
 
-#include "kit.h"
+#include "kit_mesh.h"
 
 #include <cmath>
 #include <cstring>
@@ -15,8 +15,9 @@ namespace test {
 /// @return empty if the mesh is the refinement of `input` that quorkit.h describes, else why not
 inline std::string faultOfRefinement(const Mesh& input, const QuorkitMesh& refined,
                                      double longest) {
-  const Mesh mesh{{refined.vertices, refined.vertices + 3 * std::ptrdiff_t(refined.vertexCount)},
-                  {refined.triangles, refined.triangles + 3 * std::ptrdiff_t(refined.triangleCount)}};
+  const Mesh mesh{
+      {refined.vertices, refined.vertices + 3 * std::ptrdiff_t(refined.vertexCount)},
+      {refined.triangles, refined.triangles + 3 * std::ptrdiff_t(refined.triangleCount)}};
   if (mesh.n() < input.n() ||
       (input.n() > 0 && std::memcmp(mesh.vertices.data(), input.vertices.data(),
                                     input.vertices.size() * sizeof(double)) != 0)) {
