@@ -6,7 +6,7 @@ set(ramp_directory "${CMAKE_INSTALL_DATADIR}/quor")
 set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/quor")
 
 get_property(libraries GLOBAL PROPERTY quor_libraries)
-install(TARGETS ${libraries} quor_cpp EXPORT quor
+install(TARGETS ${libraries} quor_cpp quorkit_cpp EXPORT quor
   RUNTIME COMPONENT runtime
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE COMPONENT development
@@ -34,16 +34,18 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/quor-config.cmake"
   "${CMAKE_CURRENT_BINARY_DIR}/quor-config-version.cmake"
   DESTINATION "${package_directory}" COMPONENT development)
 
-set(pc_libs "-L\${libdir} -lquor")
-set(pc_cflags "-I\${includedir}")
-if(NOT BUILD_SHARED_LIBS)  # whoever links the archive brings the C++ runtime
-  get_target_property(runtime quor INTERFACE_LINK_LIBRARIES)
-  list(TRANSFORM runtime PREPEND " -l")
-  string(APPEND pc_libs ${runtime})
-  string(APPEND pc_cflags " -DQUOR_STATIC")
-endif()
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
   BASE_DIRECTORY "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" OUTPUT_VARIABLE prefix_from_here)
-configure_file(cmake/quor.pc.in quor.pc @ONLY)
-install(FILES "${CMAKE_CURRENT_BINARY_DIR}/quor.pc"
-  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+foreach(library IN LISTS libraries)
+  set(pc_libs "-L\${libdir} -l${library}")
+  set(pc_cflags "-I\${includedir}")
+  if(NOT BUILD_SHARED_LIBS)  # whoever links the archive brings the C++ runtime
+    get_target_property(runtime ${library} INTERFACE_LINK_LIBRARIES)
+    list(TRANSFORM runtime PREPEND " -l")
+    string(APPEND pc_libs ${runtime})
+    string(APPEND pc_cflags " -DQUOR_STATIC")
+  endif()
+  configure_file(cmake/quor.pc.in ${library}.pc @ONLY)
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/${library}.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+endforeach()

@@ -3,6 +3,7 @@
 
 #include "kit_mesh.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <map>
@@ -81,7 +82,12 @@ inline std::string faultOfRefinement(const Mesh& input, const QuorkitMesh& refin
     const auto whole = doubleAreaVector(input, std::size_t(origin));
     const double along = part[0] * whole[0] + part[1] * whole[1] + part[2] * whole[2];
     const double size = whole[0] * whole[0] + whole[1] * whole[1] + whole[2] * whole[2];
-    if (size > 0) {
+    double side = 0;  // squared, the longest one
+    for (std::size_t e = 0; e < 3; ++e) {
+      side = std::max(side, squaredLength(input, input.triangles[3 * std::size_t(origin) + e],
+                                          input.triangles[3 * std::size_t(origin) + (e + 1) % 3]));
+    }
+    if (size > 1e-10 * side * side) {  // else rounding decides about the areas of parts
       if (!(along > 0)) {
         return "a part is turned over";
       }
