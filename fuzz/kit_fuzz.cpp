@@ -152,7 +152,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::Input input(data, size);
   const int kind = input.byte();
   const double longest = input.coordinate();
-  const std::int32_t wanted = input.byte() * 16;
+  const std::int32_t wanted = input.byte() * 2;
   const double value = input.coordinate();
   const Mesh mesh = readMesh(input, kind % 4 == 0);
   std::vector<std::int32_t> tags(static_cast<std::size_t>(mesh.n()));

@@ -33,7 +33,7 @@ endforeach()
 # A program finds the library by the major version alone: the names that Python tries agree.
 string(REGEX MATCH "^[0-9]+" major "${version}")
 file(READ "${SOURCE}/bindings/python/quor.py" module)
-foreach(name "libquor.so.${major}" "libquor.${major}.dylib")
+foreach(name "libquorkit.so.${major}" "libquorkit.${major}.dylib")
   string(FIND "${module}" "\"${name}\"" position)
   if(position EQUAL -1)
     message(SEND_ERROR "bindings/python/quor.py does not look for ${name}")

@@ -1,7 +1,8 @@
 """Numeric geometry on triangle meshes: weld, harmonic fields, coloured export.
 
-A thin layer over the eleven C functions of the shared library quor; their manual, with the exact
-rules, is the header quor.h. Arrays are numpy arrays:
+A thin layer over the C functions of the shared library quorkit; their manuals, with the exact rules,
+are the headers quorkit.h and quor.h. From a raw tessellation to colours: weld, clean, refine, check,
+Solver, colours or write. Arrays are numpy arrays:
 
     points, vertices   (n, 3) float64, lengths in any unit
     triangles          (m, 3) int32, 0-based indices
@@ -16,11 +17,11 @@ a call:
     ValueError    a wrong shape, a wrong size, a closed solver
     IndexError    a triangle with an index that no vertex has
     QuorError     a ValueError with the library's own answer, see its subclasses
+    MemoryError   memory ran out
+    OSError       a file cannot be written, or the disk is full
 
-Calls release the global interpreter lock. Any number of threads may use one solver at a time.
-
-When memory runs out, or a factor would need more than 2,147,483,647 entries, a C++ exception leaves
-the library. ctypes cannot catch it: the process ends with the message of std::terminate.
+Calls release the global interpreter lock. Any number of threads may use one solver at a time. Nothing
+is thrown through Python: whatever happens inside the library comes back as one of these.
 
 The library is looked for at the path in the environment variable QUOR_LIBRARY; if that is not set,
 beside this file; then wherever the system's loader looks.
@@ -28,25 +29,27 @@ beside this file; then wherever the system's loader looks.
 
 import ctypes
 import enum
+import errno
 import operator
 import os
 import sys
-from ctypes import POINTER, byref, c_char_p, c_double, c_float, c_int32, c_uint32, c_uint64
-from ctypes import c_void_p
+import warnings
+from ctypes import POINTER, byref, c_char_p, c_double, c_float, c_int32, c_uint32, c_void_p
 from typing import NamedTuple
 
 import numpy as np
 
 __all__ = [
-    "Info", "NoVertexError", "QuorError", "RepeatedCornerError", "Solver", "UnusedVertexError",
-    "Welded", "decode_integer_from_sphere", "encode_integer_to_sphere", "weld",
+    "Cancelled", "CleanMesh", "Finding", "Info", "NoVertexError", "QuorError", "RefinedMesh",
+    "RepeatedCornerError", "Report", "Solver", "TooLargeError", "UnprescribedPieceError",
+    "UnprescribedPieceWarning", "UnusedVertexError", "Welded", "areas", "check", "clean", "colours",
+    "decode_integer_from_sphere", "encode_integer_to_sphere", "refine", "weld", "write",
 ]
 __version__ = "0.1.0"
 
 _COUNT_LIMIT = 2**31 - 1  # counts are int32
 _SOLVER_VERTEX_LIMIT = 1_431_655_765  # beyond these the library throws, see quorctorTagged
 _SOLVER_TRIANGLE_LIMIT = 238_609_294
-_WRITE_VERTEX_LIMIT = 715_827_882  # and wobj
 
 
 class QuorError(ValueError):
@@ -69,6 +72,22 @@ class UnusedVertexError(QuorError):
     """Status 24: a vertex that no triangle uses."""
 
 
+class UnprescribedPieceError(QuorError):
+    """A piece of the mesh has no prescribed vertex: nothing says what its field is."""
+
+
+class UnprescribedPieceWarning(UserWarning):
+    """The same, where the caller has asked for a warning."""
+
+
+class TooLargeError(QuorError):
+    """The result has no place in 32-bit indices."""
+
+
+class Cancelled(Exception):
+    """The progress function said so."""
+
+
 class Info(enum.IntEnum):
     """What became of a solver's factorization."""
 
@@ -86,9 +105,52 @@ class Welded(NamedTuple):
     point_map: np.ndarray  # (point count,) int32, the vertex that each point became
 
 
+class Finding(NamedTuple):
+    """How often something was found, and the index of the first one, -1 if there is none."""
+
+    count: int
+    first: int
+
+
+class Report(NamedTuple):
+    """What is wrong with a mesh: what `check` returns. See quorkitCheck in quorkit.h."""
+
+    longest_edge: float
+    area: float
+    diagonal: float
+    corners_out_of_range: Finding  # triangles
+    repeated_corners: Finding  # triangles
+    not_finite: Finding  # vertices
+    flat_triangles: Finding
+    needles: Finding  # triangles
+    unused_vertices: Finding
+    prescribed_vertices: Finding
+    pieces: Finding  # each by its first vertex
+    unprescribed_pieces: Finding
+
+
+class CleanMesh(NamedTuple):
+    """What `clean` returns."""
+
+    vertices: np.ndarray  # (n, 3) float64
+    triangles: np.ndarray  # (m, 3) int32
+    triangle_origins: np.ndarray  # (m,) int32: the input triangle that each is a part of
+    vertex_map: np.ndarray  # (input vertices,) int32: what each became, -1 if it was dropped
+
+
+class RefinedMesh(NamedTuple):
+    """What `refine` returns. It begins with the vertices of the input."""
+
+    vertices: np.ndarray  # (n, 3) float64
+    triangles: np.ndarray  # (m, 3) int32
+    triangle_origins: np.ndarray  # (m,) int32: the input triangle that each is a part of
+    vertex_origins: np.ndarray  # (n, 2) int32: the vertices whose midpoint it is; twice itself
+    longest_edge: float  # the length it was refined to
+
+
 def _load():
-    names = {"win32": ["quor.dll"], "darwin": ["libquor.0.dylib", "libquor.dylib"]}.get(
-        sys.platform, ["libquor.so.0", "libquor.so"])
+    names = {"win32": ["quorkit.dll"], "darwin": ["libquorkit.0.dylib", "libquorkit.dylib"]}.get(
+        sys.platform, ["libquorkit.so.0", "libquorkit.so"])
     here = os.path.dirname(os.path.abspath(__file__))
     beside = [path for path in (os.path.join(here, name) for name in names) if os.path.exists(path)]
     chosen = os.environ.get("QUOR_LIBRARY")
@@ -101,6 +163,34 @@ def _load():
                       "set QUOR_LIBRARY to its path")
 
 
+class _CFinding(ctypes.Structure):
+    _fields_ = [("count", c_int32), ("first", c_int32)]
+
+
+class _CReport(ctypes.Structure):
+    _fields_ = [(name, c_double) for name in Report._fields[:3]] + [
+        (name, _CFinding) for name in Report._fields[3:]]
+
+
+class _CMesh(ctypes.Structure):
+    _fields_ = [("vertex_count", c_int32), ("triangle_count", c_int32),
+                ("vertices", POINTER(c_double)), ("triangles", POINTER(c_int32)),
+                ("triangle_origins", POINTER(c_int32)), ("vertex_origins", POINTER(c_int32)),
+                ("vertex_map", POINTER(c_int32)), ("vertex_map_count", c_int32),
+                ("longest_edge", c_double)]
+
+
+class _CSolverInfo(ctypes.Structure):
+    _fields_ = [("vertex_count", c_int32), ("triangle_count", c_int32),
+                ("prescribed_count", c_int32), ("factorization", c_uint32),
+                ("vertices", POINTER(c_double)), ("triangles", POINTER(c_int32)),
+                ("order", POINTER(c_int32))]
+
+
+_Progress = ctypes.CFUNCTYPE(c_int32, c_double, c_void_p)
+_DONE, _BAD_ARGUMENT, _OUT_OF_MEMORY, _TOO_LARGE, _FILE, _CANCELLED = range(6)
+
+
 def _declare(library):
     """Gives every function its exact types, arrays included: a wrong one cannot be passed."""
 
@@ -111,22 +201,28 @@ def _declare(library):
         return np.ctypeslib.ndpointer(dtype, flags=("C_CONTIGUOUS", "ALIGNED", "WRITEABLE"))
 
     real, integer = np.float64, np.int32
+    mesh = (c_int32, read(real), c_int32, read(integer))
     signatures = {
-        "quorWeld": (c_int32, c_int32, read(real), c_int32, read(integer), write(real),
-                     write(integer), write(integer), POINTER(c_int32), POINTER(c_int32), c_double),
-        "quorctorTagged": (c_uint32, c_int32, read(real), c_int32, read(integer), read(integer),
-                           POINTER(c_uint32), POINTER(c_uint32), POINTER(c_void_p)),
-        "quorinfo": (c_uint32, c_void_p),
-        "quorsolveTagged": (None, c_void_p, read(real), write(real), POINTER(c_uint32)),
-        "quorsolvePTagged": (None, c_void_p, read(real), read(real), write(real),
-                             POINTER(c_uint32)),
-        "quoverts": (c_uint64, c_void_p, POINTER(POINTER(c_double))),
-        "quotris": (c_uint64, c_void_p, POINTER(POINTER(c_int32))),
-        "wobj": (None, c_void_p, read(real), c_char_p),
-        "quorfree": (None, c_void_p),
-        "encode_integer_to_sphere": (c_int32, c_int32, POINTER(c_float), POINTER(c_float),
-                                     POINTER(c_float)),
-        "decode_integer_from_sphere": (c_int32, c_float, c_float, c_float),
+        "quorkitWeld": (c_int32, *mesh, write(real), write(integer), write(integer),
+                        POINTER(c_int32), POINTER(c_int32), c_double),
+        "quorkitCheck": (c_int32, *mesh, c_void_p, POINTER(_CReport)),
+        "quorkitClean": (c_int32, *mesh, POINTER(POINTER(_CMesh))),
+        "quorkitRefine": (c_int32, *mesh, c_double, POINTER(POINTER(_CMesh))),
+        "quorkitRefineTo": (c_int32, *mesh, c_int32, POINTER(POINTER(_CMesh))),
+        "quorkitFreeMesh": (None, POINTER(_CMesh)),
+        "quorkitConstruct": (c_int32, *mesh, read(integer), _Progress, c_void_p,
+                             POINTER(c_void_p)),
+        "quorkitSolverInfo": (c_int32, c_void_p, POINTER(_CSolverInfo)),
+        "quorkitSolve": (c_int32, c_void_p, read(real), c_void_p, write(real)),
+        "quorkitFreeSolver": (None, c_void_p),
+        "quorkitAreas": (c_int32, *mesh, write(real)),
+        "quorkitColours": (c_int32, c_int32, read(real), c_double, c_double, write(np.uint8)),
+        "quorkitWrite": (c_int32, c_int32, c_void_p, c_int32, c_void_p, read(real), c_char_p,
+                         c_char_p, c_double),
+        "quorkitEncodeToSphere": (c_int32, c_int32, POINTER(c_float), POINTER(c_float),
+                                  POINTER(c_float)),
+        "quorkitDecodeFromSphere": (c_int32, c_float, c_float, c_float),
+        "quorkitStatusText": (c_char_p, c_int32),
     }
     for name, (result, *arguments) in signatures.items():
         function = getattr(library, name)
@@ -137,10 +233,24 @@ def _declare(library):
 _library = _declare(_load())
 
 
-class _Handle(c_void_p):
-    """The library's handle, released with the last reference: a solver's, a view's, a call's."""
+def _require(status, text=None):
+    """Turns a status of the library into an exception, unless it is done."""
+    if status == _DONE:
+        return
+    reason = _library.quorkitStatusText(status).decode()
+    if status == _OUT_OF_MEMORY:
+        raise MemoryError(reason)
+    if status == _TOO_LARGE:
+        raise TooLargeError(status, reason)
+    if status == _CANCELLED:
+        raise Cancelled(reason)
+    raise QuorError(status, text or reason)
 
-    def __del__(self, release=_library.quorfree):
+
+class _Handle(c_void_p):
+    """The library's solver, released with the last reference: a solver's, a view's, a call's."""
+
+    def __del__(self, release=_library.quorkitFreeSolver):
         release(self)
 
 
@@ -204,10 +314,9 @@ def weld(points, triangles, tolerance):
     vertices, kept = np.empty_like(points), np.empty_like(triangles)
     point_map = np.empty(len(points), np.int32)
     n, m = c_int32(), c_int32()
-    status = _library.quorWeld(len(points), points, len(triangles), triangles, vertices, kept,
-                               point_map, byref(n), byref(m), float(tolerance))
-    if status:
-        raise QuorError(status, f"tolerance: {tolerance} is not 0 or more")
+    _require(_library.quorkitWeld(len(points), points, len(triangles), triangles, vertices, kept,
+                                  point_map, byref(n), byref(m), float(tolerance)),
+             f"tolerance: {tolerance} is not 0 or more")
     vertices.resize((n.value, 3), refcheck=False)  # gives the unused room back, in place
     kept.resize((m.value, 3), refcheck=False)
     return Welded(vertices, kept, point_map)
@@ -220,8 +329,13 @@ class Solver:
     triangles  (m, 3) indices of vertices, m >= 1; every vertex is used
     tags       (n,) integers or booleans: 1, 2, 3 (True) prescribed, all others free
 
-    Raises NoVertexError, RepeatedCornerError or UnusedVertexError. Flat triangles and free vertices
-    that no edges connect to a prescribed one are not refused: look at `info` before solving.
+    progress   called now and then, on this thread, with the fraction that is done, 0 .. 1; returns
+               a true value to cancel
+    unprescribed  what becomes of a piece of the mesh without a prescribed vertex, whose field nothing
+               defines: "raise", "warn" or "ignore"
+
+    Raises NoVertexError, RepeatedCornerError, UnusedVertexError or UnprescribedPieceError; Cancelled,
+    or what `progress` raised. Flat triangles are not refused: clean the mesh before.
 
     The solver copies what it needs. Values and fields are in the caller's order of vertices; only
     `vertices`, `triangles` and `write` speak solver order, to which `to_solver_order` brings a
@@ -230,24 +344,40 @@ class Solver:
     Use it in a with statement, call close(), or leave it to be collected.
     """
 
-    def __init__(self, vertices, triangles, tags):
+    def __init__(self, vertices, triangles, tags, progress=None, unprescribed="raise"):
         vertices = _real("vertices", vertices, (None, 3), _SOLVER_VERTEX_LIMIT)
         n = len(vertices)
         triangles = _integer("triangles", triangles, (None, 3), 0, n - 1, IndexError,
                              limit=_SOLVER_TRIANGLE_LIMIT)
         tags = _integer("tags", tags, (n,), -2**31, 2**31 - 1, ValueError, kinds="iub")
-        status, handle = c_uint32(), _Handle()
-        _library.quorctorTagged(n, vertices, len(triangles), triangles, tags, None, byref(status),
-                                byref(handle))
-        if status.value:
-            raise _refusal(status.value, n, triangles)
+        if unprescribed not in ("raise", "warn", "ignore"):
+            raise ValueError(f'unprescribed: {unprescribed!r} is not "raise", "warn" or "ignore"')
+        if unprescribed != "ignore":
+            _look_for_unprescribed(check(vertices, triangles, tags), unprescribed)
+        handle = _Handle()
+        raised = []
+
+        @_Progress
+        def call(fraction, _):
+            try:
+                return bool(progress(fraction))
+            except BaseException as error:  # not to be lost in C
+                raised.append(error)
+                return 1
+
+        status = _library.quorkitConstruct(n, vertices, len(triangles), triangles, tags,
+                                           call if progress else _Progress(), None, byref(handle))
+        if raised:
+            raise raised[0]
+        if status == _BAD_ARGUMENT:
+            raise _refusal(n, triangles)
+        _require(status)
         prescribed = (tags >= 1) & (tags <= 3)
         #: (n,) for each place in solver order the caller's index of its vertex.
         self.order = np.concatenate([np.flatnonzero(prescribed), np.flatnonzero(~prescribed)[::-1]])
         self.order.flags.writeable = False
         #: The number of prescribed vertices; they come first in solver order.
         self.prescribed_count = int(np.count_nonzero(prescribed))
-        self._triangle_count = len(triangles)
         self._handle = handle
 
     def __enter__(self):
@@ -272,7 +402,13 @@ class Solver:
     def info(self):
         """Whether the factorization succeeded: an Info. A handle whose factorization failed works,
         but solves give 0 at the free vertices."""
-        return Info(_library.quorinfo(self._open_handle))
+        return Info(self._read_info(self._open_handle).factorization)
+
+    @staticmethod
+    def _read_info(handle):
+        info = _CSolverInfo()
+        _require(_library.quorkitSolverInfo(handle, byref(info)))
+        return info
 
     def solve(self, prescribed, source=None, out=None):
         """Computes the field that has the given values at the prescribed vertices and is harmonic
@@ -289,37 +425,33 @@ class Solver:
         """
         handle = self._open_handle
         shape = self.order.shape
-        inputs = [_real("prescribed", prescribed, shape)]
+        prescribed = _real("prescribed", prescribed, shape)
         if source is not None:
-            inputs.append(_real("source", source, shape))
+            source = _real("source", source, shape)
         if out is None:
             out = np.empty(shape)
         else:
             if not (isinstance(out, np.ndarray) and out.dtype == np.float64 and out.flags.carray):
                 raise TypeError("out: expected a contiguous, writeable float64 array")
             _check_shape("out", out, shape)
-        status = c_uint32()
-        solve = _library.quorsolveTagged if source is None else _library.quorsolvePTagged
-        solve(handle, *inputs, out, byref(status))
-        if status.value:
-            raise QuorError(status.value, f"the solve answered {status.value}")
+        _require(_library.quorkitSolve(handle, prescribed, _address(source), out))
         return out
 
     @property
     def vertices(self):
         """(n, 3) float64 in solver order: the solver's own array, read only. It stays valid when
         the solver is closed."""
-        handle, pointer = self._open_handle, POINTER(c_double)()
-        count = _library.quoverts(handle, byref(pointer))
-        return np.asarray(_Memory(handle, pointer, (count, 3), np.float64))
+        handle = self._open_handle
+        info = self._read_info(handle)
+        return np.asarray(_Memory(handle, info.vertices, (info.vertex_count, 3), np.float64))
 
     @property
     def triangles(self):
         """(m, 3) int32, indices in solver order: the solver's own array, read only. It stays valid
         when the solver is closed. Triangles and corners are in the caller's order."""
-        handle, pointer = self._open_handle, POINTER(c_int32)()
-        _library.quotris(handle, byref(pointer))
-        return np.asarray(_Memory(handle, pointer, (self._triangle_count, 3), np.int32))
+        handle = self._open_handle
+        info = self._read_info(handle)
+        return np.asarray(_Memory(handle, info.triangles, (info.triangle_count, 3), np.int32))
 
     def to_solver_order(self, values):
         """Brings values in the caller's order, (n, ...) of any type, to solver order: a copy."""
@@ -328,41 +460,194 @@ class Solver:
         return values[self.order]
 
     def write(self, field, base_name):
-        """Writes the mesh and a field as base_name + ".obj" and base_name + ".mtl", which show the
-        field as colours: the smallest value at the right end of the image viridis.PNG, the largest
-        at the left end. Put that image beside the files.
+        """Writes the solver's mesh and a field as base_name + ".obj" and base_name + ".mtl": the text
+        of wobj, in solver order. The function `write` of the module does the same with any mesh,
+        keeps the margin that most viewers need, and copies the ramp.
 
         field      (n,) values in SOLVER order: write(solver.to_solver_order(field), "plate")
-        base_name  str, bytes or path without extension. The OBJ names its material by the same
-                   text, so a viewer finds it only when base_name has no directory: change to the
-                   directory first, or move both files afterwards.
+        base_name  str, bytes or path
 
-        Raises OSError when a file cannot be opened. A disk that runs full is not noticed. Numbers
-        have six significant digits; if all values are equal every texture coordinate is NaN.
+        Raises and writes as that does.
         """
         handle = self._open_handle
-        field = _real("field", field, self.order.shape, _WRITE_VERTEX_LIMIT)
-        base_name = os.fsdecode(base_name)
-        for extension in (".obj", ".mtl"):
-            with open(base_name + extension, "ab"):  # the library would only print a line
+        info = self._read_info(handle)
+        field = _real("field", field, self.order.shape)
+        _write(info.vertex_count, info.vertices, info.triangle_count, info.triangles, field, base_name,
+               None, 0.0)
+
+
+def _address(array):
+    """Of an array that may be missing."""
+    return None if array is None else array.ctypes.data
+
+
+def _mesh(vertices, triangles, limit=_COUNT_LIMIT):
+    vertices = _real("vertices", vertices, (None, 3))
+    return vertices, _integer("triangles", triangles, (None, 3), 0, len(vertices) - 1, IndexError,
+                              limit=limit)
+
+
+def _arguments(vertices, triangles):
+    return len(vertices), vertices, len(triangles), triangles
+
+
+def check(vertices, triangles, tags=None):
+    """Looks what is wrong with a mesh, and with its tags if there are any: a Report. Corners out of
+    range and numbers that are not finite are found, not refused."""
+    vertices = _real("vertices", vertices, (None, 3))
+    triangles = _integer("triangles", triangles, (None, 3), -2**31, 2**31 - 1, IndexError)
+    if tags is not None:
+        tags = _integer("tags", tags, (len(vertices),), -2**31, 2**31 - 1, ValueError, kinds="iub")
+    report = _CReport()
+    _require(_library.quorkitCheck(*_arguments(vertices, triangles), _address(tags), byref(report)))
+    values = [getattr(report, name) for name in Report._fields]
+    return Report(*values[:3], *(Finding(found.count, found.first) for found in values[3:]))
+
+
+def _copy(pointer, shape, dtype):
+    if 0 in shape:
+        return np.empty(shape, dtype)
+    return np.ctypeslib.as_array(pointer, shape).astype(dtype, copy=True)
+
+
+def clean(vertices, triangles):
+    """Drops flat triangles without opening cracks, and vertices that no triangle uses: a CleanMesh. The
+    vertices that triangles use must be finite."""
+    vertices, triangles = _mesh(vertices, triangles)
+    made = POINTER(_CMesh)()
+    _require(_library.quorkitClean(*_arguments(vertices, triangles), byref(made)),
+             "vertices: a coordinate that a triangle uses is not finite")
+    try:
+        mesh = made.contents
+        n, m = mesh.vertex_count, mesh.triangle_count
+        return CleanMesh(_copy(mesh.vertices, (n, 3), np.float64),
+                         _copy(mesh.triangles, (m, 3), np.int32),
+                         _copy(mesh.triangle_origins, (m,), np.int32),
+                         _copy(mesh.vertex_map, (mesh.vertex_map_count,), np.int32))
+    finally:
+        _library.quorkitFreeMesh(made)
+
+
+def refine(vertices, triangles, longest_edge=None, triangle_count=None):
+    """Splits edges at their midpoints until none is longer than longest_edge, or until there are about
+    triangle_count triangles, never more: a RefinedMesh. Exactly one of them is given.
+
+    A thirty-second part of the diagonal, check(...).diagonal / 32, is a length to begin with.
+
+    Raises ValueError for coordinates that are not finite, triangles with two equal corners, and a length
+    or number that makes no sense; TooLargeError beyond 238,609,294 triangles.
+    """
+    if (longest_edge is None) == (triangle_count is None):
+        raise ValueError("refine: give either longest_edge or triangle_count")
+    vertices, triangles = _mesh(vertices, triangles)
+    made = POINTER(_CMesh)()
+    if longest_edge is not None:
+        status = _library.quorkitRefine(*_arguments(vertices, triangles), float(longest_edge),
+                                        byref(made))
+    else:
+        wanted = min(max(operator.index(triangle_count), 0), _COUNT_LIMIT)
+        status = _library.quorkitRefineTo(*_arguments(vertices, triangles), wanted, byref(made))
+    _require(status, "refine: coordinates must be finite, corners different, the length above 0 and the "
+                     "number in 1 .. 238,609,294")
+    try:
+        mesh = made.contents
+        n, m = mesh.vertex_count, mesh.triangle_count
+        return RefinedMesh(_copy(mesh.vertices, (n, 3), np.float64),
+                           _copy(mesh.triangles, (m, 3), np.int32),
+                           _copy(mesh.triangle_origins, (m,), np.int32),
+                           _copy(mesh.vertex_origins, (n, 2), np.int32), mesh.longest_edge)
+    finally:
+        _library.quorkitFreeMesh(made)
+
+
+def areas(vertices, triangles):
+    """(n,) float64: a third of the areas around each vertex, to multiply densities with."""
+    vertices, triangles = _mesh(vertices, triangles)
+    result = np.empty(len(vertices))
+    _require(_library.quorkitAreas(*_arguments(vertices, triangles), result))
+    return result
+
+
+def colours(field, low=None, high=None):
+    """(n, 4) uint8: red, green, blue and alpha of each value, from dark violet at low to yellow at
+    high; by default the ends of the field. NaN is grey."""
+    field = _real("field", field, (None,))
+    if low is None or high is None:
+        finite = field[np.isfinite(field)]
+        low = (finite.min() if finite.size else 0.0) if low is None else low
+        high = (finite.max() if finite.size else 1.0) if high is None else high
+    rgba = np.empty((len(field), 4), np.uint8)
+    _require(_library.quorkitColours(len(field), field, float(low), float(high), rgba),
+             "low, high: must be finite")
+    return rgba
+
+
+def write(vertices, triangles, field, path, ramp=None, margin=0.001):
+    """Writes a mesh and a field as an OBJ file and its material, which viewers show as colours: the
+    largest value yellow, the smallest violet.
+
+    field   (n,) finite values, in the order of the vertices
+    path    str, bytes or path, with or without directories and ".obj"
+    ramp    path of the image viridis.PNG, to be copied beside the files; None: no copy
+    margin  how far the ends of the field stay away from those of the ramp, as a part of its range:
+            viewers that repeat textures would mix the ends. All viewers are fine with the default.
+
+    Numbers have six significant digits. Raises OSError when a file cannot be written whole, a full disk
+    included; what was there before is then as it was.
+    """
+    vertices, triangles = _mesh(vertices, triangles)
+    field = _real("field", field, (len(vertices),))
+    _write(len(vertices), vertices.ctypes.data, len(triangles), triangles.ctypes.data, field, path, ramp,
+           margin)
+
+
+def _write(n, vertices, m, triangles, field, path, ramp, margin):
+    def utf8(name):
+        name = os.fsdecode(name)
+        if "\0" in name:
+            raise ValueError("write: a null character in a path")
+        return name.encode() if os.name == "nt" else os.fsencode(name)
+
+    status = _library.quorkitWrite(n, ctypes.cast(vertices, c_void_p), m,
+                                   ctypes.cast(triangles, c_void_p), field, utf8(path),
+                                   None if ramp is None else utf8(ramp), float(margin))
+    if status == _FILE:
+        name = os.fsdecode(path)
+        part = (name[:-4] if name.endswith(".obj") else name) + ".obj.part"
+        with open(part, "wb"):  # tells why, if opening was what failed
+            pass
+        os.remove(part)
+        if ramp is not None:
+            with open(ramp, "rb"):
                 pass
-        # The library opens files by narrow names, which on Windows are in the ANSI code page.
-        _library.wobj(handle, field,
-                      base_name.encode("mbcs") if os.name == "nt" else os.fsencode(base_name))
+        raise OSError(errno.EIO, "cannot be written, or the disk is full", name)
+    _require(status, "write: coordinates and field must be finite, the path must name a file and the "
+                     "margin be in 0 .. 1")
 
 
-def _refusal(status, n, triangles):
-    """The exception for a status of the constructor, naming the first culprit."""
-    if status == 1:
-        return NoVertexError(status, "vertices: there are none")
-    if status == 23:
-        a, b, c = triangles.T
-        bad = np.flatnonzero((a == b) | (b == c) | (c == a))[0]
-        return RepeatedCornerError(status, f"triangles: number {bad} has two equal indices")
-    if status == 24:
-        unused = np.setdiff1d(np.arange(n), triangles)[0]
-        return UnusedVertexError(status, f"vertices: number {unused} is used by no triangle")
-    return QuorError(status, f"the constructor answered {status}")
+def _look_for_unprescribed(report, wish):
+    """Looks only at meshes that are otherwise sound: the constructor refuses the others."""
+    refused = report.unused_vertices.count or report.repeated_corners.count
+    if report.unprescribed_pieces.count and not refused:
+        count, first = report.unprescribed_pieces
+        text = (f"tags: {count} of {report.pieces.count} pieces have no prescribed vertex, so nothing says "
+                f"what their field is; the first one is that of vertex {first}")
+        if wish == "raise":
+            raise UnprescribedPieceError(_BAD_ARGUMENT, text)
+        warnings.warn(text, UnprescribedPieceWarning, stacklevel=3)
+
+
+def _refusal(n, triangles):
+    """The exception for what the constructor refuses, with the status of quor.h, naming the first
+    culprit."""
+    if n == 0:
+        return NoVertexError(1, "vertices: there are none")
+    a, b, c = triangles.T
+    repeated = np.flatnonzero((a == b) | (b == c) | (c == a))
+    if repeated.size:
+        return RepeatedCornerError(23, f"triangles: number {repeated[0]} has two equal indices")
+    unused = np.setdiff1d(np.arange(n), triangles)[0]
+    return UnusedVertexError(24, f"vertices: number {unused} is used by no triangle")
 
 
 def encode_integer_to_sphere(value):
@@ -372,11 +657,11 @@ def encode_integer_to_sphere(value):
     if not -1 <= value <= 65534:  # ctypes would cut a large one to its low 32 bits
         raise ValueError(f"value: {value} is not in -1 .. 65534")
     x, y, z = c_float(), c_float(), c_float()
-    _library.encode_integer_to_sphere(value, byref(x), byref(y), byref(z))
+    _library.quorkitEncodeToSphere(value, byref(x), byref(y), byref(z))
     return x.value, y.value, z.value
 
 
 def decode_integer_from_sphere(x, y, z):
     """Unpacks the integer from a vector that encode_integer_to_sphere made, or from its mirror
     image (-x, -y, -z). Any other vector gives some integer in -1 .. 65534."""
-    return _library.decode_integer_from_sphere(float(x), float(y), float(z))
+    return _library.quorkitDecodeFromSphere(float(x), float(y), float(z))

@@ -18,7 +18,8 @@ static class QuorTest
         foreach (var test in new Action[] {
             WeldAgreesWithComparingAllPairs, SolveAgreesWithElimination, OutputMayBeAnInput,
             MeshReadsBackInSolverOrder, WrittenFilesReadBack, BadArgumentsAreRefused,
-            RefusalsNameTheCulprit, SingularMatrixIsTold, DisposedSolverThrows,
+            RefusalsNameTheCulprit, RawMeshesAreLookedAtMendedAndRefined,
+            ProgressCancelsAndPassesExceptionsOn, SingularMatrixIsTold, DisposedSolverThrows,
             SolversSurviveCollectionDuringCalls, SolversSurviveDisposalDuringCalls,
             ForgottenSolversAreFreed, AllLabelsSurviveTheSphere })
         {
@@ -226,7 +227,7 @@ static class QuorTest
                 var baseName = Path.Combine(folder, "Wärme");
                 solver.Write(field, baseName);
                 var lines = File.ReadAllLines(baseName + ".obj");
-                Expect(lines[0] == $"mtllib {baseName}.mtl", "material");
+                Expect(lines[0] == "mtllib Wärme.mtl", "material");
                 Func<string, double[]> numbers = key => lines.Where(line => line.StartsWith(key))
                     .SelectMany(line => line.Substring(key.Length).Split(' '))
                     .Select(word => double.Parse(word.Split('/')[0], CultureInfo.InvariantCulture))
@@ -305,11 +306,65 @@ static class QuorTest
         refused(Status.RepeatedCorner, "triangle 1 has", 4, new[] { 0, 1, 2, 3, 1, 3 });
     }
 
+    static void RawMeshesAreLookedAtMendedAndRefined()
+    {
+        double[] square = { 0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, .5, .5, 0, 9, 9, 9 };
+        int[] crack = { 0, 1, 2, 0, 2, 4, 0, 4, 3, 4, 2, 3 };
+        var report = Mesh.Look(square, crack, new[] { 1, 0, 0, 0, 0, 2 });
+        Expect(report.FlatTriangles.Count == 1 && report.FlatTriangles.First == 1, "flat");
+        Expect(report.UnusedVertices.First == 5 && report.PrescribedVertices.Count == 2, "counts");
+        Expect(Mesh.Look(square, new[] { 0, 1, 99 }).CornersOutOfRange.Count == 1, "range");
+        var clean = Mesh.Clean(square, crack);
+        Expect(clean.Triangles.Length == 12 && clean.VertexMap.SequenceEqual(
+            new[] { 0, 1, 2, 3, 4, -1 }), "clean");
+        var mesh = Mesh.Refine(clean.Vertices, clean.Triangles, 0.1);
+        Expect(mesh.LongestEdge == 0.1 && mesh.VertexMap.Length == 0, "refined");
+        Expect(mesh.TriangleOrigins.Length == mesh.Triangles.Length / 3 &&
+               mesh.VertexOrigins.Length == mesh.Vertices.Length / 3 * 2, "origins");
+        Expect(Math.Abs(Mesh.Areas(mesh.Vertices, mesh.Triangles).Sum() - 1) < 1e-12, "areas");
+        var count = Mesh.RefineTo(mesh.Vertices, mesh.Triangles, 9000).Triangles.Length / 3;
+        Expect(count > 2000 && count <= 9000, "number");
+        Expect(Mesh.Colours(new[] { 0, 2, double.NaN }, 0, 2).SequenceEqual(
+            new byte[] { 68, 1, 84, 255, 253, 231, 36, 255, 128, 128, 128, 255 }), "colours");
+        Throws<ArgumentException>(() => Mesh.Refine(square, crack, 0), "argument");
+        Throws<QuorException>(() => Mesh.Refine(square, new[] { 0, 1, 2 }, 1e-9), "32-bit");
+        Throws<QuorException>(() => new Solver(mesh.Vertices, mesh.Triangles,
+                                               new int[mesh.Vertices.Length / 3]), "1 of 1 pieces");
+        var folder = Path.Combine(Path.GetTempPath(), Path.GetRandomFileName());
+        Directory.CreateDirectory(folder);
+        try
+        {
+            var field = Enumerable.Range(0, mesh.Vertices.Length / 3)
+                .Select(i => mesh.Vertices[3 * i]).ToArray();
+            Mesh.Write(mesh.Vertices, mesh.Triangles, field, Path.Combine(folder, "ä.obj"));
+            Expect(File.Exists(Path.Combine(folder, "ä.mtl")), "files");
+            Throws<IOException>(() => Mesh.Write(mesh.Vertices, mesh.Triangles, field,
+                                                 folder + "/no/x"), "no/x");
+        }
+        finally
+        {
+            Directory.Delete(folder, true);
+        }
+    }
+
+    static void ProgressCancelsAndPassesExceptionsOn()
+    {
+        var s = BumpySheet(4);
+        var last = -1.0;
+        using (new Solver(s.Vertices, s.Triangles, s.Tags, done => { last = done; return true; }))
+            Expect(last == 1, "progress");
+        Throws<OperationCanceledException>(
+            () => new Solver(s.Vertices, s.Triangles, s.Tags, done => false), "cancelled");
+        Throws<InvalidTimeZoneException>(
+            () => new Solver(s.Vertices, s.Triangles, s.Tags,
+                             done => throw new InvalidTimeZoneException("mine")), "mine");
+    }
+
     static void SingularMatrixIsTold()
     {
         // Entries 1, 0.5 and 0 only: the elimination is exact and its last pivot is 0.
         using (var solver = new Solver(new double[] { 0, 0, 0, 1, 0, 0, 0, 1, 0 },
-                                       new[] { 0, 1, 2 }, new int[3]))
+                                       new[] { 0, 1, 2 }, new int[3], mayFloat: true))
         {
             Expect(solver.Info == Factorization.NumericalIssue, solver.Info.ToString());
         }

@@ -202,7 +202,7 @@ class Solve(unittest.TestCase):
             base = Path(folder) / "Wärme"
             self.solver.write(field, base)
             lines = [line.split() for line in Path(f"{base}.obj").read_text().splitlines()]
-            self.assertEqual(lines[:2], [["mtllib", f"{base}.mtl"], ["usemtl", "Heat"]])
+            self.assertEqual(lines[:2], [["mtllib", "Wärme.mtl"], ["usemtl", "Heat"]])
             read = {key: np.array([[float(word.split("/")[0]) for word in words] for name, *words
                                    in lines[2:] if name == key]) for key in ("v", "vt", "f")}
             np.testing.assert_allclose(read["v"], self.solver.vertices, rtol=5e-6)
@@ -273,9 +273,132 @@ class Refused(unittest.TestCase):
 
     def test_singular_matrix_is_told(self):
         # Entries 1, 0.5 and 0 only: the elimination is exact and its last pivot is 0.
-        solver = quor.Solver([[0, 0, 0], [1, 0, 0], [0, 1, 0]], [[0, 1, 2]], [0] * 3)
+        solver = quor.Solver([[0, 0, 0], [1, 0, 0], [0, 1, 0]], [[0, 1, 2]], [0] * 3,
+                             unprescribed="ignore")
         self.assertEqual(solver.info, quor.Info.NUMERICAL_ISSUE)
         self.assertEqual(list(solver.solve([1.0] * 3)), [0] * 3)
+
+
+class Kit(unittest.TestCase):
+    """What raw meshes need: looked at, mended, made finer, shown."""
+
+    FLAT = np.array([[0, 0, 0], [1, 0, 0], [1, 1, 0], [0, 1, 0], [.5, .5, 0], [9, 9, 9]], float)
+    CRACK = np.array([[0, 1, 2], [0, 2, 4], [0, 4, 3], [4, 2, 3]])
+
+    def test_check(self):
+        report = quor.check(self.FLAT, self.CRACK, [1, 0, 0, 0, 0, 2])
+        self.assertEqual(report.flat_triangles, (1, 1))
+        self.assertEqual(report.unused_vertices, (1, 5))
+        self.assertEqual(report.prescribed_vertices, (2, 0))
+        self.assertEqual(report.unprescribed_pieces, (0, -1))
+        self.assertEqual(quor.check(self.FLAT, [[0, 1, 99], [-1, 0, 1]]).corners_out_of_range, (2, 0))
+        self.assertEqual(quor.check([[0, np.nan, 0]], np.empty((0, 3), int)).not_finite, (1, 0))
+        self.assertAlmostEqual(report.diagonal, 2**.5)
+
+    def test_clean(self):
+        mesh = quor.clean(self.FLAT, self.CRACK)
+        report = quor.check(mesh.vertices, mesh.triangles)
+        self.assertEqual((report.flat_triangles.count, report.unused_vertices.count), (0, 0))
+        self.assertEqual(len(mesh.triangles), 4)
+        np.testing.assert_array_equal(mesh.vertex_map, [0, 1, 2, 3, 4, -1])
+        self.assertEqual(len(mesh.triangle_origins), 4)
+        with self.assertRaises(ValueError):
+            quor.clean(self.FLAT * np.nan, self.CRACK)
+
+    def test_refine(self):
+        vertices, triangles, _ = bumpy_grid()
+        mesh = quor.refine(vertices, triangles, 0.3)
+        np.testing.assert_array_equal(mesh.vertices[:len(vertices)], vertices)
+        a, b = mesh.vertex_origins.T
+        np.testing.assert_array_equal(mesh.vertices, (mesh.vertices[a] + mesh.vertices[b]) / 2)
+        edges = mesh.vertices[mesh.triangles] - mesh.vertices[np.roll(mesh.triangles, 1, 1)]
+        self.assertLessEqual((edges**2).sum(-1).max(), 0.3**2)
+        self.assertAlmostEqual(quor.areas(mesh.vertices, mesh.triangles).sum(),
+                               quor.areas(vertices, triangles).sum())
+        self.assertTrue((np.diff(mesh.triangle_origins) >= 0).all())
+        some = quor.refine(vertices, triangles, triangle_count=3000)
+        self.assertTrue(2000 < len(some.triangles) <= 3000)
+        for arguments in ({}, {"longest_edge": 1, "triangle_count": 9}, {"longest_edge": 0},
+                          {"longest_edge": np.nan}, {"triangle_count": 0}, {"triangle_count": 2**40}):
+            with self.subTest(arguments), self.assertRaises(ValueError):
+                quor.refine(vertices, triangles, **arguments)
+        with self.assertRaises(quor.TooLargeError):
+            quor.refine(vertices, triangles, 1e-9)
+
+    def test_colours(self):
+        rgba = quor.colours([0, 1, 2, np.nan])
+        self.assertEqual(rgba.tolist(), [[68, 1, 84, 255], [32, 144, 140, 255], [253, 231, 36, 255],
+                                         [128, 128, 128, 255]])
+        self.assertEqual(quor.colours([5], 0, 10).tolist(), rgba[1:2].tolist())
+        with self.assertRaises(ValueError):
+            quor.colours([1], 0, np.inf)
+
+    def test_pieces_without_a_prescribed_vertex(self):
+        triangle = [[0, 0, 0], [1, 0, 0], [0, 1, 0]]
+        two = (np.concatenate([triangle, np.add(triangle, 5)]), [[0, 1, 2], [3, 4, 5]])
+        with self.assertRaisesRegex(quor.UnprescribedPieceError, "1 of 2 .* vertex 3"):
+            quor.Solver(*two, [1, 0, 0, 0, 0, 0])
+        with self.assertWarns(quor.UnprescribedPieceWarning):
+            quor.Solver(*two, [1, 0, 0, 0, 0, 0], unprescribed="warn")
+        with self.assertRaises(ValueError):
+            quor.Solver(*two, [1, 0, 0, 1, 0, 0], unprescribed="maybe")
+
+    def test_progress(self):
+        mesh, told = bumpy_grid(), []
+        quor.Solver(*mesh, progress=told.append)
+        self.assertEqual((told[0], told[-1]), (0, 1))
+        with self.assertRaises(quor.Cancelled):
+            quor.Solver(*mesh, progress=lambda fraction: True)
+        with self.assertRaises(ZeroDivisionError):
+            quor.Solver(*mesh, progress=lambda fraction: 1 / 0)
+
+    def test_write(self):
+        vertices, triangles, _ = bumpy_grid()
+        field = vertices[:, 0]
+        with tempfile.TemporaryDirectory() as folder:
+            ramp = Path(folder) / "ramp"
+            ramp.write_bytes(b"ramp")
+            (Path(folder) / "sub").mkdir()
+            path = Path(folder) / "sub" / "a.obj"
+            quor.write(vertices, triangles, field, path, ramp)
+            self.assertEqual(sorted(os.listdir(path.parent)), ["a.mtl", "a.obj", "viridis.PNG"])
+            u = [float(line.split()[1]) for line in path.read_text().splitlines() if line[:2] == "vt"]
+            np.testing.assert_allclose([min(u), max(u)], [.001 / 1.002, 1.001 / 1.002], atol=1e-6)
+            for error, bad in ((FileNotFoundError, Path(folder) / "missing" / "x"),
+                               (OSError, "/dev/null/x"), (ValueError, folder + "/a\0b"),
+                               (ValueError, folder + "/")):
+                with self.assertRaises(error):
+                    quor.write(vertices, triangles, field, bad)
+            with self.assertRaises(FileNotFoundError):
+                quor.write(vertices, triangles, field, path, Path(folder) / "none")
+            if os.path.exists("/dev/full"):
+                os.symlink("/dev/full", Path(folder) / "full.obj.part")
+                with self.assertRaises(OSError):
+                    quor.write(vertices, triangles, field, Path(folder) / "full")
+            self.assertEqual([name for name in os.listdir(folder) if "part" in name], [])
+
+    @unittest.skipUnless(sys.platform == "linux", "limits the address space")
+    def test_memory_that_runs_out_is_an_exception(self):
+        program = """if True:
+            import resource, numpy as np, quor
+            mesh = quor.refine([[0, 0, 0], [1, 0, 0], [0, 1, 0]], [[0, 1, 2]], triangle_count=400_000)
+            tags = np.zeros(len(mesh.vertices), int)
+            tags[0] = 1
+            with open("/proc/self/statm") as file:
+                used = int(file.read().split()[0]) * resource.getpagesize()
+            for room in range(0, 600 << 20, 20 << 20):
+                resource.setrlimit(resource.RLIMIT_AS, (used + room, -1))
+                try:
+                    quor.Solver(mesh.vertices, mesh.triangles, tags)
+                    break
+                except MemoryError:
+                    failed = room
+            print("failed", failed, "then built")
+        """
+        run = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True,
+                             env={**os.environ, "PYTHONPATH": os.path.dirname(quor.__file__)})
+        self.assertEqual(run.returncode, 0, run.stderr)
+        self.assertIn("then built", run.stdout)
 
 
 class Module(unittest.TestCase):
@@ -293,14 +416,13 @@ class Module(unittest.TestCase):
             thread.start()
             thread.join()
         for solver in solvers:
-            self.assertGreater(solver._handle.value, 2**32)
             self.assertGreater(solver.vertices.ctypes.data, 2**32)
             self.assertGreater(solver.triangles.ctypes.data, 2**32)
             np.testing.assert_allclose(solver.solve(np.ones(63)), 1, atol=1e-11)
 
     def test_missing_library_is_an_import_error(self):
         run = subprocess.run([sys.executable, "-c", "import quor"], capture_output=True, text=True,
-                             env={**os.environ, "QUOR_LIBRARY": "/nowhere/libquor.so",
+                             env={**os.environ, "QUOR_LIBRARY": "/nowhere/libquorkit.so",
                                   "PYTHONPATH": os.path.dirname(quor.__file__)})
         self.assertIn("ImportError: quor: cannot load", run.stderr)
 
