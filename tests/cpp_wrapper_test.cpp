@@ -92,6 +92,18 @@ TEST(CppWrapper, ThrowsOnSizesThatDoNotFit) {
   }
 }
 
+TEST(CppWrapper, ThrowsWhereAFileCannotBeOpened) {
+  const quor::Solver solver(kSquare, kTwoTriangles, std::vector<std::int32_t>{1, 0, 2, 0});
+  const std::vector<double> field(4);
+  try {
+    solver.writeObj(field, "no/such/directory");
+    ADD_FAILURE();
+  } catch (const std::system_error& error) {
+    EXPECT_EQ(error.code(), std::errc::no_such_file_or_directory);
+  }
+  quor::Solver().writeObj({}, "no/such/directory");
+}
+
 TEST(CppWrapper, GivesTheStatusAsExceptionOrValue) {
   struct Case {
     std::vector<std::int32_t> triangles;

@@ -3,19 +3,21 @@
 
 #include "destination.h"
 #include "field.h"
+#include "interrupt.h"
 #include "legend.h"
 #include "mesh.h"
 #include "page.h"
+#include "prepare.h"
 #include "ramp_ends.h"
 #include "read_soup.h"
 #include "selection.h"
+#include "stages.h"
 #include "text.h"
 #include "weld_mesh.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <exception>
@@ -28,7 +30,7 @@ namespace {
 using namespace heatmap;
 
 // What the program answers to the shell.
-enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2 };
+enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2, kInterrupted = 130 };
 
 struct Options {
   std::string part;
@@ -46,6 +48,7 @@ struct Options {
   std::string unit;
   bool largest = false;
   bool html = false;
+  std::string edge;  // empty: 1/32 of the diagonal
 };
 
 // The command line asks for something that cannot be.
@@ -56,22 +59,6 @@ struct UsageError : std::runtime_error {
 struct Rules {
   std::vector<Rule> hot;
   std::vector<Rule> cold;
-};
-
-// Prints what a stage came to and the time since the one before.
-class Progress {
- public:
-  void stage(const char* name, const std::string& result) {
-    const auto now = Clock::now();
-    const double seconds = std::chrono::duration<double>(now - last_).count();
-    std::printf("%-7s %-64s %8.1f ms\n", name, result.c_str(), 1000.0 * seconds);
-    std::fflush(stdout);
-    last_ = now;
-  }
-
- private:
-  using Clock = std::chrono::steady_clock;
-  Clock::time_point last_ = Clock::now();
 };
 
 std::string counts(const Mesh& mesh) {
@@ -137,17 +124,18 @@ void chooseMissingRules(const Mesh& mesh, Rules& rules) {
                            boundsText(boundsOf(mesh)));
 }
 
-std::vector<std::int32_t> tagVertices(const Mesh& mesh, const Rules& rules) {
+std::vector<std::int32_t> tagVertices(const Refined& refined, const Rules& rules) {
+  const Mesh& mesh = refined.mesh;
   std::vector<std::int32_t> tags(static_cast<std::size_t>(mesh.vertexCount()), kFree);
   std::vector<const Rule*> coldRule(tags.size(), nullptr);
   for (const Rule& rule : rules.cold) {
-    for (const std::int32_t i : select(mesh, rule)) {
+    for (const std::int32_t i : select(refined, rule)) {
       tags[static_cast<std::size_t>(i)] = kCold;
       coldRule[static_cast<std::size_t>(i)] = &rule;
     }
   }
   for (const Rule& rule : rules.hot) {
-    for (const std::int32_t i : select(mesh, rule)) {
+    for (const std::int32_t i : select(refined, rule)) {
       if (tags[static_cast<std::size_t>(i)] == kCold) {
         refuseOverlap(mesh, rule, *coldRule[static_cast<std::size_t>(i)], i);
       }
@@ -215,74 +203,101 @@ Rules parseRules(const Options& options) {
   }
 }
 
-Mesh readWeldedPart(const Options& options, Progress& progress) {
+Edge edgeOf(const Options& options) {
+  try {
+    return options.edge.empty() ? Edge{} : parseEdge(options.edge);
+  } catch (const std::runtime_error& error) {
+    throw UsageError(error.what());
+  }
+}
+
+Mesh readWeldedPart(const Options& options, Stages& stages) {
+  stages.begin("read");
   const Mesh soup = readSoup(options.part);
-  progress.stage("read", std::to_string(soup.vertexCount()) + " points, " +
-                             std::to_string(soup.triangleCount()) + " triangles");
+  stages.end(std::to_string(soup.vertexCount()) + " points, " +
+             std::to_string(soup.triangleCount()) + " triangles");
+  stages.begin("weld");
   Mesh mesh =
       weld(soup, options.tolerance < 0.0 ? 1e-6 * boundsOf(soup).diagonal() : options.tolerance);
-  progress.stage("weld", counts(mesh));
+  stages.end(counts(mesh));
   return mesh;
 }
 
-void clean(Mesh& mesh, bool largest, Progress& progress) {
-  const std::int32_t flat = dropFlatTriangles(mesh);
+void clean(Mesh& mesh, bool largest, Stages& stages) {
+  stages.begin("clean");
   const std::int32_t pieces = largest ? keepLargestComponent(mesh) : 0;
-  const std::int32_t unused = dropUnusedVertices(mesh);
+  const std::string dropped = clean(mesh);
   if (mesh.triangles.empty()) {
     throw std::runtime_error(
         "no triangle of the part has an area: its points lie on one line, or far too near to each "
         "other for their distance from the origin");
   }
-  progress.stage(
-      "clean", "dropped " + std::to_string(unused) + " unused vertices, " + std::to_string(flat) +
-                   " flat triangles" +
-                   (largest ? ", " + std::to_string(pieces) + " triangles of smaller pieces" : ""));
+  stages.end(dropped +
+             (largest ? ", " + std::to_string(pieces) + " triangles of smaller pieces" : ""));
 }
 
-Legend legendOf(const Options& options, const std::vector<double>& field) {
-  const auto [low, high] = std::minmax_element(field.begin(), field.end());
+Legend legendOf(const Options& options, double low, double high) {
   const std::string title = std::filesystem::path(options.part).stem().u8string();
-  return {options.title.empty() ? title : options.title, options.field, options.unit, *low, *high};
+  return {options.title.empty() ? title : options.title, options.field, options.unit, low, high};
+}
+
+// The mesh to solve on, with the tags of its vertices.
+std::vector<std::int32_t> tag(const Refined& refined, Rules& rules, Stages& stages) {
+  stages.begin("tag");
+  chooseMissingRules(refined.mesh, rules);
+  std::vector<std::int32_t> tags = tagVertices(refined, rules);
+  requirePrescribedVertexEverywhere(refined.mesh, tags);
+  stages.end(describe(tags, kHot, "hot", rules.hot) + ", " +
+             describe(tags, kCold, "cold", rules.cold) + ", " +
+             std::to_string(std::count(tags.begin(), tags.end(), kFree)) + " free");
+  return tags;
 }
 
 void run(const Options& options) {
   requireSense(options);
   Rules rules = parseRules(options);
+  const Edge edge = edgeOf(options);
   requireUsable({options.out, options.name, options.ramp}, options.part);
   const std::string viewer = options.html ? readViewer(QUOR_VIEWER) : "";
 
-  Progress progress;
-  Mesh mesh = readWeldedPart(options, progress);
-  clean(mesh, options.largest, progress);
+  watchForInterrupt();
+  Stages stages;
+  Mesh part = readWeldedPart(options, stages);
+  clean(part, options.largest, stages);
+  stopIfInterrupted();
 
-  chooseMissingRules(mesh, rules);
-  std::vector<std::int32_t> tags = tagVertices(mesh, rules);
-  requirePrescribedVertexEverywhere(mesh, tags);
-  progress.stage("tag", describe(tags, kHot, "hot", rules.hot) + ", " +
-                            describe(tags, kCold, "cold", rules.cold) + ", " +
-                            std::to_string(std::count(tags.begin(), tags.end(), kFree)) + " free");
+  stages.begin("refine");
+  Refined refined = refine(part, edge);
+  stages.end(refined.description);
+  Mesh& mesh = refined.mesh;
+  const std::vector<std::int32_t> tags = tag(refined, rules, stages);
+  stopIfInterrupted();
 
-  std::vector<double> values = prescribedValues(tags, options.hotValue, options.coldValue);
+  stages.begin("build");
+  const Solver solver = buildSolver(mesh, tags, stages);
+  stages.end("factorized");
+
+  stages.begin("solve");
+  std::vector<double> field =
+      solve(solver, prescribedValues(tags, options.hotValue, options.coldValue));
   if (!options.range.empty()) {
-    addRampEnds(mesh, tags, values, options.range[0], options.range[1]);
+    addRampEnds(mesh, field, options.range[0], options.range[1]);
   }
-  const Solver solver = buildSolver(mesh, tags);
-  progress.stage("build", "factorized");
+  const auto [low, high] = std::minmax_element(field.begin(), field.end());
+  const Legend legend = legendOf(options, *low, *high);
+  stages.end(legend.field + ", colours from " + text(legend.minimum) + " to " +
+             text(legend.maximum) + (legend.unit.empty() ? "" : " " + legend.unit));
+  stopIfInterrupted();
 
-  const std::vector<double> field = solve(solver, values);
-  const Legend legend = legendOf(options, field);
-  progress.stage("solve", legend.field + ", colours from " + text(legend.minimum) + " to " +
-                              text(legend.maximum) +
-                              (legend.unit.empty() ? "" : " " + legend.unit));
-
-  write(solver, toSolverOrder(field, tags), mesh, options.out, options.name, options.ramp);
+  stages.begin("write");
+  write(mesh, field, options.out, options.name, options.ramp);
   const std::filesystem::path base = std::filesystem::path(options.out) / options.name;
   writeLegend(legend, base.string() + ".json");
-  progress.stage("write", base.string() + ".obj, .mtl, .json, viridis.PNG");
+  stages.end(base.string() + ".obj, .mtl, .json, viridis.PNG");
   if (options.html) {
+    stages.begin("page");
     writePage(viewer, options.out, options.name);
-    progress.stage("page", base.string() + ".html, opens in any browser");
+    stages.end(base.string() + ".html, opens in any browser");
   }
 }
 
@@ -306,7 +321,7 @@ void describeOptions(CLI::App& app, Options& options) {
       "  nearest:X,Y,Z       the vertex nearest to the point\n"
       "Without rules the two ends of the longest axis are hot and cold. With rules for one side\n"
       "only, the other side is the opposite end: of the rule's axis, or else of the longest.\n\n"
-      "Exit status: 0 done; 1 the part or a file is at fault; 2 the command line is.");
+      "Exit status: 0 done; 1 the part or a file is at fault; 2 the command line is; 130 Ctrl-C.");
   app.set_version_flag("--version", "heatmap of quor " QUOR_VERSION_STRING);
   app.add_option("PART", options.part, "mesh file: STL, OBJ, PLY, OFF")->required();
   app.add_option("--out", options.out, "directory for the results")->required();
@@ -314,6 +329,10 @@ void describeOptions(CLI::App& app, Options& options) {
   app.add_option("--tolerance", options.tolerance,
                  "weld points nearer than this (default: 1e-6 of the part's diagonal)")
       ->check(finiteAndNotNegative);
+  app.add_option("--edge", options.edge,
+                 "split longer edges, so that the field is right inside flat faces, which CAD\n"
+                 "draws without vertices (default: 1/32 of the part's diagonal); none: do not")
+      ->type_name("LENGTH|none");
   app.add_option("--hot", options.hot, "vertices to hold hot; may be repeated")
       ->type_name("RULE")
       ->allow_extra_args(false);
@@ -363,6 +382,9 @@ int main(int argc, char** argv) {
   } catch (const UsageError& error) {
     std::fprintf(stderr, "heatmap: %s\nheatmap --help lists what there is\n", error.what());
     return kUsage;
+  } catch (const Interrupted& interrupted) {
+    std::fprintf(stderr, "heatmap: %s\n", interrupted.what());
+    return kInterrupted;
   } catch (const std::bad_alloc&) {
     std::fputs("heatmap: out of memory: the part is too large for this machine\n", stderr);
   } catch (const std::length_error&) {

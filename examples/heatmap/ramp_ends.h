@@ -8,9 +8,8 @@
 namespace heatmap {
 
 // Files are coloured from the smallest value to the largest. Adds one triangle that no viewer
-// draws, for its three vertices lie on the first one of the mesh, with the prescribed values low
-// and high; the field of the others stays as it is.
-void addRampEnds(Mesh& mesh, std::vector<std::int32_t>& tags, std::vector<double>& values,
-                 double low, double high);
+// draws, for its three vertices lie on the first one of the mesh, with the values low and high;
+// what is there already stays as it is.
+void addRampEnds(Mesh& mesh, std::vector<double>& field, double low, double high);
 
 }  // namespace heatmap

@@ -2,12 +2,12 @@
 
 #include "text.h"
 
-#include <quor.h>
+#include <quorkit.hpp>
 
 #include <algorithm>
-#include <array>
 #include <numeric>
 #include <stdexcept>
+#include <utility>
 
 namespace heatmap {
 namespace {
@@ -26,64 +26,17 @@ std::int32_t filterTriangles(Mesh& mesh, const Keep& keep) {
   return before - mesh.triangleCount();
 }
 
-bool isFlat(const double* a, const double* b, const double* c) {
-  using Vector = std::array<double, 3>;
-  const Vector u{b[0] - a[0], b[1] - a[1], b[2] - a[2]};
-  const Vector w{c[0] - a[0], c[1] - a[1], c[2] - a[2]};
-  const Vector n{u[1] * w[2] - u[2] * w[1], u[2] * w[0] - u[0] * w[2], u[0] * w[1] - u[1] * w[0]};
-  return !(n[0] * n[0] + n[1] * n[1] + n[2] * n[2] > 0.0);
-}
-
 }  // namespace
 
 Mesh weld(const Mesh& soup, double tolerance) {
-  Mesh mesh = soup;  // has room for the worst case: nothing merged
-  std::vector<std::int32_t> vertexOfPoint(static_cast<std::size_t>(soup.vertexCount()));
-  std::int32_t vertexCount = 0;
-  std::int32_t triangleCount = 0;
-  const std::int32_t rejected =
-      quorWeld(soup.vertexCount(), soup.vertices.data(), soup.triangleCount(),
-               soup.triangles.data(), mesh.vertices.data(), mesh.triangles.data(),
-               vertexOfPoint.data(), &vertexCount, &triangleCount, tolerance);
-  if (rejected != 0) {
-    throw std::runtime_error("the tolerance " + text(tolerance) + " must be a number, 0 or more");
-  }
-  mesh.vertices.resize(3 * static_cast<std::size_t>(vertexCount));
-  mesh.triangles.resize(3 * static_cast<std::size_t>(triangleCount));
+  quor::Welded welded = quor::kit::weld(soup.vertices, soup.triangles, tolerance);
+  Mesh mesh{std::move(welded.vertices), std::move(welded.triangles)};
   if (mesh.triangles.empty()) {
     throw std::runtime_error("no triangle is left after points nearer than " + text(tolerance) +
                              " became one: the tolerance is too large for a part from " +
                              boundsText(boundsOf(soup)) + "; --tolerance sets it");
   }
   return mesh;
-}
-
-std::int32_t dropFlatTriangles(Mesh& mesh) {
-  return filterTriangles(mesh, [&mesh](std::int32_t t) {
-    const std::int32_t* corner = mesh.triangle(t);
-    return !isFlat(mesh.vertex(corner[0]), mesh.vertex(corner[1]), mesh.vertex(corner[2]));
-  });
-}
-
-std::int32_t dropUnusedVertices(Mesh& mesh) {
-  std::vector<std::int32_t> newIndex(static_cast<std::size_t>(mesh.vertexCount()), -1);
-  for (const std::int32_t corner : mesh.triangles) {
-    newIndex[static_cast<std::size_t>(corner)] = 0;
-  }
-  std::vector<double> kept;
-  std::int32_t count = 0;
-  for (std::int32_t i = 0; i < mesh.vertexCount(); ++i) {
-    if (newIndex[static_cast<std::size_t>(i)] == 0) {
-      newIndex[static_cast<std::size_t>(i)] = count++;
-      kept.insert(kept.end(), mesh.vertex(i), mesh.vertex(i) + 3);
-    }
-  }
-  const std::int32_t dropped = mesh.vertexCount() - count;
-  mesh.vertices = std::move(kept);
-  for (std::int32_t& corner : mesh.triangles) {
-    corner = newIndex[static_cast<std::size_t>(corner)];
-  }
-  return dropped;
 }
 
 std::vector<std::int32_t> componentsOf(const Mesh& mesh) {

@@ -1,4 +1,4 @@
-// From a soup to a mesh that the solver accepts.
+// From a soup to a mesh, and its pieces.
 #pragma once
 
 #include "mesh.h"
@@ -10,12 +10,6 @@ namespace heatmap {
 // Makes one vertex of points that are nearer than the tolerance, drops triangles that collapse or
 // repeat. Throws std::runtime_error if nothing is left.
 Mesh weld(const Mesh& soup, double tolerance);
-
-// Drops triangles of no area, whose entries in the matrix would be NaN. Returns how many.
-std::int32_t dropFlatTriangles(Mesh& mesh);
-
-// Drops vertices that no triangle uses, which the solver would reject. Returns how many.
-std::int32_t dropUnusedVertices(Mesh& mesh);
 
 // Numbers the pieces of the mesh that no edge connects: the piece of every vertex, in the order of
 // their first vertices.

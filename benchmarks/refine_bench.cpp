@@ -1,0 +1,210 @@
+// How wrong fields are on raw tessellations, and what refining costs: refine_bench STL...
+//
+// Each part is cold at its low and hot at its high end of the longest axis, by the faces of the raw
+// tessellation. Its field on the raw mesh and on the refined one is compared with that of a mesh
+// with ten times shorter edges, at all vertices of that: there it is interpolated.
+
+#include <quorkit.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace kit = quor::kit;
+using Clock = std::chrono::steady_clock;
+
+struct Mesh {
+  std::vector<double> vertices;
+  std::vector<std::int32_t> triangles;
+};
+
+Mesh copyOf(const kit::Mesh& mesh) {
+  return {{mesh.vertices().begin(), mesh.vertices().end()},
+          {mesh.triangles().begin(), mesh.triangles().end()}};
+}
+
+/// The triangles of a binary STL file, welded and cleaned.
+Mesh readPart(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+  constexpr std::size_t kHead = 84;
+  constexpr std::size_t kTriangle = 50;
+  Mesh soup;
+  double size = 0.0;
+  for (std::size_t at = kHead; at + kTriangle <= bytes.size(); at += kTriangle) {
+    float numbers[12];
+    std::memcpy(numbers, bytes.data() + at, sizeof numbers);
+    for (int i = 3; i < 12; ++i) {
+      soup.vertices.push_back(double{numbers[i]});
+      size = std::max(size, std::abs(soup.vertices.back()));
+    }
+  }
+  for (std::size_t i = 0; i < soup.vertices.size() / 3; ++i) {
+    soup.triangles.push_back(static_cast<std::int32_t>(i));
+  }
+  const quor::Welded welded = kit::weld(soup.vertices, soup.triangles, 1e-6 * size);
+  if (welded.triangles.empty()) {
+    throw std::runtime_error(path + " is not a binary STL file");
+  }
+  return copyOf(kit::clean(welded.vertices, welded.triangles));
+}
+
+/// Which input triangles are at the ends: 1 low, 2 high, else 0.
+std::vector<std::int32_t> tagFaces(const Mesh& raw) {
+  std::size_t axis = 0;
+  double low[3];
+  double high[3];
+  for (std::size_t k = 0; k < 3; ++k) {
+    low[k] = high[k] = raw.vertices[k];
+    for (std::size_t i = k; i < raw.vertices.size(); i += 3) {
+      low[k] = std::min(low[k], raw.vertices[i]);
+      high[k] = std::max(high[k], raw.vertices[i]);
+    }
+    axis = high[k] - low[k] > high[axis] - low[axis] ? k : axis;
+  }
+  const double margin = 1e-3 * (high[axis] - low[axis]);
+  std::vector<std::int32_t> tags(raw.triangles.size() / 3);
+  for (std::size_t t = 0; t < tags.size(); ++t) {
+    const auto isAt = [&](double end) {
+      return std::all_of(&raw.triangles[3 * t], &raw.triangles[3 * t] + 3, [&](std::int32_t c) {
+        return std::abs(raw.vertices[3 * static_cast<std::size_t>(c) + axis] - end) < margin;
+      });
+    };
+    tags[t] = isAt(low[axis]) ? 1 : isAt(high[axis]) ? 2 : 0;
+  }
+  return tags;
+}
+
+struct Solved {
+  std::vector<double> field;
+  double seconds;  ///< to build and solve
+};
+
+/// @param faces  tag of each triangle
+Solved solve(const Mesh& mesh, const std::vector<std::int32_t>& faces) {
+  std::vector<std::int32_t> tags(mesh.vertices.size() / 3);
+  std::vector<double> values(tags.size());
+  for (std::size_t k = 0; k < mesh.triangles.size(); ++k) {
+    if (faces[k / 3] != 0) {
+      const auto vertex = static_cast<std::size_t>(mesh.triangles[k]);
+      tags[vertex] = faces[k / 3];
+      values[vertex] = faces[k / 3] - 1;
+    }
+  }
+  const auto begin = Clock::now();
+  const kit::Solver solver(mesh.vertices, mesh.triangles, tags);
+  Solved solved{solver.solve(values), 0.0};
+  solved.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+  return solved;
+}
+
+struct Refined {
+  Mesh mesh;
+  std::vector<std::int32_t> faces;
+  std::vector<std::int32_t> vertexOrigins;
+  double seconds;
+};
+
+Refined refine(const Mesh& mesh, const std::vector<std::int32_t>& faces, double edge) {
+  const auto begin = Clock::now();
+  const kit::Mesh made = kit::refine(mesh.vertices, mesh.triangles, edge);
+  const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+  Refined refined{
+      copyOf(made), {}, {made.vertexOrigins().begin(), made.vertexOrigins().end()}, seconds};
+  for (const std::int32_t origin : made.triangleOrigins()) {
+    refined.faces.push_back(faces[static_cast<std::size_t>(origin)]);
+  }
+  return refined;
+}
+
+struct Errors {
+  double largest, average;  ///< per cent of the span, which is 1
+};
+
+/// Of a field on the mesh that the fine one was made of.
+Errors compare(const std::vector<double>& field, const Refined& fine,
+               const std::vector<double>& exact) {
+  std::vector<double> interpolated = field;
+  for (std::size_t v = field.size(); v < exact.size(); ++v) {
+    const auto a = static_cast<std::size_t>(fine.vertexOrigins[2 * v]);
+    const auto b = static_cast<std::size_t>(fine.vertexOrigins[2 * v + 1]);
+    interpolated.push_back(0.5 * interpolated[a] + 0.5 * interpolated[b]);
+  }
+  const std::vector<double> areas = kit::areas(fine.mesh.vertices, fine.mesh.triangles);
+  Errors errors{0.0, 0.0};
+  double area = 0.0;
+  for (std::size_t v = 0; v < exact.size(); ++v) {
+    const double error = std::abs(interpolated[v] - exact[v]);
+    errors.largest = std::max(errors.largest, 100.0 * error);
+    errors.average += 100.0 * error * areas[v];
+    area += areas[v];
+  }
+  errors.average /= area;
+  return errors;
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+void bench(const std::string& path) {
+  const Mesh raw = readPart(path);
+  const std::vector<std::int32_t> faces = tagFaces(raw);
+  const double diagonal = kit::check(raw.vertices, raw.triangles).diagonal;
+  const double edge = diagonal / 32.0;
+  const std::string name = path.substr(path.find_last_of('/') + 1);
+
+  const auto row = [&](const char* what, const Mesh& mesh, const std::vector<std::int32_t>& tags) {
+    const Refined fine = refine(mesh, tags, edge / 10.0);
+    const Errors errors =
+        compare(solve(mesh, tags).field, fine, solve(fine.mesh, fine.faces).field);
+    std::printf("| %s | %s | %zu | %.2f | %.3f | %zu |\n", name.c_str(), what,
+                mesh.triangles.size() / 3, errors.largest, errors.average,
+                fine.mesh.triangles.size() / 3);
+  };
+  row("raw", raw, faces);
+  const Refined refined = refine(raw, faces, edge);
+  row("1/32", refined.mesh, refined.faces);
+
+  constexpr int kRounds = 15;
+  std::vector<double> shares;
+  std::vector<double> solves;
+  for (int round = 0; round < kRounds; ++round) {
+    const auto begin = Clock::now();
+    const kit::Mesh cleaned = kit::clean(raw.vertices, raw.triangles);
+    kit::check(cleaned.vertices(), cleaned.triangles());
+    const kit::Mesh again = kit::refine(cleaned.vertices(), cleaned.triangles(), edge);
+    const double prepare = std::chrono::duration<double>(Clock::now() - begin).count();
+    solves.push_back(solve(refined.mesh, refined.faces).seconds);
+    shares.push_back((prepare + solves.back()) / solves.back());
+  }
+  std::printf("%s: build and solve %.1f ms; with clean, check and refine %.2f times that\n",
+              name.c_str(), 1e3 * median(solves), median(shares));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    std::printf(
+        "| Part | Mesh | Triangles | Largest error, %% | Average, %% | Fine mesh |\n"
+        "|---|---|---|---|---|---|\n");
+    for (int i = 1; i < argc; ++i) {
+      bench(argv[i]);
+    }
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "refine_bench: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,33 @@
+// What the program is doing, told on the way.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace heatmap {
+
+// One line per stage: its name when it begins, then what it came to and how long it took. When a
+// stage takes longer than two seconds on a terminal, the line shows meanwhile how far it is.
+class Stages {
+ public:
+  Stages();
+  // Ends a line that was begun.
+  ~Stages();
+  Stages(const Stages&) = delete;
+  Stages& operator=(const Stages&) = delete;
+
+  void begin(const char* name);
+  // How much of the stage is done, 0 .. 1.
+  void advance(double fraction);
+  void end(const std::string& result);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  bool isTerminal_;
+  const char* name_ = nullptr;  // null between stages
+  bool isBarShown_ = false;
+  Clock::time_point begin_;
+};
+
+}  // namespace heatmap
