@@ -1,8 +1,8 @@
 // How wrong fields are on raw tessellations, and what refining costs: refine_bench STL...
 //
-// Each part is cold at its low and hot at its high end of the longest axis, by the faces of the raw
-// tessellation. Its field on the raw mesh and on the refined one is compared with that of a mesh
-// with ten times shorter edges, at all vertices of that: there it is interpolated.
+// Each part is cold at its low and hot at its high end of an axis, of each in turn, by the faces of
+// the raw tessellation. Its field on the raw mesh and on the refined one is compared with that of a
+// mesh with ten times shorter edges, at all vertices of that: there it is interpolated.
 
 #include <quorkit.hpp>
 
@@ -58,20 +58,16 @@ Mesh readPart(const std::string& path) {
   return copyOf(kit::clean(welded.vertices, welded.triangles));
 }
 
-/// Which input triangles are at the ends: 1 low, 2 high, else 0.
-std::vector<std::int32_t> tagFaces(const Mesh& raw) {
-  std::size_t axis = 0;
-  double low[3];
-  double high[3];
-  for (std::size_t k = 0; k < 3; ++k) {
-    low[k] = high[k] = raw.vertices[k];
-    for (std::size_t i = k; i < raw.vertices.size(); i += 3) {
-      low[k] = std::min(low[k], raw.vertices[i]);
-      high[k] = std::max(high[k], raw.vertices[i]);
-    }
-    axis = high[k] - low[k] > high[axis] - low[axis] ? k : axis;
+/// Which input triangles are at the ends of an axis: 1 low, 2 high, else 0. Empty if there are
+/// none.
+std::vector<std::int32_t> tagFaces(const Mesh& raw, std::size_t axis) {
+  double low = raw.vertices[axis];
+  double high = low;
+  for (std::size_t i = axis; i < raw.vertices.size(); i += 3) {
+    low = std::min(low, raw.vertices[i]);
+    high = std::max(high, raw.vertices[i]);
   }
-  const double margin = 1e-3 * (high[axis] - low[axis]);
+  const double margin = 1e-3 * (high - low);
   std::vector<std::int32_t> tags(raw.triangles.size() / 3);
   for (std::size_t t = 0; t < tags.size(); ++t) {
     const auto isAt = [&](double end) {
@@ -79,9 +75,11 @@ std::vector<std::int32_t> tagFaces(const Mesh& raw) {
         return std::abs(raw.vertices[3 * static_cast<std::size_t>(c) + axis] - end) < margin;
       });
     };
-    tags[t] = isAt(low[axis]) ? 1 : isAt(high[axis]) ? 2 : 0;
+    tags[t] = isAt(low) ? 1 : isAt(high) ? 2 : 0;
   }
-  return tags;
+  const bool areBothThere =
+      std::count(tags.begin(), tags.end(), 1) > 0 && std::count(tags.begin(), tags.end(), 2) > 0;
+  return areBothThere ? tags : std::vector<std::int32_t>();
 }
 
 struct Solved {
@@ -157,22 +155,27 @@ double median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-void bench(const std::string& path) {
+void bench(const std::string& path, std::size_t axis) {
   const Mesh raw = readPart(path);
-  const std::vector<std::int32_t> faces = tagFaces(raw);
+  const std::vector<std::int32_t> faces = tagFaces(raw, axis);
+  if (faces.empty()) {
+    return;
+  }
   const double diagonal = kit::check(raw.vertices, raw.triangles).diagonal;
   const double edge = diagonal / 32.0;
-  const std::string name = path.substr(path.find_last_of('/') + 1);
+  const std::string name =
+      path.substr(path.find_last_of('/') + 1) + ", " + std::string(1, "xyz"[axis]);
 
   const auto row = [&](const char* what, const Mesh& mesh, const std::vector<std::int32_t>& tags) {
     const Refined fine = refine(mesh, tags, edge / 10.0);
     const Errors errors =
         compare(solve(mesh, tags).field, fine, solve(fine.mesh, fine.faces).field);
-    std::printf("| %s | %s | %zu | %.2f | %.3f | %zu |\n", name.c_str(), what,
+    std::printf("| %s | %s | %zu | %.2f | %.3f | %zu |", name.c_str(), what,
                 mesh.triangles.size() / 3, errors.largest, errors.average,
                 fine.mesh.triangles.size() / 3);
   };
   row("raw", raw, faces);
+  std::printf(" | |\n");
   const Refined refined = refine(raw, faces, edge);
   row("1/32", refined.mesh, refined.faces);
 
@@ -188,8 +191,7 @@ void bench(const std::string& path) {
     solves.push_back(solve(refined.mesh, refined.faces).seconds);
     shares.push_back((prepare + solves.back()) / solves.back());
   }
-  std::printf("%s: build and solve %.1f ms; with clean, check and refine %.2f times that\n",
-              name.c_str(), 1e3 * median(solves), median(shares));
+  std::printf(" %.1f | %.2f |\n", 1e3 * median(solves), median(shares));
 }
 
 }  // namespace
@@ -200,7 +202,9 @@ int main(int argc, char** argv) {
         "| Part | Mesh | Triangles | Largest error, %% | Average, %% | Fine mesh |\n"
         "|---|---|---|---|---|---|\n");
     for (int i = 1; i < argc; ++i) {
-      bench(argv[i]);
+      for (std::size_t axis = 0; axis < 3; ++axis) {
+        bench(argv[i], axis);
+      }
     }
     return 0;
   } catch (const std::exception& error) {
