@@ -21,7 +21,7 @@ const std::array<std::uint8_t, 3>& colourOf(double value, double low, double ran
     return kRamp[above < 0.0 ? 0 : above > 0.0 ? kRamp.size() - 1 : kRamp.size() / 2];
   }
   const double place = above / range * static_cast<double>(kRamp.size());
-  const double last = static_cast<double>(kRamp.size() - 1);
+  constexpr auto last = static_cast<double>(kRamp.size() - 1);
   return kRamp[static_cast<std::size_t>(std::clamp(place, 0.0, last))];
 }
 

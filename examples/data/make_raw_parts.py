@@ -74,7 +74,7 @@ def write(name, solid, deflection):
     print(name, len(triangles), "triangles, volume", round(solid.Volume, 1))
 
 
-for name, solid, deflection in (("bracket", bracket(), 0.15), ("fins", fins(), 0.1),
+for name, solid, deflection in (("bracket", bracket(), 0.1), ("fins", fins(), 0.1),
                                 ("shaft", shaft(), 0.02)):
     assert solid.isValid() and math.isfinite(solid.Volume)
     write(name, solid, deflection)
