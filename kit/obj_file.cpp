@@ -59,16 +59,16 @@ class PartFile {
   }
   PartFile& operator<<(std::int64_t number) {
     std::array<char, 24> digits{};
-    const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
     text_.append(digits.data(), end);
     return *this;
   }
   /// Six significant digits, whatever the locale.
   PartFile& operator<<(double number) {
     std::array<char, 24> digits{};
-    const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number,
-                                          std::chars_format::general, 6)
-                                .ptr;
+    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number,
+                                    std::chars_format::general, 6)
+                          .ptr;
     text_.append(digits.data(), end);
     return *this;
   }

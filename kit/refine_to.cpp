@@ -69,8 +69,10 @@ double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
     ++steps;
   }
   if (steps == 0) {
-    for (double length = bad / kStep; bad > 0.0 && length < good; length /= kStep) {
+    double length = bad / kStep;
+    while (bad > 0.0 && length < good) {
       (isEnough(length) ? good : bad) = length;
+      length /= kStep;
     }
   }
   while (bad > 0.0 && steps < kMostSteps && good > kPrecision * bad) {
@@ -92,12 +94,13 @@ Mesh refineTo(const MeshView& mesh, std::int32_t wanted) {
   // longer length has less.
   constexpr double kAbove = 1.0 + 1e-6;
   double step = kAbove;
-  for (double length = findLength(mesh, extent, wanted) * step; length <= extent.longestEdge;
-       length *= step) {
+  double length = findLength(mesh, extent, wanted) * step;
+  while (length <= extent.longestEdge) {
     if (std::optional<Mesh> refined = refineUnlessMore(mesh, length, wanted)) {
       return std::move(*refined);
     }
     step = 1.0 + 2.0 * (step - 1.0) + 1e-3;
+    length *= step;
   }
   return copyOf(mesh, extent.longestEdge);
 }
