@@ -4,7 +4,8 @@
  *
  *   1. weld a triangle soup                      quorkitWeld
  *   2. look what is wrong with a mesh            quorkitCheck
- *   3. repair it, make it fine enough            quorkitClean, quorkitRefine, quorkitRefineTo
+ *   3. repair it, make it fine enough            quorkitClean, quorkitRefine, quorkitRefineGraded,
+ *                                                quorkitRefineTo
  *   4. build a solver, with progress and cancel  quorkitConstruct, quorkitSolverInfo
  *   5. solve for a field, any number of times    quorkitSolve, quorkitAreas
  *   6. show it                                   quorkitColours, quorkitWrite
@@ -235,6 +236,22 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
 QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32_t m,
                                         const int32_t* triangles, double longestEdge,
                                         const QuorkitMesh** meshOut);
+
+/*
+ * quorkitRefine with shorter edges near some vertices: those where a field bends most. On a surface
+ * these are the vertices around which the angles of the triangles add up to more than a full turn,
+ * as where a fin meets a plate: there the field has a singular point, and is the more wrong the
+ * longer the edges at it.
+ *
+ * Every vertex has a size, an input vertex the lesser of its own and longestEdge. An edge is split
+ * if it is longer than the lesser size of its ends; the size of its midpoint is the lesser one and
+ * a quarter of the edge's length, but not more than longestEdge. All else is as with quorkitRefine.
+ *
+ *   sizes  in  n lengths above 0; infinity where longestEdge will do
+ */
+QUORKIT_API QuorkitStatus quorkitRefineGraded(int32_t n, const double* vertices, int32_t m,
+                                              const int32_t* triangles, double longestEdge,
+                                              const double* sizes, const QuorkitMesh** meshOut);
 
 /*
  * quorkitRefine to about so many triangles: finds the length, which the mesh tells as longestEdge.

@@ -167,6 +167,17 @@ inline Mesh refine(Span<double> vertices, Span<std::int32_t> triangles, double l
   return Mesh(mesh);
 }
 
+/* quorkitRefineGraded: one size per vertex. */
+inline Mesh refine(Span<double> vertices, Span<std::int32_t> triangles, double longestEdge,
+                   Span<double> sizes) {
+  quor::detail::requireOnePerVertex(sizes.size(), vertices.size() / 3, "sizes");
+  const QuorkitMesh* mesh = nullptr;
+  detail::require(quorkitRefineGraded(detail::vertexCount(vertices), vertices.data(),
+                                      detail::triangleCount(triangles), triangles.data(),
+                                      longestEdge, sizes.data(), &mesh));
+  return Mesh(mesh);
+}
+
 /* quorkitRefineTo. */
 inline Mesh refineTo(Span<double> vertices, Span<std::int32_t> triangles,
                      std::int32_t triangleCount) {

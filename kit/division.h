@@ -5,7 +5,9 @@
 #include "kit/split_pattern.h"
 #include "kit/triangle_shape.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -14,15 +16,27 @@ namespace quorkit {
 
 struct Corner {
   Point point;
+  double size;         ///< no edge that ends here is to be longer
   std::int32_t index;  ///< of the vertex; without a meaning where triangles are only counted
 };
 using Corners = std::array<Corner, 3>;
 
-inline Corners cornersOf(const MeshView& mesh, std::size_t t) {
+/// A length for all edges, and shorter ones for those near some vertices.
+struct EdgeLengths {
+  double longest;
+  const double* sizes = nullptr;  ///< of each vertex of the input, or null
+
+  double at(std::int32_t vertex) const {
+    return sizes != nullptr ? std::min(longest, sizes[vertex]) : longest;
+  }
+};
+
+/// @param lengths  what no edge is to be longer than
+inline Corners cornersOf(const MeshView& mesh, std::size_t t, const EdgeLengths& lengths) {
   Corners corners{};
   for (std::size_t k = 0; k < 3; ++k) {
     const std::int32_t index = mesh.triangles[3 * t + k];
-    corners[k] = {pointAt(mesh.vertices, index), index};
+    corners[k] = {pointAt(mesh.vertices, index), lengths.at(index), index};
   }
   return corners;
 }
@@ -36,7 +50,7 @@ inline Point midpoint(Point p, Point q) {
 /// split, and where, depends on its ends alone and is the same either way round.
 class Division {
  public:
-  explicit Division(double longest) : squaredLongest_(longest * longest) {}
+  explicit Division(double longest) : longest_(longest) {}
 
   /// @param number  (corner, corner, midpoint) -> index of the midpoint's vertex
   /// @param emit    (corners) -> whether to go on; gets every part that is not divided any more
@@ -49,7 +63,7 @@ class Division {
       waiting_.pop_back();
       unsigned sides = 0;
       for (std::size_t e = 0; e < 3; ++e) {
-        sides |= isSplit(corners[e].point, corners[(e + 1) % 3].point) ? 1U << e : 0U;
+        sides |= isSplit(corners[e], corners[(e + 1) % 3]) ? 1U << e : 0U;
       }
       if (sides == 0) {
         if (!emit(Corners{corners[0], corners[1], corners[2]})) {
@@ -62,6 +76,7 @@ class Division {
           const Corner& p = corners[e];
           const Corner& q = corners[(e + 1) % 3];
           corners[3 + e].point = midpoint(p.point, q.point);
+          corners[3 + e].size = sizeBetween(p, q);
           corners[3 + e].index = number(p, q, corners[3 + e].point);
         }
       }
@@ -87,12 +102,22 @@ class Division {
   static bool isSame(Point p, Point q) { return p.x == q.x && p.y == q.y && p.z == q.z; }
 
   /// An edge whose midpoint rounds to an end cannot be split.
-  bool isSplit(Point p, Point q) const {
-    if (!(squaredDistance(p, q) > squaredLongest_)) {
+  static bool isSplit(const Corner& p, const Corner& q) {
+    const double size = std::min(p.size, q.size);
+    if (!(squaredDistance(p.point, q.point) > size * size)) {
       return false;
     }
-    const Point middle = midpoint(p, q);
-    return !isSame(middle, p) && !isSame(middle, q);
+    const Point middle = midpoint(p.point, q.point);
+    return !isSame(middle, p.point) && !isSame(middle, q.point);
+  }
+
+  /// The size at the midpoint of an edge: grows by half of the distance from the smaller end.
+  double sizeBetween(const Corner& p, const Corner& q) const {
+    const double size = std::min(p.size, q.size);
+    if (size == longest_) {
+      return size;
+    }
+    return std::min(longest_, size + 0.25 * std::sqrt(squaredDistance(p.point, q.point)));
   }
 
   static bool isOtherShorter(unsigned sides, const std::array<Corner, 6>& corners) {
@@ -104,7 +129,7 @@ class Division {
            squaredDistance(corners[quad.i].point, corners[quad.p].point);
   }
 
-  double squaredLongest_;
+  double longest_;
   std::vector<Corners> waiting_;  ///< parts that are begun and not yet emitted
 };
 

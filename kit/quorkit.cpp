@@ -197,7 +197,19 @@ QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32_t m, const 
   const MeshView mesh = {n, vertices, m, triangles};
   const bool isLength = std::isfinite(longestEdge) && longestEdge > 0.0;
   return makeMesh(meshOut, isLength && canBeRefined(mesh),
-                  [&] { return quorkit::refine(mesh, longestEdge); });
+                  [&] { return quorkit::refine(mesh, {longestEdge}); });
+}
+
+QuorkitStatus quorkitRefineGraded(int32_t n, const double* vertices, int32_t m,
+                                  const int32_t* triangles, double longestEdge, const double* sizes,
+                                  const QuorkitMesh** meshOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  const bool isLength = std::isfinite(longestEdge) && longestEdge > 0.0;
+  const bool areSizes = n >= 0 && (n == 0 || sizes != nullptr) &&
+                        std::all_of(sizes, sizes + n, [](double size) { return size > 0.0; });
+  return makeMesh(meshOut, isLength && areSizes && canBeRefined(mesh), [&] {
+    return quorkit::refine(mesh, {longestEdge, sizes});
+  });
 }
 
 QuorkitStatus quorkitRefineTo(int32_t n, const double* vertices, int32_t m,

@@ -22,13 +22,19 @@ constexpr double kMargin = 1.1;
 
 /// Leaves nothing to be found out while triangles are made, when memory has gone into them.
 /// @param most  triangles that fit
-void requireFits(const MeshView& mesh, double longest, std::int64_t most) {
+void requireFits(const MeshView& mesh, const EdgeLengths& lengths, std::int64_t most) {
+  const double longest = lengths.longest;
   const double limit = kMargin * static_cast<double>(most);
   if (mesh.m > most || estimateRefined(mesh, longest, Estimate::low, limit) > limit) {
     refuse();
   }
-  if (kMargin * estimateRefined(mesh, longest, Estimate::high, limit) > static_cast<double>(most) &&
-      countRefined(mesh, longest, most) > most) {
+  const double smallest =
+      lengths.sizes == nullptr || mesh.n == 0
+          ? longest
+          : std::min(longest, *std::min_element(lengths.sizes, lengths.sizes + mesh.n));
+  const bool isClear =
+      kMargin * estimateRefined(mesh, smallest, Estimate::high, limit) <= static_cast<double>(most);
+  if (!isClear && countRefined(mesh, lengths, most) > most) {
     refuse();
   }
 }
@@ -41,7 +47,9 @@ std::int64_t mostTriangles(const MeshView& mesh) {
 
 }  // namespace
 
-std::optional<Mesh> refineUnlessMore(const MeshView& mesh, double longest, std::int64_t most) {
+std::optional<Mesh> refineUnlessMore(const MeshView& mesh, const EdgeLengths& lengths,
+                                     std::int64_t most) {
+  const double longest = lengths.longest;
   const double likelyCount =
       std::min(estimateRefined(mesh, longest, Estimate::low, static_cast<double>(most)),
                static_cast<double>(most));
@@ -64,11 +72,12 @@ std::optional<Mesh> refineUnlessMore(const MeshView& mesh, double longest, std::
     return found.vertex;
   };
   for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
-    const bool isWhole = division.divide(cornersOf(mesh, t), number, [&](const Corners& c) {
-      refined.triangles.insert(refined.triangles.end(), {c[0].index, c[1].index, c[2].index});
-      refined.triangleOrigins.push_back(static_cast<std::int32_t>(t));
-      return refined.triangleOrigins.size() <= static_cast<std::size_t>(most);
-    });
+    const bool isWhole =
+        division.divide(cornersOf(mesh, t, lengths), number, [&](const Corners& c) {
+          refined.triangles.insert(refined.triangles.end(), {c[0].index, c[1].index, c[2].index});
+          refined.triangleOrigins.push_back(static_cast<std::int32_t>(t));
+          return refined.triangleOrigins.size() <= static_cast<std::size_t>(most);
+        });
     if (!isWhole) {
       return std::nullopt;
     }
@@ -78,10 +87,10 @@ std::optional<Mesh> refineUnlessMore(const MeshView& mesh, double longest, std::
   return refined;
 }
 
-Mesh refine(const MeshView& mesh, double longest) {
+Mesh refine(const MeshView& mesh, const EdgeLengths& lengths) {
   const std::int64_t most = mostTriangles(mesh);
-  requireFits(mesh, longest, most);
-  std::optional<Mesh> refined = refineUnlessMore(mesh, longest, most);
+  requireFits(mesh, lengths, most);
+  std::optional<Mesh> refined = refineUnlessMore(mesh, lengths, most);
   if (!refined) {
     refuse();
   }

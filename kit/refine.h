@@ -5,6 +5,7 @@
 // mesh refinement, Scientific Computing (1983).
 #pragma once
 
+#include "kit/division.h"
 #include "kit/mesh.h"
 
 #include <cstdint>
@@ -22,13 +23,14 @@ constexpr std::int32_t kMostTriangles = 238609294;
 /// Throws std::length_error before anything is made if there would be more than kMostTriangles
 /// triangles, or if n and the number of new triangles is more than 2^31 - 1; and std::bad_alloc.
 /// @param mesh     finite coordinates, different corners in range
-/// @param longest  finite, above 0
-Mesh refine(const MeshView& mesh, double longest);
+/// @param lengths  finite, above 0
+Mesh refine(const MeshView& mesh, const EdgeLengths& lengths);
 
 /// The same without a look ahead.
 /// Throws std::bad_alloc.
 /// @param most  triangles, kMostTriangles or less
 /// @return nothing if they would be more
-std::optional<Mesh> refineUnlessMore(const MeshView& mesh, double longest, std::int64_t most);
+std::optional<Mesh> refineUnlessMore(const MeshView& mesh, const EdgeLengths& lengths,
+                                     std::int64_t most);
 
 }  // namespace quorkit

@@ -96,7 +96,7 @@ Mesh refineTo(const MeshView& mesh, std::int32_t wanted) {
   double step = kAbove;
   double length = findLength(mesh, extent, wanted) * step;
   while (length <= extent.longestEdge) {
-    if (std::optional<Mesh> refined = refineUnlessMore(mesh, length, wanted)) {
+    if (std::optional<Mesh> refined = refineUnlessMore(mesh, {length}, wanted)) {
       return std::move(*refined);
     }
     step = 1.0 + 2.0 * (step - 1.0) + 1e-3;

@@ -16,7 +16,10 @@ std::int32_t noNumber(const Corner& /*p*/, const Corner& /*q*/, Point /*middle*/
 }
 
 /// The parts of a triangle; any number above `most` if they are more.
-double countParts(const Corners& triangle, double longest, double most) {
+double countParts(Corners triangle, double longest, double most) {
+  for (Corner& corner : triangle) {
+    corner.size = longest;
+  }
   double count = 0.0;
   Division(longest).divide(triangle, noNumber, [&](const Corners&) { return ++count <= most; });
   return count;
@@ -73,11 +76,12 @@ double estimateParts(Corners triangle, double size, double longest, double most)
 
 }  // namespace
 
-std::int64_t countRefined(const MeshView& mesh, double longest, std::int64_t most) {
-  Division division(longest);
+std::int64_t countRefined(const MeshView& mesh, const EdgeLengths& lengths, std::int64_t most) {
+  Division division(lengths.longest);
   std::int64_t count = 0;
   for (std::size_t t = 0; t < mesh.triangleCount() && count <= most; ++t) {
-    division.divide(cornersOf(mesh, t), noNumber, [&](const Corners&) { return ++count <= most; });
+    division.divide(cornersOf(mesh, t, lengths), noNumber,
+                    [&](const Corners&) { return ++count <= most; });
   }
   return count;
 }
@@ -93,7 +97,7 @@ double estimateRefined(const MeshView& mesh, double longest, Estimate kind, doub
   const double direction = kind == Estimate::low ? 1.0 : kind == Estimate::high ? -1.0 : 0.0;
   double sum = 0.0;
   for (std::size_t t = 0; t < mesh.triangleCount() && sum <= most; ++t) {
-    const Corners triangle = cornersOf(mesh, t);
+    const Corners triangle = cornersOf(mesh, t, {longest});
     const double size = sizeOf(triangle);
     const double safe = std::max(kErrors / kLargestError * size, kSmallest);
     const double length = kind == Estimate::low ? std::max(longest, safe) : longest;

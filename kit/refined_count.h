@@ -1,6 +1,7 @@
 // How many triangles refining makes.
 #pragma once
 
+#include "kit/division.h"
 #include "kit/mesh.h"
 
 #include <cstdint>
@@ -8,9 +9,9 @@
 namespace quorkit {
 
 /// Counts them one by one: exact.
-/// @param longest  finite, above 0
+/// @param lengths  finite, above 0
 /// @param most     from here on the count does not matter: any number above it is returned
-std::int64_t countRefined(const MeshView& mesh, double longest, std::int64_t most);
+std::int64_t countRefined(const MeshView& mesh, const EdgeLengths& lengths, std::int64_t most);
 
 /// Which way an estimate may err where rounding decides: neither, down, or up.
 enum class Estimate { likely, low, high };

@@ -82,6 +82,37 @@ TEST(KitRefine, IsConformingAndKnowsWhereEverythingComesFrom) {
   }
 }
 
+TEST(KitRefine, IsFinerNearVerticesOfLesserSize) {
+  const Mesh mesh = bumpyMesh(6, 6, 3);
+  std::vector<double> sizes(36, kInfinity);
+  const auto graded = [&](QuorkitStatus expected) {
+    const QuorkitMesh* made = nullptr;
+    EXPECT_EQ(quorkitRefineGraded(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(),
+                                  0.1, sizes.data(), &made),
+              expected);
+    return KitMesh(made);
+  };
+  EXPECT_TRUE(sameMesh(plain(graded(QUORKIT_DONE)), plain(refine(mesh, 0.1))));
+  sizes[14] = 0.01;
+  const KitMesh refined = graded(QUORKIT_DONE);
+  // No longer edge than anywhere, none that could be longer than at the vertex, no hanging vertex.
+  EXPECT_EQ(faultOfRefinement(mesh, *refined, 0.1, 0.01), "");
+  EXPECT_LT(refined->triangleCount, 4 * refine(mesh, 0.1)->triangleCount);
+  const Mesh result = plain(refined);
+  for (std::size_t k = 0; k < result.triangles.size(); ++k) {
+    const std::int32_t next = result.triangles[k % 3 == 2 ? k - 2 : k + 1];
+    if (result.triangles[k] == 14 || next == 14) {
+      EXPECT_LE(squaredLength(result, result.triangles[k], next), 0.01 * 0.01);
+    }
+  }
+  for (const double size : {0.0, -1.0, kNaN}) {
+    sizes[3] = size;
+    EXPECT_EQ(graded(QUORKIT_BAD_ARGUMENT), nullptr);
+  }
+  sizes.assign(36, 1e-12);
+  EXPECT_EQ(graded(QUORKIT_TOO_LARGE), nullptr);
+}
+
 TEST(KitRefine, SplitsIntoTheFewestPartsOfTheirPatterns) {
   // One, two and three sides longer than 1: two, three and four triangles.
   const double r = 0.9;

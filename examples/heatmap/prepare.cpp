@@ -1,5 +1,6 @@
 #include "prepare.h"
 
+#include "singular_points.h"
 #include "text.h"
 
 #include <quorkit.hpp>
@@ -59,9 +60,14 @@ Refined refine(const Mesh& mesh, const Edge& edge) {
   const bool isDefault = edge.kind == Edge::kDefault;
   const double length = isDefault ? boundsOf(mesh).diagonal() / kEdgesPerDiagonal : edge.length;
   try {
-    const quor::kit::Mesh refined = quor::kit::refine(mesh.vertices, mesh.triangles, length);
-    const auto origins = refined.triangleOrigins();
-    Refined result{copyOf(refined), mesh, {origins.begin(), origins.end()}, {}};
+    const quor::kit::Mesh even = quor::kit::refine(mesh.vertices, mesh.triangles, length);
+    const std::vector<double> sizes = sizesNearSingularPoints(mesh, copyOf(even), length);
+    const quor::kit::Mesh refined =
+        quor::kit::refine(even.vertices(), even.triangles(), length, sizes);
+    Refined result{copyOf(refined), mesh, {}, {}};
+    for (const std::int32_t origin : refined.triangleOrigins()) {
+      result.origins.push_back(even.triangleOrigins()[static_cast<std::size_t>(origin)]);
+    }
     std::array<char, 32> digits{};
     std::snprintf(digits.data(), digits.size(), "%.4g", length);
     result.description = counts(result.mesh) + ", edges up to " + digits.data() +

@@ -31,9 +31,10 @@ struct Refined {
   std::string description;            // for the reader
 };
 
-// Splits all edges longer than the length. Without vertices inside its faces a part has a field
-// that is wrong by several per cent; a thirty-second part of the diagonal, the default, leaves a
-// few thousandths. Throws std::runtime_error if that would make too many triangles.
+// Splits all edges longer than the length, and near singular points shorter ones too. Without
+// vertices inside its faces a part has a field that is wrong by several per cent; a thirty-second
+// part of the diagonal, the default, leaves a few thousandths. Throws std::runtime_error if that
+// would make too many triangles.
 Refined refine(const Mesh& mesh, const Edge& edge);
 
 // The vertices of the refined mesh that a rule selects. Ends of an axis are faces of the input: all

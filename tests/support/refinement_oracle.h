@@ -13,9 +13,10 @@
 
 namespace test {
 
+/// @param shortest  a length that no split edge is below, where they are not all the same
 /// @return empty if the mesh is the refinement of `input` that quorkit.h describes, else why not
-inline std::string faultOfRefinement(const Mesh& input, const QuorkitMesh& refined,
-                                     double longest) {
+inline std::string faultOfRefinement(const Mesh& input, const QuorkitMesh& refined, double longest,
+                                     double shortest = 0) {
   const Mesh mesh{
       {refined.vertices, refined.vertices + 3 * std::ptrdiff_t(refined.vertexCount)},
       {refined.triangles, refined.triangles + 3 * std::ptrdiff_t(refined.triangleCount)}};
@@ -41,7 +42,7 @@ inline std::string faultOfRefinement(const Mesh& input, const QuorkitMesh& refin
     if (!midpoints.insert({{a, b}, v}).second) {
       return "an edge has two midpoints";
     }
-    if (!(squaredLength(mesh, a, b) > limit)) {
+    if (!(squaredLength(mesh, a, b) > (shortest > 0 ? shortest * shortest : limit))) {
       return "an edge was split that is not too long";
     }
     for (std::size_t axis = 0; axis < 3; ++axis) {

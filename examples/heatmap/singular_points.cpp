@@ -1,0 +1,71 @@
+#include "singular_points.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace heatmap {
+namespace {
+
+using Point = std::array<double, 3>;
+
+double squaredDistance(const double* p, const double* q) {
+  const double dx = p[0] - q[0];
+  const double dy = p[1] - q[1];
+  const double dz = p[2] - q[2];
+  return dx * dx + dy * dy + dz * dz;
+}
+
+// Of the sides at corner p.
+double angleAt(const double* p, const double* q, const double* r) {
+  const double a = squaredDistance(p, q);
+  const double b = squaredDistance(p, r);
+  const double cosine = (a + b - squaredDistance(q, r)) / (2.0 * std::sqrt(a * b));
+  return std::acos(std::clamp(cosine, -1.0, 1.0));
+}
+
+// Curved surfaces have small excesses everywhere, which do not matter.
+std::vector<Point> singularPointsOf(const Mesh& mesh) {
+  std::vector<double> turn(mesh.vertices.size() / 3);
+  for (std::int32_t t = 0; t < mesh.triangleCount(); ++t) {
+    const std::int32_t* const corner = mesh.triangle(t);
+    for (std::size_t k = 0; k < 3; ++k) {
+      turn[static_cast<std::size_t>(corner[k])] +=
+          angleAt(mesh.vertex(corner[k]), mesh.vertex(corner[(k + 1) % 3]),
+                  mesh.vertex(corner[(k + 2) % 3]));
+    }
+  }
+  constexpr double kMoreThanATurn = 2.0 * 3.14159265358979 + 0.3;
+  std::vector<Point> points;
+  for (std::size_t i = 0; i < turn.size(); ++i) {
+    if (turn[i] > kMoreThanATurn) {
+      const double* const p = mesh.vertex(static_cast<std::int32_t>(i));
+      points.push_back({p[0], p[1], p[2]});
+    }
+  }
+  return points;
+}
+
+}  // namespace
+
+std::vector<double> sizesNearSingularPoints(const Mesh& part, const Mesh& mesh, double length) {
+  constexpr double kSmallest = 1.0 / 16.0;
+  constexpr double kGrowth = 0.3;
+  std::vector<double> sizes(mesh.vertices.size() / 3, std::numeric_limits<double>::infinity());
+  std::vector<Point> points = singularPointsOf(part);
+  std::sort(points.begin(), points.end());
+  const double reach = length / kGrowth;
+  for (std::size_t i = 0; i < sizes.size(); ++i) {
+    const double* const p = mesh.vertex(static_cast<std::int32_t>(i));
+    const Point low = {p[0] - reach, -std::numeric_limits<double>::infinity(), 0.0};
+    for (auto q = std::lower_bound(points.begin(), points.end(), low);
+         q != points.end() && (*q)[0] <= p[0] + reach; ++q) {
+      const double distance = std::sqrt(squaredDistance(p, q->data()));
+      sizes[i] = std::min(sizes[i], kSmallest * length + kGrowth * distance);
+    }
+  }
+  return sizes;
+}
+
+}  // namespace heatmap
