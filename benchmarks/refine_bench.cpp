@@ -118,17 +118,26 @@ struct Refined {
 Refined refine(const Mesh& mesh, const std::vector<std::int32_t>& faces, double edge) {
   const auto begin = Clock::now();
   const kit::Mesh even = kit::refine(mesh.vertices, mesh.triangles, edge);
-  const std::vector<double> sizes = heatmap::sizesNearSingularPoints(mesh, copyOf(even), edge);
-  const kit::Mesh made = kit::refine(even.vertices(), even.triangles(), edge, sizes);
-  const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
-  // The vertices of the first mesh come first in both, so the origins of both are one table.
-  Refined refined{
-      copyOf(made), {}, {made.vertexOrigins().begin(), made.vertexOrigins().end()}, seconds};
-  std::copy(even.vertexOrigins().begin(), even.vertexOrigins().end(),
-            refined.vertexOrigins.begin());
-  for (const std::int32_t origin : made.triangleOrigins()) {
-    refined.faces.push_back(
-        faces[static_cast<std::size_t>(even.triangleOrigins()[static_cast<std::size_t>(origin)])]);
+  Refined refined{copyOf(even),
+                  {even.triangleOrigins().begin(), even.triangleOrigins().end()},
+                  {even.vertexOrigins().begin(), even.vertexOrigins().end()},
+                  0.0};
+  const std::vector<double> sizes = heatmap::sizesNearSingularPoints(mesh, refined.mesh, edge);
+  if (!sizes.empty()) {
+    const kit::Mesh graded = kit::refine(even.vertices(), even.triangles(), edge, sizes);
+    // The vertices of the first mesh come first in both, so the origins of both are one table.
+    const std::vector<std::int32_t> first = std::move(refined.vertexOrigins);
+    refined.mesh = copyOf(graded);
+    refined.vertexOrigins.assign(graded.vertexOrigins().begin(), graded.vertexOrigins().end());
+    std::copy(first.begin(), first.end(), refined.vertexOrigins.begin());
+    refined.faces.clear();
+    for (const std::int32_t origin : graded.triangleOrigins()) {
+      refined.faces.push_back(even.triangleOrigins()[static_cast<std::size_t>(origin)]);
+    }
+  }
+  refined.seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+  for (std::int32_t& face : refined.faces) {  // so far the input triangle
+    face = faces[static_cast<std::size_t>(face)];
   }
   return refined;
 }

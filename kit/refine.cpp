@@ -5,6 +5,7 @@
 #include "kit/refined_count.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <stdexcept>
@@ -20,6 +21,20 @@ namespace {
 /// How far an estimate may be off, as a factor.
 constexpr double kMargin = 1.1;
 
+/// Whether even edges of the smallest size everywhere would not be too many: a level of division
+/// makes four triangles of one, and halves its edges, or nearly so.
+bool areSizesClear(const MeshView& mesh, const EdgeLengths& lengths, double most) {
+  double ratio = 1.0;
+  for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
+    const Corners c = cornersOf(mesh, t, lengths);
+    const double size = std::min({c[0].size, c[1].size, c[2].size});
+    for (std::size_t e = 0; e < 3; ++e) {
+      ratio = std::max(ratio, std::sqrt(squaredDistance(c[e].point, c[(e + 1) % 3].point)) / size);
+    }
+  }
+  return static_cast<double>(mesh.m) * 16.0 * ratio * ratio <= most;
+}
+
 /// Leaves nothing to be found out while triangles are made, when memory has gone into them.
 /// @param most  triangles that fit
 void requireFits(const MeshView& mesh, const EdgeLengths& lengths, std::int64_t most) {
@@ -28,12 +43,10 @@ void requireFits(const MeshView& mesh, const EdgeLengths& lengths, std::int64_t 
   if (mesh.m > most || estimateRefined(mesh, longest, Estimate::low, limit) > limit) {
     refuse();
   }
-  const double smallest =
-      lengths.sizes == nullptr || mesh.n == 0
-          ? longest
-          : std::min(longest, *std::min_element(lengths.sizes, lengths.sizes + mesh.n));
-  const bool isClear =
-      kMargin * estimateRefined(mesh, smallest, Estimate::high, limit) <= static_cast<double>(most);
+  const bool isClear = lengths.sizes != nullptr
+                           ? areSizesClear(mesh, lengths, static_cast<double>(most))
+                           : kMargin * estimateRefined(mesh, longest, Estimate::high, limit) <=
+                                 static_cast<double>(most);
   if (!isClear && countRefined(mesh, lengths, most) > most) {
     refuse();
   }

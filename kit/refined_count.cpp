@@ -44,8 +44,10 @@ Corners smallestSimilar(const Corners& c, double longest, double& copies) {
     shortest = std::min(shortest, squaredDistance(c[e].point, c[(e + 1) % 3].point));
   }
   double scale = 1.0;
-  for (copies = 1.0; shortest * scale * scale > longest * longest; copies *= 4.0) {
+  copies = 1.0;
+  while (shortest * scale * scale > longest * longest) {
     scale *= 0.5;
+    copies *= 4.0;
   }
   const Point origin = c[0].point;
   Corners similar{};
@@ -103,6 +105,9 @@ double estimateRefined(const MeshView& mesh, double longest, Estimate kind, doub
     const double length = kind == Estimate::low ? std::max(longest, safe) : longest;
     const double changed = length * (1.0 + direction * kErrors * size / length);
     const bool isUsual = length >= safe && std::isfinite(longest * longest);
+    if (!isUsual && kind == Estimate::high) {
+      return 2.0 * most + 1.0;  // as high as can be
+    }
     sum +=
         isUsual ? estimateParts(triangle, size, changed, most) : countParts(triangle, length, most);
   }

@@ -109,8 +109,6 @@ TEST(KitRefine, IsFinerNearVerticesOfLesserSize) {
     sizes[3] = size;
     EXPECT_EQ(graded(QUORKIT_BAD_ARGUMENT), nullptr);
   }
-  sizes.assign(36, 1e-12);
-  EXPECT_EQ(graded(QUORKIT_TOO_LARGE), nullptr);
 }
 
 TEST(KitRefine, SplitsIntoTheFewestPartsOfTheirPatterns) {

@@ -44,7 +44,7 @@ Edge parseEdge(const std::string& text) {
   char* end = nullptr;
   const double length = std::strtod(text.c_str(), &end);
   if (text.empty() || *end != '\0' || !std::isfinite(length) || !(length > 0.0)) {
-    throw std::runtime_error("--edge \"" + text + "\" is neither a length above 0 nor \"none\"");
+    throw std::runtime_error("--edge " + text + " is neither a length above 0 nor none");
   }
   return {Edge::kLength, length};
 }
@@ -61,12 +61,17 @@ Refined refine(const Mesh& mesh, const Edge& edge) {
   const double length = isDefault ? boundsOf(mesh).diagonal() / kEdgesPerDiagonal : edge.length;
   try {
     const quor::kit::Mesh even = quor::kit::refine(mesh.vertices, mesh.triangles, length);
-    const std::vector<double> sizes = sizesNearSingularPoints(mesh, copyOf(even), length);
-    const quor::kit::Mesh refined =
-        quor::kit::refine(even.vertices(), even.triangles(), length, sizes);
-    Refined result{copyOf(refined), mesh, {}, {}};
-    for (const std::int32_t origin : refined.triangleOrigins()) {
-      result.origins.push_back(even.triangleOrigins()[static_cast<std::size_t>(origin)]);
+    const auto evenOrigins = even.triangleOrigins();
+    Refined result{copyOf(even), mesh, {evenOrigins.begin(), evenOrigins.end()}, {}};
+    const std::vector<double> sizes = sizesNearSingularPoints(mesh, result.mesh, length);
+    if (!sizes.empty()) {
+      const quor::kit::Mesh graded =
+          quor::kit::refine(even.vertices(), even.triangles(), length, sizes);
+      result.mesh = copyOf(graded);
+      result.origins.clear();
+      for (const std::int32_t origin : graded.triangleOrigins()) {
+        result.origins.push_back(evenOrigins[static_cast<std::size_t>(origin)]);
+      }
     }
     std::array<char, 32> digits{};
     std::snprintf(digits.data(), digits.size(), "%.4g", length);

@@ -47,25 +47,45 @@ std::vector<Point> singularPointsOf(const Mesh& mesh) {
   return points;
 }
 
+// Sorted, and of points nearer to each other than the distance only one.
+std::vector<Point> thinned(std::vector<Point> points, double distance) {
+  std::sort(points.begin(), points.end());
+  std::vector<Point> kept;
+  for (const Point& p : points) {
+    bool isFar = true;
+    for (auto q = kept.rbegin(); isFar && q != kept.rend() && p[0] - (*q)[0] < distance; ++q) {
+      isFar = squaredDistance(p.data(), q->data()) >= distance * distance;
+    }
+    if (isFar) {
+      kept.push_back(p);
+    }
+  }
+  return kept;
+}
+
 }  // namespace
 
 std::vector<double> sizesNearSingularPoints(const Mesh& part, const Mesh& mesh, double length) {
   constexpr double kSmallest = 1.0 / 16.0;
   constexpr double kGrowth = 0.3;
   std::vector<double> sizes(mesh.vertices.size() / 3, std::numeric_limits<double>::infinity());
-  std::vector<Point> points = singularPointsOf(part);
-  std::sort(points.begin(), points.end());
-  const double reach = length / kGrowth;
-  for (std::size_t i = 0; i < sizes.size(); ++i) {
+  const std::vector<Point> points = thinned(singularPointsOf(part), kSmallest * length);
+  const double reach = (1.0 - kSmallest) * length / kGrowth;
+  for (std::size_t i = 0; i < sizes.size() && !points.empty(); ++i) {
     const double* const p = mesh.vertex(static_cast<std::int32_t>(i));
+    double nearest = reach * reach;
     const Point low = {p[0] - reach, -std::numeric_limits<double>::infinity(), 0.0};
     for (auto q = std::lower_bound(points.begin(), points.end(), low);
          q != points.end() && (*q)[0] <= p[0] + reach; ++q) {
-      const double distance = std::sqrt(squaredDistance(p, q->data()));
-      sizes[i] = std::min(sizes[i], kSmallest * length + kGrowth * distance);
+      nearest = std::min(nearest, squaredDistance(p, q->data()));
+    }
+    if (nearest < reach * reach) {
+      sizes[i] = kSmallest * length + kGrowth * std::sqrt(nearest);
     }
   }
-  return sizes;
+  const bool isAnySmall =
+      std::any_of(sizes.begin(), sizes.end(), [length](double size) { return size < length; });
+  return isAnySmall ? sizes : std::vector<double>();
 }
 
 }  // namespace heatmap
