@@ -27,10 +27,10 @@ Construction constructTagged(std::int32_t n, const double* vertices, std::int32_
   VertexPartition partition = partitionVertices(n, tags);
   Construction result;
   result.prescribedCount = partition.prescribedCount;
-  quogeommallocsur(
-      n, partition.prescribedCount, reorderCoordinates(vertices, partition.callerToSolver),
-      reorderTriangles(m, triangles, partition.callerToSolver), &result.status, &result.handle,
-      progress);
+  quogeommallocsur(n, partition.prescribedCount,
+                   reorderCoordinates(vertices, partition.callerToSolver),
+                   reorderTriangles(m, triangles, partition.callerToSolver), &result.status,
+                   &result.handle, progress);
   if (result.handle) {
     result.handle->callerToSolver = std::move(partition.callerToSolver);
     result.handle->solverToCaller = std::move(partition.solverToCaller);
@@ -55,13 +55,13 @@ void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
     return;
   }
   constexpr double kAssembly = 0.15;  // of the time, of a mesh that takes long
-  StiffnessBlocks stiffness = assembleStiffness(n, static_cast<std::int32_t>(prescribedCount),
-                                                *handle->vertices, *handle->triangles,
-                                                progress.part(0.0, kAssembly));
+  StiffnessBlocks stiffness =
+      assembleStiffness(n, static_cast<std::int32_t>(prescribedCount), *handle->vertices,
+                        *handle->triangles, progress.part(0.0, kAssembly));
   handle->stiffnessFP = std::move(stiffness.FP);
   handle->stiffnessFF = std::move(stiffness.FF);
-  handle->factorFF = std::make_shared<const Factorization>(*handle->stiffnessFF,
-                                                           progress.part(kAssembly, 1.0));
+  handle->factorFF =
+      std::make_shared<const Factorization>(*handle->stiffnessFF, progress.part(kAssembly, 1.0));
   *handleOut = std::move(handle);
 }
 

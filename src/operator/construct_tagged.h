@@ -18,8 +18,8 @@ struct Construction {
   std::unique_ptr<SolverHandle> handle;  ///< null unless status is QUOR_SUCCESS
 };
 
-/// Throws std::length_error("vector") for numbers of vertices or triangles without a place in 32-bit
-/// indices.
+/// Throws std::length_error("vector") for numbers of vertices or triangles without a place in
+/// 32-bit indices.
 void requireSizesFit(std::int32_t n, std::int32_t m);
 
 /// Builds a handle from arrays in caller order; all of them are copied.

@@ -184,10 +184,12 @@ QUOR_ALWAYS_INLINE bool DenseFront::eliminateWith(Index pivots, const Progress& 
 
 #if defined(QUOR_WIDE_VECTORS)
 // Without fused multiply-add, which would round once where the others round twice.
-__attribute__((target("avx2"))) bool DenseFront::eliminateWithFour(Index pivots, const Progress& progress) {
+__attribute__((target("avx2"))) bool DenseFront::eliminateWithFour(Index pivots,
+                                                                   const Progress& progress) {
   return eliminateWith<Vectors4>(pivots, progress);
 }
-__attribute__((target("avx512f"))) bool DenseFront::eliminateWithEight(Index pivots, const Progress& progress) {
+__attribute__((target("avx512f"))) bool DenseFront::eliminateWithEight(Index pivots,
+                                                                       const Progress& progress) {
   return eliminateWith<Vectors8>(pivots, progress);
 }
 #else
