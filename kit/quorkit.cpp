@@ -163,11 +163,12 @@ QuorkitStatus quorkitWeld(int32_t pointCount, const double* points, int32_t tria
     return QUORKIT_DONE;
   }
   return guarded([&] {
-    quor::weldPoints(pointCount, points, tolerance, outPointMap);
+    std::uint64_t steps = 0;  // counted by the searches for themselves
+    quor::weldPoints(pointCount, points, tolerance, outPointMap, steps);
     const std::int32_t vertices =
         quor::numberVertices(pointCount, points, outPointMap, outVertices);
-    *outTriangleCount =
-        quor::keepDistinctTriangles(triangleCount, triangles, outPointMap, vertices, outTriangles);
+    *outTriangleCount = quor::keepDistinctTriangles(triangleCount, triangles, outPointMap, vertices,
+                                                    outTriangles, steps);
     *outVertexCount = vertices;
   });
 }
