@@ -1,6 +1,13 @@
 # The Debian packages: `cmake --build --preset package && cpack --preset package`.
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL runtime development)
+if(EXISTS "${PROJECT_SOURCE_DIR}/bindings/python/quor.py")
+  list(APPEND CPACK_COMPONENTS_ALL python)
+  install(FILES bindings/python/quor.py DESTINATION lib/python3/dist-packages
+    COMPONENT python EXCLUDE_FROM_ALL)
+  install(FILES LICENSE DESTINATION share/doc/python3-quor RENAME copyright
+    COMPONENT python EXCLUDE_FROM_ALL)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
 set(CPACK_STRIP_FILES ON)
@@ -28,4 +35,17 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "${about}
 
 This package holds the headers, the CMake package and the pkg-config file.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-quor)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_GENERATE_SHLIBS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "python3 (>= 3.8), python3-numpy (>= 1:1.20), ${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  "${PROJECT_SOURCE_DIR}/cmake/python3-quor/postinst;${PROJECT_SOURCE_DIR}/cmake/python3-quor/prerm")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "${about}
+
+This package holds the module for Python.")
 include(CPack)
