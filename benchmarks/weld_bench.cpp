@@ -12,6 +12,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <limits>
@@ -190,14 +191,14 @@ void printSlow(const char* title, const std::vector<SlowSoup>& soups, std::int32
   }
 }
 
-/// The slowest tolerance of a scan, in steps of a quarter, over the smallest one.
+/// The slowest tolerance of a scan, in steps of a quarter of an octave, over the smallest one.
 void printWorstTolerance(const Named& input, const Options& options) {
   const Soup& soup = input.soup;
   Welded out = roomFor(soup);
   const double edge = meanEdgeOf(soup);
   double worst = 0.0;
   double worstAt = 0.0;
-  for (double edges = 1e-3; edges < 100; edges *= 1.25) {
+  for (double edges = 0.01; edges < 10; edges *= std::exp2(0.25)) {
     const std::vector<double> t =
         sideBySide(options.rounds, {[&] { weld(soup, 1e-9 * diagonalOf(soup), out); },
                                     [&] { weld(soup, edges * edge, out); }});
@@ -241,7 +242,8 @@ void run(const Options& options) {
   const double edge = 1e-3 * meanEdgeOf(inputs[0].soup);
   printTolerances({"dragon, all distinct", shaken(inputs[0].soup, edge / 3)}, edge, options);
   std::printf(
-      "\n### Worst tolerance\n\nOf all from 0.001 to 100 mean edges in steps of a quarter.\n\n"
+      "\n### Worst tolerance\n\nOf all from 0.01 to 10 mean edges in steps of a quarter of an "
+      "octave.\n\n"
       "| Mesh | Tolerance | Over the smallest |\n|---|---|---|\n");
   for (const Named& input : {inputs[0], inputs[2], inputs[3]}) {
     printWorstTolerance(input, options);
