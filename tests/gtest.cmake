@@ -25,7 +25,8 @@ add_executable(module_tests
   dense_front_test.cpp factorization_test.cpp operator_test.cpp ordering_test.cpp
   oriented_box_test.cpp substitution_test.cpp
   weld_search_test.cpp weld_steps_test.cpp writer_test.cpp
-  ../benchmarks/slow_soups.cpp ../benchmarks/soups.cpp)
+  ../benchmarks/soups.cpp ../benchmarks/soups_slow_in_tables.cpp
+  ../benchmarks/soups_slow_in_tree.cpp)
 target_include_directories(module_tests PRIVATE ../benchmarks)
 target_link_libraries(module_tests PRIVATE quor_objects GTest::gtest_main)
 
