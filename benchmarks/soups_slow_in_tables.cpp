@@ -49,7 +49,6 @@ double number(Word word) {
   return value;
 }
 
-
 /// As many distinct points as can share a cell, or a hash, before the steps for `count` points
 /// are used up.
 std::int32_t crowdFor(std::int32_t count) {

@@ -81,7 +81,6 @@ Soup ballsWithSatellites(std::int32_t count, double& tolerance) {
   return soupOfPoints(std::move(points));
 }
 
-
 /// @param surface  takes two numbers from 0 to 1, and which of two surfaces
 template <typename Surface>
 Soup twoSurfaces(std::int32_t count, double& tolerance, const Surface& surface) {
