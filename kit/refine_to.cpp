@@ -20,6 +20,13 @@ struct Extent {
   double area = 0.0;
 };
 
+/// The root, rounded such that quorkitRefine splits no edge of a mesh whose longest it is.
+double lengthOf(double squared) {
+  const double length = std::sqrt(squared);
+  return length * length < squared ? std::nextafter(length, std::numeric_limits<double>::infinity())
+                                   : length;
+}
+
 Extent extentOf(const MeshView& mesh) {
   Extent extent;
   double squared = 0.0;
@@ -32,7 +39,7 @@ Extent extentOf(const MeshView& mesh) {
         std::max({squared, squaredDistance(a, b), squaredDistance(b, c), squaredDistance(c, a)});
     extent.area += 0.5 * doubleArea(a, b, c);
   }
-  extent.longestEdge = std::sqrt(squared);
+  extent.longestEdge = lengthOf(squared);
   return extent;
 }
 
