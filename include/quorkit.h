@@ -227,8 +227,9 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  *
  * QUORKIT_TOO_LARGE if there would be more than 238,609,294 triangles, the most that a solver
  * takes, or more than 2,147,483,647 vertices if every new triangle brought one. That is found out
- * before the splitting starts, without memory and at once, from the sides of the triangles; only
- * within a few tenths of the limit are they counted one by one, which takes some seconds.
+ * before the splitting starts, without memory and most often at once, from the sides of the
+ * triangles; only near the limit, and of needles, are the triangles counted one by one: for up to
+ * ten seconds.
  *
  * Time: ten million triangles in one or two seconds. Memory beside the mesh: 8 to 16 bytes for each
  * new vertex.

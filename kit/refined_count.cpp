@@ -35,6 +35,19 @@ double sizeOf(const Corners& c) {
   return size;
 }
 
+/// Whether there are more parts than `most` along one side alone, rounded or not: a long needle
+/// needs no counting.
+/// @param size  of the triangle: edges of its steps of rounding have no midpoint
+bool hasMoreAlongSide(const Corners& c, double size, double longest, double most) {
+  const double step = 4.0 * std::numeric_limits<double>::epsilon() * size;
+  const double length = 2.0 * most * std::max(longest, step);
+  double squaredSide = 0.0;
+  for (std::size_t e = 0; e < 3; ++e) {
+    squaredSide = std::max(squaredSide, squaredDistance(c[e].point, c[(e + 1) % 3].point));
+  }
+  return squaredSide > length * length;
+}
+
 /// One of the similar triangles that are left when all sides have been halved until one of them is
 /// not longer than `longest`, with a corner at the origin.
 /// @param copies  receives how many there are
@@ -101,12 +114,15 @@ double estimateRefined(const MeshView& mesh, double longest, Estimate kind, doub
   for (std::size_t t = 0; t < mesh.triangleCount() && sum <= most; ++t) {
     const Corners triangle = cornersOf(mesh, t, {longest});
     const double size = sizeOf(triangle);
+    if (hasMoreAlongSide(triangle, size, longest, most)) {
+      return 2.0 * most + 1.0;
+    }
     const double safe = std::max(kErrors / kLargestError * size, kSmallest);
     const double length = kind == Estimate::low ? std::max(longest, safe) : longest;
     const double changed = length * (1.0 + direction * kErrors * size / length);
     const bool isUsual = length >= safe && std::isfinite(longest * longest);
     if (!isUsual && kind == Estimate::high) {
-      return 2.0 * most + 1.0;  // as high as can be
+      return 2.0 * most + 1.0;
     }
     sum +=
         isUsual ? estimateParts(triangle, size, changed, most) : countParts(triangle, length, most);

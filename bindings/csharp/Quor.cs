@@ -215,6 +215,21 @@ namespace Quor
                            mesh);
         }
 
+        /// <summary>Refines with shorter edges near some vertices: none at vertex v is longer than
+        /// sizes[v], and from there they grow with the distance.</summary>
+        /// <remarks>One size per vertex, infinity where longestEdge will do.</remarks>
+        /// <exception cref="ArgumentException">As for <see cref="Refine"/>; a size that is not above 0;
+        /// an array of the wrong length.</exception>
+        public static DerivedMesh RefineGraded(double[] vertices, int[] triangles, double longestEdge,
+                                               double[] sizes)
+        {
+            var n = Check.Triples(vertices, nameof(vertices));
+            var m = Check.Triangles(triangles, n);
+            Check.Length(sizes, n, nameof(sizes));
+            return Derived(Native.quorkitRefineGraded(n, vertices, m, triangles, longestEdge, sizes,
+                                                      out var mesh), mesh);
+        }
+
         /// <summary>Refines to about so many triangles, never more unless there are already.</summary>
         /// <exception cref="ArgumentException">As for <see cref="Refine"/>; a number outside 1 ..
         /// 238,609,294.</exception>
@@ -709,6 +724,11 @@ namespace Quor
         internal static extern int quorkitRefine(int n, [In] double[] vertices, int m,
                                                  [In] int[] triangles, double longestEdge,
                                                  out IntPtr meshOut);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        internal static extern int quorkitRefineGraded(int n, [In] double[] vertices, int m,
+                                                       [In] int[] triangles, double longestEdge,
+                                                       [In] double[] sizes, out IntPtr meshOut);
 
         [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
         internal static extern int quorkitRefineTo(int n, [In] double[] vertices, int m,

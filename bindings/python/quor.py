@@ -208,6 +208,7 @@ def _declare(library):
         "quorkitCheck": (c_int32, *mesh, c_void_p, POINTER(_CReport)),
         "quorkitClean": (c_int32, *mesh, POINTER(POINTER(_CMesh))),
         "quorkitRefine": (c_int32, *mesh, c_double, POINTER(POINTER(_CMesh))),
+        "quorkitRefineGraded": (c_int32, *mesh, c_double, read(real), POINTER(POINTER(_CMesh))),
         "quorkitRefineTo": (c_int32, *mesh, c_int32, POINTER(POINTER(_CMesh))),
         "quorkitFreeMesh": (None, POINTER(_CMesh)),
         "quorkitConstruct": (c_int32, *mesh, read(integer), _Progress, c_void_p,
@@ -528,26 +529,34 @@ def clean(vertices, triangles):
         _library.quorkitFreeMesh(made)
 
 
-def refine(vertices, triangles, longest_edge=None, triangle_count=None):
+def refine(vertices, triangles, longest_edge=None, triangle_count=None, sizes=None):
     """Splits edges at their midpoints until none is longer than longest_edge, or until there are about
     triangle_count triangles, never more: a RefinedMesh. Exactly one of them is given.
 
-    A thirty-second part of the diagonal, check(...).diagonal / 32, is a length to begin with.
+    A thirty-second part of the diagonal, check(...).diagonal / 32, is a length to begin with. With
+    longest_edge, sizes (n,) makes edges shorter near some vertices: none at vertex v is longer than
+    sizes[v], and from there they grow with the distance. numpy.inf is for vertices of no interest.
 
-    Raises ValueError for coordinates that are not finite, triangles with two equal corners, and a length
-    or number that makes no sense; TooLargeError beyond 238,609,294 triangles.
+    Raises ValueError for coordinates that are not finite, triangles with two equal corners, and a length,
+    size or number that makes no sense; TooLargeError beyond 238,609,294 triangles.
     """
     if (longest_edge is None) == (triangle_count is None):
         raise ValueError("refine: give either longest_edge or triangle_count")
+    if sizes is not None and longest_edge is None:
+        raise ValueError("refine: sizes go with longest_edge")
     vertices, triangles = _mesh(vertices, triangles)
     made = POINTER(_CMesh)()
-    if longest_edge is not None:
+    if sizes is not None:
+        sizes = _real("sizes", sizes, (len(vertices),))
+        status = _library.quorkitRefineGraded(*_arguments(vertices, triangles), float(longest_edge),
+                                              sizes, byref(made))
+    elif longest_edge is not None:
         status = _library.quorkitRefine(*_arguments(vertices, triangles), float(longest_edge),
                                         byref(made))
     else:
         wanted = min(max(operator.index(triangle_count), 0), _COUNT_LIMIT)
         status = _library.quorkitRefineTo(*_arguments(vertices, triangles), wanted, byref(made))
-    _require(status, "refine: coordinates must be finite, corners different, the length above 0 and the "
+    _require(status, "refine: coordinates must be finite, corners different, lengths above 0 and the "
                      "number in 1 .. 238,609,294")
     try:
         mesh = made.contents

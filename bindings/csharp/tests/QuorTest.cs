@@ -322,6 +322,11 @@ static class QuorTest
         Expect(mesh.TriangleOrigins.Length == mesh.Triangles.Length / 3 &&
                mesh.VertexOrigins.Length == mesh.Vertices.Length / 3 * 2, "origins");
         Expect(Math.Abs(Mesh.Areas(mesh.Vertices, mesh.Triangles).Sum() - 1) < 1e-12, "areas");
+        var sizes = new[] { 0.01, 9, 9, 9, 9 };
+        var graded = Mesh.RefineGraded(clean.Vertices, clean.Triangles, 0.1, sizes).Triangles;
+        Expect(graded.Length > mesh.Triangles.Length, "graded");
+        Throws<ArgumentException>(() => Mesh.RefineGraded(clean.Vertices, clean.Triangles, 0.1,
+                                                          new[] { 1.0 }), "sizes");
         var count = Mesh.RefineTo(mesh.Vertices, mesh.Triangles, 9000).Triangles.Length / 3;
         Expect(count > 2000 && count <= 9000, "number");
         Expect(Mesh.Colours(new[] { 0, 2, double.NaN }, 0, 2).SequenceEqual(

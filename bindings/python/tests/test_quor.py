@@ -316,10 +316,19 @@ class Kit(unittest.TestCase):
         self.assertAlmostEqual(quor.areas(mesh.vertices, mesh.triangles).sum(),
                                quor.areas(vertices, triangles).sum())
         self.assertTrue((np.diff(mesh.triangle_origins) >= 0).all())
+        sizes = np.full(len(vertices), np.inf)
+        sizes[7] = 0.01
+        graded = quor.refine(vertices, triangles, 0.3, sizes=sizes)
+        at = (graded.triangles == 7).any(1)
+        edges = graded.vertices[graded.triangles] - graded.vertices[np.roll(graded.triangles, 1, 1)]
+        self.assertLessEqual((edges[at]**2).sum(-1).max(), 0.02**2)
+        self.assertGreater((edges[~at]**2).sum(-1).max(), 0.15**2)
         some = quor.refine(vertices, triangles, triangle_count=3000)
         self.assertTrue(2000 < len(some.triangles) <= 3000)
         for arguments in ({}, {"longest_edge": 1, "triangle_count": 9}, {"longest_edge": 0},
-                          {"longest_edge": np.nan}, {"triangle_count": 0}, {"triangle_count": 2**40}):
+                          {"longest_edge": np.nan}, {"longest_edge": 1, "sizes": np.zeros_like(sizes)},
+                          {"longest_edge": 1, "sizes": [1]}, {"triangle_count": 9, "sizes": sizes},
+                          {"triangle_count": 0}, {"triangle_count": 2**40}):
             with self.subTest(arguments), self.assertRaises(ValueError):
                 quor.refine(vertices, triangles, **arguments)
         with self.assertRaises(quor.TooLargeError):
