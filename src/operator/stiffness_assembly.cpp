@@ -58,6 +58,7 @@ StiffnessBlocks assembleStiffness(std::int32_t n, std::int32_t prescribed,
   // A vector would write zeros into them first.  NOLINTNEXTLINE(modernize-avoid-c-arrays)
   const std::unique_ptr<ElementStiffness[]> elements(new ElementStiffness[m]);
   elementStiffnesses(vertices.data(), triangles.data(), m, elements.get());
+  const ElementStiffness* const element = elements.get();
   constexpr double kElements = 0.4;  // of the time
   progress.report(kElements);
   const Progress columns = progress.part(kElements, 1.0);
@@ -69,7 +70,7 @@ StiffnessBlocks assembleStiffness(std::int32_t n, std::int32_t prescribed,
     for (std::int32_t vertex = first; vertex < last;) {
       const std::int32_t end = progress ? vertex + std::min(last - vertex, kBetweenReports) : last;
       for (; vertex < end; ++vertex) {
-        column.compute(vertex, mesh.around(vertex), triangles.data(), elements.get());
+        column.compute(vertex, mesh.around(vertex), triangles.data(), element);
         appender.append(column);
       }
       columns.report(static_cast<double>(end) / n);

@@ -163,7 +163,7 @@ QUOR_ALWAYS_INLINE void backward(const FactorView& factor, int first, double* x,
   }
   std::array<double, kColumns> sum;
   QUOR_UNROLL
-  for (int c = 0; c < kColumns; ++c) {
+  for (std::ptrdiff_t c = 0; c < kColumns; ++c) {
     std::array<double, kRows> lanes;
     QUOR_UNROLL
     for (std::ptrdiff_t part = 0; part < kParts; ++part) {
