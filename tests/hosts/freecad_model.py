@@ -1,0 +1,23 @@
+"""The FreeCAD macro without a window: freecadcmd freecad_model.py
+
+The macro, the module quor and its library lie where a user puts them.
+"""
+
+import pathlib
+import sys
+
+import FreeCAD
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parent))
+from bracket import bracket, faces_at  # noqa: E402
+from model_checks import check, load, run  # noqa: E402
+
+
+def test():
+    macro = load("heat_map", FreeCAD.getUserMacroDir() + "heat_map.FCMacro")
+    solid = bracket()
+    soup, hot, cold = macro.tessellate(solid), faces_at(solid, "X", 80), faces_at(solid, "Z", 45)
+    check(macro, lambda progress=None: macro.Model(soup, hot, cold, progress))
+
+
+run("freecad_model", test)

@@ -1,0 +1,136 @@
+"""What a plug-in's model must do, and do to the process it runs in, whatever the host."""
+
+import ctypes
+import importlib.machinery
+import importlib.util
+import os
+import pathlib
+import resource
+import shutil
+import sys
+import tempfile
+import traceback
+
+import numpy as np
+import quor
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+
+def load(name, path):
+    """A module from its file, whatever others of that name there are, and whatever the file is called."""
+    loader = importlib.machinery.SourceFileLoader(name, str(path))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader(name, loader))
+    loader.exec_module(module)
+    return module
+
+
+def rows(vertices):
+    """Each vertex as one value, its bits."""
+    return np.ascontiguousarray(vertices).view("V24").ravel()
+
+
+def is_field_that_of_a_fine_mesh(plug_in, make):
+    fractions = []
+    model = make(fractions.append)
+    field = model.solve(80, 20)
+    assert fractions[0] == 0 and fractions[-1] == 1
+    assert (field.min(), field.max()) == (20, 80)
+    plug_in.EDGES_PER_DIAGONAL *= 4
+    fine = make()
+    plug_in.EDGES_PER_DIAGONAL //= 4
+    _, here, there = np.intersect1d(rows(model.vertices), rows(fine.vertices), return_indices=True)
+    errors = abs(field[here] - fine.solve(80, 20)[there]) / 60
+    print(f"{len(model.triangles)} triangles beside {len(fine.triangles)}: largest error "
+          f"{errors.max():.2%} of the span, {errors.mean():.3%} on average")
+    assert len(errors) > 0.5 * len(field)
+    assert errors.max() < 0.01 and errors.mean() < 0.0015
+
+
+def need_other_values_no_other_solver(_, make):
+    model = make()
+    solver, field = model.solver, model.solve(1, 0)
+    np.testing.assert_allclose(model.solve(80, 20), 20 + 60 * field, atol=1e-9)
+    assert model.solver is solver
+
+
+def is_cancelled(_, make):
+    asked = []
+    try:
+        make(lambda fraction: asked.append(fraction) or len(asked) == 2)
+    except quor.Cancelled:
+        assert len(asked) == 2
+        return
+    raise AssertionError("built all the same")
+
+
+def lives_on_when_memory_runs_out(plug_in, make):
+    model = make()
+    field = model.solve(1, 0)
+    limits = resource.getrlimit(resource.RLIMIT_AS)
+    refusals = {"refine": 0, "build": 0}
+    plug_in.EDGES_PER_DIAGONAL *= 2
+    for spare in range(0, 120, 12):  # megabytes: refused in one step after the other
+        pages = int(open("/proc/self/statm").read().split()[0])
+        resource.setrlimit(resource.RLIMIT_AS,
+                           (pages * resource.getpagesize() + (spare << 20), limits[1]))
+        for name, call in (("refine", lambda: quor.refine(model.vertices, model.triangles,
+                                                          triangle_count=10_000_000)),
+                           ("build", make)):
+            try:
+                call()
+            except MemoryError:
+                refusals[name] += 1
+        resource.setrlimit(resource.RLIMIT_AS, limits)
+    plug_in.EDGES_PER_DIAGONAL //= 2
+    print("times out of memory:", refusals)
+    assert min(refusals.values()) >= 5
+    assert (model.solve(1, 0) == field).all()
+
+
+def are_two_plug_ins_and_an_update_apart(_, make):
+    """Each brings quor.py and the library in a folder of its own, an update in a new one."""
+    model = make()
+    values = np.arange(len(model.tags), dtype=float)
+    with tempfile.TemporaryDirectory() as work:
+        modules = [quor]
+        for folder in ("other", "other-2"):
+            (pathlib.Path(work) / folder).mkdir()
+            for file in (quor.__file__, quor._library._name):
+                shutil.copy(file, pathlib.Path(work) / folder)
+            modules.append(load(folder, f"{work}/{folder}/quor.py"))
+        addresses = {ctypes.cast(module._library.quorkitCheck, ctypes.c_void_p).value
+                     for module in modules}
+        assert len(addresses) == len(modules), "two share a library"
+        solvers = [module.Solver(model.vertices, model.triangles, model.tags) for module in modules]
+        fields = [solver.solve(values) for solver in solvers]
+        assert all(np.array_equal(fields[0], field) for field in fields)
+
+
+def check(plug_in, make):
+    """All of it. make(progress=None) builds a model of the plug-in, whose values are 80 and 20."""
+    for test in (lives_on_when_memory_runs_out, is_field_that_of_a_fine_mesh,
+                 need_other_values_no_other_solver, is_cancelled,
+                 are_two_plug_ins_and_an_update_apart):
+        test(plug_in, make)
+        print("passed:", test.__name__)
+
+
+def end(name, error=None):
+    """Ends the host, which would only print an exception and go on. The last line that is printed is
+    "NAME: passed", or the error's."""
+    if error is None:
+        print(f"{name}: passed")
+    else:
+        traceback.print_exception(error, file=sys.stdout)
+    sys.stdout.flush()
+    os._exit(0)
+
+
+def run(name, test):
+    """Runs a test and ends the host."""
+    try:
+        test()
+    except BaseException as error:
+        end(name, error)
+    end(name)
