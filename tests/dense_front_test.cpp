@@ -2,6 +2,8 @@
 
 #include "operator/factor/dense_front.h"
 
+#include "support/sanitizers.h"
+
 #include <gtest/gtest.h>
 #include <Eigen/Dense>
 
@@ -73,10 +75,10 @@ TEST(DenseFront, EliminatesAnyPartOfAnySize) {
   for (const VectorWidth width : allWidths()) {
     fronts.emplace_back(largest, width);
   }
-#if defined(__OPTIMIZE__)
+#if defined(__OPTIMIZE__) && !defined(QUOR_SANITIZED)
   const int step = 1;
 #else
-  const int step = 7;
+  const int step = 7;  // meets every size modulo 8
 #endif
   for (int size = 1; size <= largest; size += step) {
     const Matrix matrix = randomMatrix(size, random);

@@ -140,10 +140,11 @@ refuses_at_once 2 'neither a length' "$raw" --out o --edge coarse
 refuses 1 "more triangles than fit" "$raw" --out o --edge 1e-9
 
 # Ctrl-C, while a large mesh is built or written: nothing is left but a sentence.
-"$heatmap" "$raw" --out stopped --edge 0.15 >stdout 2>stderr &
+"$heatmap" "$raw" --out stopped --edge 0.6 >stdout 2>stderr &
 pid=$!
 until grep -q '^refine .*ms$' stdout; do
   kill -0 $pid || fail "a large mesh: $(cat stderr)"
+  sleep 0.05
 done
 kill -INT $pid
 status=0
