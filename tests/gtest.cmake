@@ -77,8 +77,8 @@ target_link_libraries(factor_overflow PRIVATE quor::quor)
 set(tests boundary_tests kit_memory_tests kit_tests memory_tests module_tests ${part_tests})
 foreach(target ${tests} fingerprint factor_overflow)
   quor_options(${target})
-  # Test arithmetic is full of harmless small integers.
-  target_compile_options(${target} PRIVATE -Wno-conversion -Wno-sign-conversion)
+  # Test arithmetic is full of harmless small integers. Tests take longer to compile than to run.
+  target_compile_options(${target} PRIVATE -Wno-conversion -Wno-sign-conversion $<$<CONFIG:Release>:-O1>)
 endforeach()
 foreach(target ${tests})
   if(CMAKE_CROSSCOMPILING)  # every start of an emulator takes a while
