@@ -1,7 +1,7 @@
 # Configures as on a machine with a compiler, CMake and Eigen only: what has its packages is built, the
 # rest is left out and named; what was asked for stops instead.
 file(REMOVE_RECURSE "${WORK}")
-foreach(package assimp CLI11 GTest nanoflann VTK)
+foreach(package assimp CHOLMOD CLI11 GTest nanoflann VTK)
   list(APPEND without "-DCMAKE_DISABLE_FIND_PACKAGE_${package}=ON")
 endforeach()
 
@@ -20,14 +20,16 @@ function(says words)
   endif()
 endfunction()
 
-configure()
+configure(-DQUOR_BUILD_BENCHMARKS=AUTO)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "a plain cmake stops:\n${said}")
 endif()
 says("without the example heatmap: no assimp, CLI11 (scripts/setup build")
 says("without the tests in C++: no GTest (scripts/setup test")
+says("the benchmarks of weld, construct, solve and write: no assimp, CLI11, nanoflann, VTK, CHOLMOD")
 
-foreach(asked "QUOR_BUILD_EXAMPLES|the example heatmap" "QUOR_BUILD_TESTS|the tests in C++")
+foreach(asked "QUOR_BUILD_EXAMPLES|the example heatmap" "QUOR_BUILD_TESTS|the tests in C++"
+    "QUOR_BUILD_BENCHMARKS|the benchmarks of weld, construct, solve and write")
   string(REPLACE "|" ";" asked "${asked}")
   list(POP_FRONT asked option what)
   configure("-D${option}=ON")
@@ -37,3 +39,11 @@ foreach(asked "QUOR_BUILD_EXAMPLES|the example heatmap" "QUOR_BUILD_TESTS|the te
   says("${what} cannot be built")
   configure("-D${option}=AUTO")
 endforeach()
+
+# With GoogleTest and assimp there, but not the one header that some tests need besides.
+list(REMOVE_ITEM without -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON -DCMAKE_DISABLE_FIND_PACKAGE_assimp=ON)
+file(REMOVE_RECURSE "${WORK}")
+configure()
+if(NOT said MATCHES "without the tests in C|on the part of the examples: no (assimp, )?nanoflann")
+  message(SEND_ERROR "CMake does not say that a header is missing:\n${said}")
+endif()

@@ -49,7 +49,9 @@ target_link_libraries(kit_memory_tests PRIVATE quor::quorkit GTest::gtest_main)
 # Against the benchmarks' peer on the part of the examples, and against a reader of mesh files.
 set(has_part_tests OFF)
 if(NOT CMAKE_CROSSCOMPILING)
-  quor_find(has_part_tests "${QUOR_BUILD_TESTS}" "the tests on the part of the examples" build assimp)
+  quor_find_files(nanoflann nanoflann.hpp)
+  quor_find(has_part_tests "${QUOR_BUILD_TESTS}" "the tests on the part of the examples" "build test"
+    assimp nanoflann)
 endif()
 if(has_part_tests)
   add_executable(part_tests factorization_part_test.cpp obj_reader_test.cpp weld_part_test.cpp
