@@ -45,6 +45,15 @@
 
 #include <stdint.h>
 
+/*
+ * The version of this header, by which #if can choose; always that of quor.h beside it. What may
+ * change, and when, is promised in docs/installing.md.
+ */
+#define QUORKIT_VERSION_MAJOR 0
+#define QUORKIT_VERSION_MINOR 1
+#define QUORKIT_VERSION_PATCH 0
+#define QUORKIT_VERSION_STRING "0.1.0"
+
 #if defined(_WIN32) && !defined(QUOR_STATIC) /* QUOR_STATIC: linked as a static library */
 #if defined(QUORKIT_BUILDING)
 #define QUORKIT_API __declspec(dllexport)

@@ -9,16 +9,20 @@ endfunction()
 
 read(include/quor.h "#define QUOR_VERSION_STRING \"([0-9.]+)\"")
 set(version "${found}")
-set(parts)
-foreach(part MAJOR MINOR PATCH)
-  read(include/quor.h "#define QUOR_VERSION_${part} ([0-9]+)\n")
-  list(APPEND parts "${found}")
+foreach(header quor quorkit)
+  string(TOUPPER "${header}" name)
+  set(parts)
+  foreach(part MAJOR MINOR PATCH)
+    read("include/${header}.h" "#define ${name}_VERSION_${part} ([0-9]+)\n")
+    list(APPEND parts "${found}")
+  endforeach()
+  list(JOIN parts "." parts)
+  if(NOT parts STREQUAL version)
+    message(SEND_ERROR "include/${header}.h: ${version} is not ${parts}")
+  endif()
 endforeach()
-list(JOIN parts "." parts)
-if(NOT parts STREQUAL version)
-  message(SEND_ERROR "include/quor.h: ${version} is not ${parts}")
-endif()
 foreach(place
+    "include/quorkit.h|#define QUORKIT_VERSION_STRING \"([0-9.]+)\""
     "CHANGELOG.md|\n## ([0-9.]+)"
     "bindings/python/quor.py|__version__ = \"([0-9.]+)\""
     "bindings/python/pyproject.toml|\nversion = \"([0-9.]+)\""
