@@ -66,6 +66,8 @@ refuses 1 "selects no vertex: the part reaches from (-30, -25, -6) to (30, 25, 2
   --hot ball:900,0,0,1
 refuses 1 '"x+" (hot) and "x+:0.5" (cold) both select the vertex at (' "$part" --out o \
   --hot x+ --cold x+:0.5
+refuses 1 '"x-:1" (hot) and "x+" (cold, taken because there is no --cold) both select' "$part" --out o \
+  --hot x-:1
 refuses 1 "loose piece at (9, 0, 0) has neither" two.obj --out o --hot nearest:0,0,0 \
   --cold nearest:1,0,0
 refuses 1 "nearer than 1000 became one" "$part" --out o --tolerance 1000
@@ -79,17 +81,34 @@ refuses_at_once 2 "is none of" "$part" --out o --cold q+
 refuses_at_once 2 '"nan" is not a finite number' "$part" --out o --hot-value nan
 refuses_at_once 2 '"1e999" is not a finite number' "$part" --out o --cold-value 1e999
 refuses_at_once 2 '"-1" is negative' "$part" --out o --tolerance -1
-refuses_at_once 2 "are both 20" "$part" --out o --hot-value 20 --cold-value 20
+refuses_at_once 2 '"80C" is not a number' "$part" --out o --hot-value 80C
+refuses_at_once 2 '"1,5" is not a number' "$part" --out o --tolerance 1,5
+# Long nonsense is not said back whole.
+refuses_at_once 2 '"1\{60\}..." is not a finite number' "$part" --out o --hot-value "$(printf '1%.0s' $(seq 400))"
+refuses_at_once 2 '"\(ü\)\{30\}..." is none of' "$part" --out o --hot "$(printf 'ü%.0s' $(seq 40))"
+refuses_at_once 2 "are the same" "$part" --out o --hot-value 20 --cold-value 20
 refuses_at_once 2 "too far apart" "$part" --out o --hot-value 1e308 --cold-value -1e308
+# Fields whose colours would be rounding errors, infinite or NaN.
+refuses_at_once 2 "too near to each other" "$part" --out o --hot-value 293.1500000000001 --cold-value 293.15
+refuses_at_once 2 "too small to compute with" "$part" --out o --hot-value 1e-320
+refuses_at_once 2 "is too wide" "$part" --out o --range -1e308 1e308
 refuses_at_once 2 "prescribed values, 0 and 1" "$part" --out o --range 0 0.5
 refuses_at_once 2 "out is required" "$part"
 refuses_at_once 2 "not expected: .*--hott" "$part" --out o --hott z+
+refuses_at_once 2 "PART is empty" '' --out o
+refuses_at_once 2 "out is empty" "$part" --out ''
 refuses_at_once 1 "plain file name" "$part" --out o --name a/b
+refuses_at_once 1 "plain file name" "$part" --out o --name ..
+refuses_at_once 1 "name is too long" "$part" --out o --name "$(printf 'n%.0s' $(seq 246))"
 refuses_at_once 1 "bad.obj is not a directory" "$part" --out bad.obj/o
 refuses_at_once 1 "colour ramp nowhere.png: there is no such file" "$part" --out o --ramp nowhere.png
-refuses_at_once 1 "colour ramp empty.png: it is empty" "$part" --out o --ramp empty.png
-mkdir -p locked/heatmap.obj
-refuses_at_once 1 "it is a directory" "$part" --out locked
+refuses_at_once 1 "colour ramp empty.png: it is no PNG" "$part" --out o --ramp empty.png
+refuses_at_once 1 "colour ramp two.obj: it is no PNG" "$part" --out o --ramp two.obj
+for result in heatmap.obj heatmap.html viridis.PNG; do
+  mkdir -p locked/$result
+  refuses_at_once 1 "$result: it is a directory" "$part" --out locked --html
+  rmdir locked/$result
+done
 cp two.obj kept.obj
 refuses_at_once 1 "would replace the part" kept.obj --out . --name kept
 cmp two.obj kept.obj
@@ -103,7 +122,26 @@ if command -v setpriv >/dev/null && [ "$(id -u)" -eq 0 ]; then
     status=$?
   [ "$status $(grep -c 'needs permission' stderr) $(wc -c <stdout)" = "1 1 0" ] ||
     fail "a directory of somebody else: $(cat stdout stderr)"
+  cp two.obj secret.obj
+  chmod 600 secret.obj
+  status=0
+  setpriv --reuid 65534 --regid 65534 --clear-groups "$heatmap" secret.obj --out /tmp >stdout 2>stderr ||
+    status=$?
+  [ "$status $(grep -c 'secret.obj: it is not yours to read' stderr)" = "1 1" ] ||
+    fail "a part of somebody else: $(cat stdout stderr)"
 fi
+# A page that finds no room, here of 512 KB for a file, leaves nothing half written, and the page of before.
+mkdir small
+echo before >small/heatmap.html
+status=0
+(
+  ulimit -f 1024
+  trap '' XFSZ
+  exec "$heatmap" two.obj --out small --html --largest --hot nearest:0,0,0 --cold nearest:1,0,0 >stdout 2>stderr
+) || status=$?
+[ "$status $(cat small/heatmap.html)" = "1 before" ] || fail "answers $status without room: $(cat stderr)"
+grep -q 'cannot write small/heatmap.html: no permission, or no space' stderr || fail "no room: $(cat stderr)"
+[ -z "$(find small -name '*.part')" ] || fail "a page that found no room left a part"
 
 # chooses RULES OPTION...: with these options the sides without a rule get these.
 chooses() {

@@ -1,8 +1,14 @@
 #include "destination.h"
 
+#include "text.h"
+
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <fstream>
 #include <stdexcept>
+#include <string_view>
+#include <system_error>
 
 namespace heatmap {
 namespace {
@@ -16,10 +22,23 @@ namespace fs = std::filesystem;
 void requireFileName(const std::string& name) {
   const bool hasControl =
       std::any_of(name.begin(), name.end(), [](char c) { return c >= 0 && c < 32; });
-  if (name.empty() || hasControl || fs::path(name).filename() != name) {
-    refuse("the base name \"" + name +
-           "\" (--name) must be a plain file name without directories; --out takes the directory");
+  if (name.empty() || hasControl || fs::path(name).filename() != name || name == "." ||
+      name == "..") {
+    refuse("the base name " + quoted(name) +
+           " (--name) must be a plain file name without directories; --out takes the directory");
   }
+}
+
+// Results name the ramp viridis.PNG, and viewers go by that.
+std::string whyNotPng(const fs::path& ramp) {
+  constexpr std::string_view kSignature = "\x89PNG\r\n\x1a\n";
+  std::array<char, kSignature.size()> start{};
+  std::ifstream file(ramp, std::ios::binary);
+  if (!file) {
+    return "it is not yours to read";
+  }
+  file.read(start.data(), start.size());
+  return std::string_view(start.data(), start.size()) == kSignature ? "" : "it is no PNG image";
 }
 
 void requireRamp(const fs::path& ramp) {
@@ -29,8 +48,8 @@ void requireRamp(const fs::path& ramp) {
     why = "there is no such file";
   } else if (!fs::is_regular_file(ramp, ignored)) {
     why = "that is not a file";
-  } else if (std::ifstream(ramp, std::ios::binary).peek() == std::ifstream::traits_type::eof()) {
-    why = "it is empty, or not yours to read";
+  } else {
+    why = whyNotPng(ramp);
   }
   if (!why.empty()) {
     refuse("cannot read the colour ramp " + ramp.string() + ": " + why +
@@ -39,8 +58,22 @@ void requireRamp(const fs::path& ramp) {
   }
 }
 
+// Why no file could be made, by the number that the system gives.
+std::string reason(int error) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return "one needs permission to write there";
+    case ENAMETOOLONG:
+      return "the name is too long; choose another --name";
+    default:
+      return std::generic_category().message(error);
+  }
+}
+
 // The directory, or the first one above it that is there: a result could be written if a file can
-// be made in it.
+// be made in it, of a name as long as the longest of those that are needed.
 void requireWritable(const fs::path& directory, const std::string& name) {
   std::error_code error;
   fs::path there = fs::absolute(directory).lexically_normal();
@@ -51,15 +84,17 @@ void requireWritable(const fs::path& directory, const std::string& name) {
   if (!fs::is_directory(there, error)) {
     refuse(what + there.string() + " is not a directory");
   }
-  const fs::path probe = there / ("." + name + ".probe");
+  const fs::path probe = there / (name + ".obj.probe");
   if (fs::exists(probe, error)) {
     return;  // left by a process that was ended right here; not ours to touch
   }
+  errno = 0;
   const bool isMade = std::ofstream(probe).is_open();
+  const int why = errno;
   fs::remove(probe, error);
   if (!isMade) {
-    refuse(what + "no file named like \"" + name + "\" can be made in " + there.string() +
-           ", where one needs permission to write, and room");
+    refuse(what + "no file " + quoted(name + ".obj") + " can be made in " + there.string() + ": " +
+           reason(why));
   }
 }
 
@@ -81,9 +116,12 @@ void requireUsable(const Destination& destination, const fs::path& part) {
   requireFileName(destination.name);
   requireRamp(destination.ramp);
   requireWritable(destination.directory, destination.name);
-  for (const char* extension : {".obj", ".mtl", ".json"}) {
-    requireReplaceable(destination.directory / (destination.name + extension), part);
+  for (const char* extension : {".obj", ".mtl", ".json", ".html"}) {
+    if (destination.hasPage || std::string_view(extension) != ".html") {
+      requireReplaceable(destination.directory / (destination.name + extension), part);
+    }
   }
+  requireReplaceable(destination.directory / "viridis.PNG", part);
 }
 
 }  // namespace heatmap

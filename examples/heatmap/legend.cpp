@@ -1,12 +1,12 @@
 #include "legend.h"
 
 #include "text.h"
+#include "whole_file.h"
 
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <fstream>
-#include <stdexcept>
+#include <ostream>
 #include <string_view>
 
 namespace heatmap {
@@ -56,17 +56,13 @@ std::string jsonString(std::string_view text) {
 }  // namespace
 
 void writeLegend(const Legend& legend, const std::filesystem::path& file) {
-  std::ofstream stream(file, std::ios::binary);
-  stream << "{\"quor\": 1,\n \"title\": " << jsonString(legend.title)
-         << ",\n \"unit\": " << jsonString(legend.unit)
-         << ",\n \"minimum\": " << text(legend.minimum)
-         << ",\n \"maximum\": " << text(legend.maximum)
-         << ",\n \"field\": " << jsonString(legend.field) << "}\n";
-  stream.close();
-  if (!stream) {
-    throw std::runtime_error("cannot write " + file.string() +
-                             ": no permission, or no space left on the device");
-  }
+  writeWhole(file, [&legend](std::ostream& stream) {
+    stream << "{\"quor\": 1,\n \"title\": " << jsonString(legend.title)
+           << ",\n \"unit\": " << jsonString(legend.unit)
+           << ",\n \"minimum\": " << text(legend.minimum)
+           << ",\n \"maximum\": " << text(legend.maximum)
+           << ",\n \"field\": " << jsonString(legend.field) << "}\n";
+  });
 }
 
 }  // namespace heatmap

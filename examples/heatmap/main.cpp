@@ -13,6 +13,7 @@
 #include "selection.h"
 #include "stages.h"
 #include "text.h"
+#include "values.h"
 #include "weld_mesh.h"
 
 #include <CLI/CLI.hpp>
@@ -49,11 +50,6 @@ struct Options {
   bool largest = false;
   bool html = false;
   std::string edge;  // empty: 1/32 of the diagonal
-};
-
-// The command line asks for something that cannot be.
-struct UsageError : std::runtime_error {
-  using std::runtime_error::runtime_error;
 };
 
 struct Rules {
@@ -101,7 +97,9 @@ bool isAtLowEnd(const Mesh& mesh, const std::vector<Rule>& rules, std::size_t ax
 void chooseMissingRules(const Mesh& mesh, Rules& rules) {
   const std::size_t longest = longestAxis(boundsOf(mesh));
   const auto end = [](std::size_t axis, bool high) {
-    return std::vector{parseRule(std::string(1, "xyz"[axis]) + (high ? "+" : "-"))};
+    Rule rule = parseRule(std::string(1, "xyz"[axis]) + (high ? "+" : "-"));
+    rule.isChosen = true;
+    return std::vector{rule};
   };
   const auto opposite = [&](const std::vector<Rule>& others) {
     const bool isEnd = others[0].kind == Rule::kLowEnd || others[0].kind == Rule::kHighEnd;
@@ -118,8 +116,12 @@ void chooseMissingRules(const Mesh& mesh, Rules& rules) {
 
 [[noreturn]] void refuseOverlap(const Mesh& mesh, const Rule& hot, const Rule& cold,
                                 std::int32_t vertex) {
-  throw std::runtime_error("the rules \"" + hot.text + "\" (hot) and \"" + cold.text +
-                           "\" (cold) both select the vertex at " + pointText(mesh.vertex(vertex)) +
+  const auto name = [](const Rule& rule, const std::string& side) {
+    return quoted(rule.text) + " (" + side +
+           (rule.isChosen ? ", taken because there is no --" + side + ")" : ")");
+  };
+  throw std::runtime_error("the rules " + name(hot, "hot") + " and " + name(cold, "cold") +
+                           " both select the vertex at " + pointText(mesh.vertex(vertex)) +
                            ": give --hot and --cold rules that keep apart; the part reaches from " +
                            boundsText(boundsOf(mesh)));
 }
@@ -175,22 +177,11 @@ void requirePrescribedVertexEverywhere(const Mesh& mesh, const std::vector<std::
   }
 }
 
-// What can be refused without looking into the part.
-void requireSense(const Options& options) {
-  if (options.hotValue == options.coldValue) {
-    throw UsageError("--hot-value and --cold-value are both " + text(options.hotValue) +
-                     ": the field would be that everywhere, with nothing to colour");
-  }
-  if (!std::isfinite(options.hotValue - options.coldValue)) {
-    throw UsageError("--hot-value and --cold-value are too far apart");
-  }
-  if (!options.range.empty()) {
-    const auto [low, high] = std::minmax(options.hotValue, options.coldValue);
-    if (!(options.range[0] <= low && high <= options.range[1]) ||
-        !std::isfinite(options.range[1] - options.range[0])) {
-      throw UsageError("--range " + text(options.range[0]) + " " + text(options.range[1]) +
-                       " must begin at or below and end at or above the prescribed values, " +
-                       text(low) + " and " + text(high));
+// Empty names are what an unset variable of a shell leaves.
+void requireNames(const Options& options) {
+  for (const auto& [option, given] : {std::pair{"PART", &options.part}, {"--out", &options.out}}) {
+    if (given->empty()) {
+      throw UsageError(std::string(option) + " is empty");
     }
   }
 }
@@ -254,10 +245,11 @@ std::vector<std::int32_t> tag(const Refined& refined, Rules& rules, Stages& stag
 }
 
 void run(const Options& options) {
-  requireSense(options);
+  requireNames(options);
+  requireSense(options.hotValue, options.coldValue, options.range);
   Rules rules = parseRules(options);
   const Edge edge = edgeOf(options);
-  requireUsable({options.out, options.name, options.ramp}, options.part);
+  requireUsable({options.out, options.name, options.ramp, options.html}, options.part);
   const std::string viewer = options.html ? readViewer(QUOR_VIEWER) : "";
 
   watchForInterrupt();
@@ -301,18 +293,6 @@ void run(const Options& options) {
   }
 }
 
-// Says nothing, or what is wrong with a number on the command line.
-std::string finite(const std::string& given) {
-  double value = 0.0;
-  const bool isNumber = CLI::detail::lexical_cast(given, value) && std::isfinite(value);
-  return isNumber ? "" : "\"" + given + "\" is not a finite number";
-}
-
-std::string finiteAndNotNegative(const std::string& given) {
-  const std::string problem = finite(given);
-  return !problem.empty() || given[0] != '-' ? problem : "\"" + given + "\" is negative";
-}
-
 void describeOptions(CLI::App& app, Options& options) {
   app.footer(
       "RULE is one of\n"
@@ -328,7 +308,7 @@ void describeOptions(CLI::App& app, Options& options) {
   app.add_option("--name", options.name, "base name of the results")->capture_default_str();
   app.add_option("--tolerance", options.tolerance,
                  "weld points nearer than this (default: 1e-6 of the part's diagonal)")
-      ->check(finiteAndNotNegative);
+      ->check(whyNotFiniteOr0);
   app.add_option("--edge", options.edge,
                  "split longer edges, so that the field is right inside flat faces, which CAD\n"
                  "draws without vertices (default: 1/32 of the part's diagonal); none: do not")
@@ -340,16 +320,16 @@ void describeOptions(CLI::App& app, Options& options) {
       ->type_name("RULE")
       ->allow_extra_args(false);
   app.add_option("--hot-value", options.hotValue, "value of the hot vertices")
-      ->check(finite)
+      ->check(whyNotFinite)
       ->capture_default_str();
   app.add_option("--cold-value", options.coldValue, "value of the cold vertices")
-      ->check(finite)
+      ->check(whyNotFinite)
       ->capture_default_str();
   app.add_option("--range", options.range,
                  "values at the ends of the colours (default: those of the field)")
       ->type_name("LOW HIGH")
       ->expected(2)
-      ->check(finite);
+      ->check(whyNotFinite);
   app.add_option("--title", options.title, "of the legend (default: the name of the part's file)");
   app.add_option("--field", options.field, "what the values are, for the legend")
       ->capture_default_str();

@@ -1,5 +1,7 @@
 #include "page.h"
 
+#include "whole_file.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
@@ -66,22 +68,14 @@ std::string readViewer(const std::filesystem::path& file) {
 void writePage(const std::string& viewer, const std::filesystem::path& directory,
                const std::string& name) {
   const std::size_t mark = viewer.find(kMark);
-  const std::filesystem::path html = directory / (name + ".html");
-  std::ofstream page(html, std::ios::binary);
-  page << std::string_view(viewer).substr(0, mark);
-  for (const char* ending : {".obj", ".mtl", ".json"}) {
-    const std::filesystem::path file = directory / (name + ending);
-    if (std::string_view(ending) != ".json" || std::filesystem::exists(file)) {
-      writeFile(page, file);
+  writeWhole(directory / (name + ".html"), [&](std::ostream& page) {
+    page << std::string_view(viewer).substr(0, mark);
+    for (const char* ending : {".obj", ".mtl", ".json"}) {
+      writeFile(page, directory / (name + ending));
     }
-  }
-  writeFile(page, directory / "viridis.PNG");
-  page << std::string_view(viewer).substr(mark + kMark.size());
-  page.close();
-  if (!page) {
-    throw std::runtime_error("cannot write " + html.string() +
-                             ": no permission, or no space left on the device");
-  }
+    writeFile(page, directory / "viridis.PNG");
+    page << std::string_view(viewer).substr(mark + kMark.size());
+  });
 }
 
 }  // namespace heatmap

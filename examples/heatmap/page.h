@@ -10,9 +10,9 @@ namespace heatmap {
 // Throws std::runtime_error if the file cannot be read or has no such mark.
 std::string readViewer(const std::filesystem::path& file);
 
-// Writes directory/name.html: the viewer with name.obj, name.mtl, name.json if it is there, and the
-// colour ramp, all read from the directory.
-// Throws std::runtime_error if one of them cannot be read or the page cannot be written whole.
+// Writes directory/name.html: the viewer with name.obj, name.mtl, name.json and the colour ramp,
+// all read from the directory. Throws std::runtime_error if one of them cannot be read or the page
+// cannot be written whole.
 void writePage(const std::string& viewer, const std::filesystem::path& directory,
                const std::string& name);
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -35,6 +36,9 @@ void requireFile(const std::filesystem::path& file) {
   }
   if (!std::filesystem::is_regular_file(file, ignored)) {
     throw std::runtime_error("cannot read " + file.string() + ": that is not a file");
+  }
+  if (!std::ifstream(file)) {
+    throw std::runtime_error("cannot read " + file.string() + ": it is not yours to read");
   }
 }
 

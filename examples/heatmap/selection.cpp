@@ -13,7 +13,7 @@ namespace {
 constexpr double kDefaultFraction = 0.02;
 
 [[noreturn]] void refuse(const std::string& rule, const std::string& why) {
-  throw std::runtime_error("the rule \"" + rule + "\" " + why);
+  throw std::runtime_error("the rule " + quoted(rule) + " " + why);
 }
 
 // Exactly `count` comma-separated finite numbers.
@@ -25,10 +25,10 @@ std::vector<double> numbers(const std::string& rule, const std::string& text, st
     try {
       values.push_back(std::stod(item, &used));
     } catch (const std::logic_error&) {
-      refuse(rule, "has \"" + item + "\" where a number should be");
+      refuse(rule, "has " + quoted(item) + " where a number should be");
     }
     if (used != item.size() || !std::isfinite(values.back())) {
-      refuse(rule, "has \"" + item + "\" where a number should be");
+      refuse(rule, "has " + quoted(item) + " where a number should be");
     }
   }
   if (values.size() != count) {
@@ -98,10 +98,10 @@ Rule parseRule(const std::string& rule) {
     if (ball[3] < 0.0) {
       refuse(rule, "needs a radius, the fourth number, that is not negative");
     }
-    return {rule, Rule::kBall, 0, ball};
+    return {rule, Rule::kBall, 0, ball, false};
   }
   if (name == "nearest") {
-    return {rule, Rule::kNearest, 0, numbers(rule, arguments, 3)};
+    return {rule, Rule::kNearest, 0, numbers(rule, arguments, 3), false};
   }
   const std::size_t axis = std::string("xyz").find(name.empty() ? ' ' : name[0]);
   if (name.size() == 2 && axis != std::string::npos && (name[1] == '+' || name[1] == '-')) {
@@ -110,7 +110,7 @@ Rule parseRule(const std::string& rule) {
     if (!(fraction[0] >= 0.0 && fraction[0] <= 1.0)) {
       refuse(rule, "needs a fraction between 0 and 1");
     }
-    return {rule, name[1] == '+' ? Rule::kHighEnd : Rule::kLowEnd, axis, fraction};
+    return {rule, name[1] == '+' ? Rule::kHighEnd : Rule::kLowEnd, axis, fraction, false};
   }
   refuse(rule,
          "is none of x+ x- y+ y- z+ z- (z+:0.1 for the outermost 10 %), ball:X,Y,Z,R, "

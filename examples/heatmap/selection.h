@@ -19,6 +19,7 @@ struct Rule {
   Kind kind;
   std::size_t axis;             // of an end
   std::vector<double> numbers;  // the fraction; X, Y, Z, R; X, Y, Z
+  bool isChosen = false;        // by this program, because the user gave none
 };
 
 // Throws std::runtime_error, which names the rule and what is wrong with it.

@@ -1,5 +1,6 @@
 #include "text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -11,6 +12,15 @@ std::string text(double value) {
   const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value);
   static_cast<void>(error);  // 24 characters at most
   return {digits.data(), end};
+}
+
+std::string quoted(const std::string& given) {
+  constexpr std::size_t kMost = 60;
+  std::size_t end = std::min(given.size(), kMost);
+  while (end < given.size() && (static_cast<unsigned char>(given[end]) & 0xC0U) == 0x80U) {
+    --end;  // not in the middle of a character in UTF-8
+  }
+  return '"' + given.substr(0, end) + (end < given.size() ? "...\"" : "\"");
 }
 
 std::string pointText(const double* point) {
