@@ -43,15 +43,17 @@ export class Scale {
   unit;
   minimum;
   maximum;
+  isShare;  // nobody has said what the ends of the colours are
   #ends;
 
   // ends: the least and the largest u, those of the largest and the smallest value.
-  constructor(ends, {title = '', field = '', unit = '', minimum = 0, maximum = 1}) {
+  constructor(ends, {title = '', field = '', unit = '', minimum, maximum}) {
     this.title = String(title);
     this.field = String(field);
     this.unit = String(unit);
-    this.minimum = minimum;
-    this.maximum = maximum;
+    this.isShare = minimum === undefined;
+    this.minimum = minimum ?? 0;
+    this.maximum = maximum ?? 1;
     this.#ends = ends;
   }
 

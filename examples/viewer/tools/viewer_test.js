@@ -183,18 +183,19 @@ const saying = (info, change = () => {}) => (file) => {
 };
 const CELSIUS = {quor: 1, title: 'plate', field: 'temperature', unit: '°C', minimum: 20, maximum: 100};
 // Legend, value where it is hottest and coldest, message. The ends of the ramp are found by colour.
+const SHARES = ['share of the range', '1', '0'];
 const scales = [
-  ['no JSON', () => {}, ['1', '0'], ['1', '0'], ''],
+  ['no JSON', () => {}, SHARES, ['1', '0'], ''],
   ['JSON', saying(CELSIUS), ['temperature', '100 °C', '20 °C'], ['100 °C', '20 °C'], ''],
   ['JSON and margin', saying(CELSIUS, within(0.001, 0.999)), ['temperature', '100 °C', '20 °C'],
     ['100 °C', '20 °C'], ''],
   ['shared range', saying({...CELSIUS, minimum: -60}, within(0, 0.5)),
     ['temperature', '100 °C', '−60 °C'], ['100 °C'], ''],
   ['small numbers', saying({quor: 1, minimum: 1e-9, maximum: 3e-9}), ['3e-9', '1e-9'], ['3e-9', '1e-9'], ''],
-  ['one of another program', saying({scale: 2}), ['1', '0'], ['1', '0'], ''],
-  ['a newer one', saying({...CELSIUS, quor: 2}), ['1', '0'], ['1', '0'], 'for a newer viewer'],
-  ['no numbers', saying({quor: 1, minimum: null}), ['1', '0'], ['1', '0'], 'no minimum and maximum'],
-  ['half a JSON', saying('{"quor": 1, "min'), ['1', '0'], ['1', '0'], 'is damaged'],
+  ['one of another program', saying({scale: 2}), SHARES, ['1', '0'], ''],
+  ['a newer one', saying({...CELSIUS, quor: 2}), SHARES, ['1', '0'], 'for a newer viewer'],
+  ['no numbers', saying({quor: 1, minimum: null}), SHARES, ['1', '0'], 'no minimum and maximum'],
+  ['half a JSON', saying('{"quor": 1, "min'), SHARES, ['1', '0'], 'is damaged'],
 ];
 
 test('says what the colours mean', async (t) => {
@@ -288,8 +289,8 @@ test('writes nothing over the model, on a phone neither', (t) => {
   return withViewer(results, size, async (page, address) => {
     for (const width of [320, 390, 1280]) {
       await page.setViewportSize({width, height: 660});
-      await page.goto(`${address}?obj=plate/${objName}&${ABOVE}&field=temperature&unit=°C` +
-        '&minimum=20&maximum=100');
+      await page.goto(`${address}?obj=plate/${objName}&${ABOVE}&field=temperature&unit=Pa` +
+        `&minimum=-1e5&maximum=${width === 390 ? 987654321 : 100}`);
       await opened(page);
       await page.evaluate(() => {
         document.getElementById('message').textContent = 'A long message. '.repeat(12);
@@ -310,6 +311,16 @@ test('writes nothing over the model, on a phone neither', (t) => {
             b.bottom <= a.top, `${where} meets ${b.name}`);
         }
       }
+      // The numbers, long ones too, are whole: between the bar and the edge of the legend, apart.
+      const rows = await page.evaluate(() => ['#bar', '#legend', '.tick'].map((selector) =>
+        [...document.querySelectorAll(selector)].map((element) => element.getBoundingClientRect().toJSON())));
+      const [[bar], [legend], ticks] = rows;
+      assert.ok(ticks.length >= 5);
+      for (const [i, tick] of ticks.entries()) {
+        assert.ok(bar.right <= tick.left && tick.right <= legend.right, `a number at ${width} is cut off`);
+        assert.ok(i === 0 || tick.bottom <= ticks[i - 1].top + 4, `numbers at ${width} meet`);
+      }
+      assert.ok(legend.left <= bar.left);
       const {right, left, bottom, top} = boxes.find(({name}) => name === 'view');
       assert.ok(right - left > 0.6 * width && bottom - top > 200, 'the model has most of the page');
     }
