@@ -34,5 +34,7 @@ static class Plate
             var field = solver.Solve(degrees);
             solver.Write(solver.ToSolverOrder(field), "plate");
         }
+        System.IO.File.WriteAllText("plate.json",  // what the colours mean, for the viewer
+            "{\"quor\": 1, \"unit\": \"°C\", \"minimum\": 20, \"maximum\": 100}\n");
     }
 }

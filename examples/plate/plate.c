@@ -56,5 +56,10 @@ int main(void) {
   to_solver_order(n);
   wobj(solver, stored, "plate"); /* plate.obj, plate.mtl; put assets/viridis.PNG beside them */
   quorfree(solver);
+  FILE* legend = fopen("plate.json", "w"); /* what the colours mean, for the viewer */
+  if (legend == NULL)
+    return fail("cannot write plate.json", 1);
+  fputs("{\"quor\": 1, \"unit\": \"°C\", \"minimum\": 20, \"maximum\": 100}\n", legend);
+  fclose(legend);
   return 0;
 }

@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <exception>
+#include <fstream>
 #include <quor.hpp>
 
 int main() try {
@@ -31,6 +32,8 @@ int main() try {
   const quor::Solver solver(mesh.vertices, mesh.triangles, tags);
   const std::vector<double> field = solver.solve(degrees);
   solver.writeObj(quor::toSolverOrder(field, tags), "plate");
+  std::ofstream("plate.json")  // what the colours mean, for the viewer
+      << R"({"quor": 1, "unit": "°C", "minimum": 20, "maximum": 100})" << '\n';
 } catch (const std::exception& error) {
   std::fprintf(stderr, "%s\n", error.what());
   return 1;

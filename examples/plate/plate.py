@@ -18,3 +18,5 @@ with quor.Solver(mesh.vertices, mesh.triangles, tags) as solver:
     assert solver.info == quor.Info.SUCCESS
     field = solver.solve(degrees)
     solver.write(solver.to_solver_order(field), "plate")
+with open("plate.json", "w", encoding="utf-8") as legend:  # what the colours mean, for the viewer
+    legend.write('{"quor": 1, "unit": "°C", "minimum": 20, "maximum": 100}\n')
