@@ -7,7 +7,7 @@ const top_ = document.currentScript.dataset.top;
 const MOST = 12;
 
 // How well a section has the words: each counts most in its heading, then at the start of a word of
-// its text; 0 if one is missing.
+// its text, a little more where it comes again; 0 if one is missing.
 function score(section, words) {
   const heading = `${section.page} ${section.heading}`.toLowerCase();
   const text = section.text.toLowerCase();
@@ -18,7 +18,7 @@ function score(section, words) {
     if (points === 0) {
       return 0;
     }
-    sum += points;
+    sum += points + 0.2 * Math.min(text.split(word).length - 1, 5);
   }
   return sum;
 }
@@ -32,7 +32,9 @@ function excerpt(text, words) {
 }
 
 function show() {
-  const words = input.value.toLowerCase().split(/\s+/).filter((word) => word);
+  // These pages write colour.
+  const words = input.value.toLowerCase().split(/\s+/).filter((word) => word)
+    .map((word) => word.replace(/^color/, 'colour'));
   const found = words.length === 0 ? [] : SECTIONS
     .map((section) => ({section, points: score(section, words)}))
     .filter(({points}) => points > 0)
