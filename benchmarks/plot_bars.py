@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """plot_bars.py weld|solve TABLE IMAGE: draws the first table that `scripts/bench weld|solve` printed.
 
 A group of bars per mesh, a bar per method: its time as a multiple of the library's, so that meshes of

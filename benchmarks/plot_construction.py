@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """plot_construction.py TABLE IMAGE: draws the first table that `scripts/bench construct` printed.
 
 One panel per kind of mesh, time over the number of vertices, a line per method.

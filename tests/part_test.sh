@@ -35,7 +35,7 @@ for part in bracket fins shaft heat_sink; do
 done
 [ -s viridis.PNG ] || fail "no ramp"
 # The same part as text, with the blanks and line ends of two systems.
-/usr/bin/python3 - "$data/bracket.stl" <<'TEXT'
+python3 - "$data/bracket.stl" <<'TEXT'
 import struct, sys
 
 with open(sys.argv[1], "rb") as file:

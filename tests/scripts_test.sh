@@ -24,6 +24,15 @@ refuses() {
   [ ! -s "$work/stdout" ] || fail "$script works before it refuses '$*': $(cat "$work/stdout")"
 }
 
+# A Python that comes first on the path, without what Debian's has, is not what runs here.
+mkdir "$work/bin"
+printf '#!/bin/sh\necho "another Python"\nexit 9\n' >"$work/bin/python3"
+chmod +x "$work/bin/python3"
+export PATH="$work/bin:$PATH"
+for plot in "$scripts"/../benchmarks/plot_*.py; do
+  ! "$plot" 2>&1 | grep 'another Python' || fail "$plot takes any Python"
+done
+
 for script in "$scripts"/*; do
   name=$(basename "$script")
   # What is not executable is no script, and scripts/test is what runs this.
