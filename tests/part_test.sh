@@ -15,7 +15,7 @@ fail() {
   exit 1
 }
 
-for part in bracket fins shaft heat_sink; do
+for part in bracket fins; do
   "$c" "$data/$part.stl" "$ramp" >said
   [ "$(sed 's/^part.obj: \([0-9]*\) vertices, \([0-9]*\) .*/\1 \2/' said)" = \
     "$(awk '$1 == "v" {v++} $1 == "f" {f++} END {print v, f}' part.obj)" ] || fail "$part: $(cat said)"
@@ -35,7 +35,7 @@ for part in bracket fins shaft heat_sink; do
 done
 [ -s viridis.PNG ] || fail "no ramp"
 # The same part as text, with the blanks and line ends of two systems.
-python3 - "$data/bracket.stl" <<'TEXT'
+python3 - "$data/fins.stl" <<'TEXT'
 import struct, sys
 
 with open(sys.argv[1], "rb") as file:
@@ -49,7 +49,7 @@ for name, margin, end in [("blanks", "   ", "\n"), ("tabs", "\t", "\r\n")]:
     with open(name + ".stl", "w", newline="") as file:
         file.write(end.join([*lines, "endsolid", ""]))
 TEXT
-"$c" "$data/bracket.stl" "$ramp" >/dev/null
+"$c" "$data/fins.stl" "$ramp" >/dev/null
 mv part.obj c.obj
 for program in "$c" "$cpp"; do
   for file in blanks tabs; do
@@ -65,7 +65,7 @@ head -c 84 "$data/bracket.stl" >head.stl
 printf '%84s' '' | tr ' ' '\0' >none.stl
 echo "solid of words" >words.stl
 : >empty.stl
-head -n 4000 blanks.stl >cut.stl
+head -n 700 blanks.stl >cut.stl
 sed '6s/vertex .*/vertex 1 2 x/' blanks.stl >letters.stl
 for program in "$c" "$cpp"; do
   for file in short head none words empty cut letters missing; do
