@@ -122,11 +122,13 @@ class TextureScale {
  public:
   TextureScale(const double* field, std::size_t n, double margin) {
     const auto [low, high] = std::minmax_element(field, field + n);
+    isConstant_ = *high == *low;
     if (!std::isfinite(*high - *low)) {
       unit_ = 0.25;
+    } else if (*high - *low < 1e-300) {  // so small are differences of small numbers only
+      unit_ = 0x1p500;
     }
     const double range = unit_ * *high - unit_ * *low;
-    isConstant_ = !(range > 0.0);
     low_ = unit_ * *low - margin * range;
     scale_ = 1.0 / (unit_ * *high + margin * range - low_);
   }
@@ -136,7 +138,7 @@ class TextureScale {
   }
 
  private:
-  double unit_ = 1.0;  ///< brings values so large that their range overflows into range
+  double unit_ = 1.0;  ///< with it the range neither overflows nor is too small for a reciprocal
   double low_ = 0.0;
   double scale_ = 0.0;
   bool isConstant_ = false;

@@ -132,15 +132,17 @@ TEST_F(KitWrite, KeepsTheEndsOffTheEndsOfTheRamp) {
     ASSERT_EQ(write(directory_ / "a", {}, 0.001), QUORKIT_DONE);
     EXPECT_EQ(coordinates(directory_ / "a.obj"), std::vector<double>(field_.size(), 0.5));
   }
-  const double most = std::numeric_limits<double>::max();
-  field_[0] = most;
-  field_[1] = -most;
-  field_[2] = 0;
-  ASSERT_EQ(write(directory_ / "a"), QUORKIT_DONE);
-  const std::vector<double> whole = coordinates(directory_ / "a.obj");
-  EXPECT_NEAR(whole[0], 0, 1e-9);
-  EXPECT_NEAR(whole[1], 1, 1e-9);
-  EXPECT_NEAR(whole[2], 0.5, 1e-9);
+  // A range that overflows, and some without a reciprocal.
+  for (const double end : {std::numeric_limits<double>::max(), 1e-305, 1e-308, 1e-322}) {
+    field_.assign(field_.size(), 0.0);
+    field_[0] = end;
+    field_[1] = -end;
+    ASSERT_EQ(write(directory_ / "a"), QUORKIT_DONE);
+    const std::vector<double> whole = coordinates(directory_ / "a.obj");
+    EXPECT_NEAR(whole[0], 0, 1e-9) << end;
+    EXPECT_NEAR(whole[1], 1, 1e-9) << end;
+    EXPECT_NEAR(whole[2], 0.5, 1e-9) << end;
+  }
 }
 
 TEST_F(KitWrite, CopiesTheRampAndFindsItsPlace) {
