@@ -122,7 +122,17 @@ Refined refine(const Mesh& mesh, const std::vector<std::int32_t>& faces, double 
                   {even.triangleOrigins().begin(), even.triangleOrigins().end()},
                   {even.vertexOrigins().begin(), even.vertexOrigins().end()},
                   0.0};
-  const std::vector<double> sizes = heatmap::sizesNearSingularPoints(mesh, refined.mesh, edge);
+  std::vector<heatmap::Point> points = heatmap::cornersOfSurface(mesh);
+  std::vector<bool> isFace(faces.size());
+  std::vector<bool> isVertex(mesh.vertices.size() / 3);
+  for (std::size_t k = 0; k < mesh.triangles.size(); ++k) {
+    if (faces[k / 3] != 0) {
+      isFace[k / 3] = isVertex[static_cast<std::size_t>(mesh.triangles[k])] = true;
+    }
+  }
+  const std::vector<heatmap::Point> others = heatmap::cornersOfPrescribed(mesh, isFace, isVertex);
+  points.insert(points.end(), others.begin(), others.end());
+  const std::vector<double> sizes = heatmap::sizesNear(std::move(points), refined.mesh, edge);
   if (!sizes.empty()) {
     const kit::Mesh graded = kit::refine(even.vertices(), even.triangles(), edge, sizes);
     // The vertices of the first mesh come first in both, so the origins of both are one table.

@@ -21,33 +21,37 @@ namespace {
 /// How far an estimate may be off, as a factor.
 constexpr double kMargin = 1.1;
 
-/// Whether even edges of the smallest size everywhere would not be too many: a level of division
-/// makes four triangles of one, and halves its edges, or nearly so.
+/// Whether there would not be too many triangles if all edges of a part were of the smallest size
+/// at its corners, which is the smallest anywhere in it: a level of division makes four triangles
+/// of one, and halves its edges, or nearly so.
 bool areSizesClear(const MeshView& mesh, const EdgeLengths& lengths, double most) {
-  double ratio = 1.0;
-  for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
+  double count = 0.0;
+  for (std::size_t t = 0; t < mesh.triangleCount() && count <= most; ++t) {
     const Corners c = cornersOf(mesh, t, lengths);
     const double size = std::min({c[0].size, c[1].size, c[2].size});
+    double squaredEdge = 0.0;
     for (std::size_t e = 0; e < 3; ++e) {
-      ratio = std::max(ratio, std::sqrt(squaredDistance(c[e].point, c[(e + 1) % 3].point)) / size);
+      squaredEdge = std::max(squaredEdge, squaredDistance(c[e].point, c[(e + 1) % 3].point));
     }
+    const double squaredRatio = squaredEdge / (size * size);  // NaN where both are too small
+    count += squaredRatio <= 1.0 ? 1.0 : 16.0 * squaredRatio;
   }
-  return static_cast<double>(mesh.m) * 16.0 * ratio * ratio <= most;
+  return count <= most;
 }
 
 /// Leaves nothing to be found out while triangles are made, when memory has gone into them.
 /// @param most  triangles that fit
 void requireFits(const MeshView& mesh, const EdgeLengths& lengths, std::int64_t most) {
-  const double longest = lengths.longest;
   const double limit = kMargin * static_cast<double>(most);
-  if (mesh.m > most || estimateRefined(mesh, longest, Estimate::low, limit) > limit) {
-    refuse();
-  }
-  const bool isClear = lengths.sizes != nullptr
-                           ? areSizesClear(mesh, lengths, static_cast<double>(most))
-                           : kMargin * estimateRefined(mesh, longest, Estimate::high, limit) <=
-                                 static_cast<double>(most);
-  if (!isClear && countRefined(mesh, lengths, most) > most) {
+  const bool isClear =
+      mesh.m <= most &&
+      (lengths.sizes != nullptr
+           ? areSizesClear(mesh, lengths, static_cast<double>(most))
+           : kMargin * estimateRefined(mesh, lengths.longest, Estimate::high, limit) <=
+                 static_cast<double>(most));
+  if (!isClear &&
+      (mesh.m > most || estimateRefined(mesh, lengths.longest, Estimate::low, limit) > limit ||
+       countRefined(mesh, lengths, most) > most)) {
     refuse();
   }
 }
@@ -63,9 +67,12 @@ std::int64_t mostTriangles(const MeshView& mesh) {
 std::optional<Mesh> refineUnlessMore(const MeshView& mesh, const EdgeLengths& lengths,
                                      std::int64_t most) {
   const double longest = lengths.longest;
+  const auto mostCount = static_cast<double>(most);
+  // With sizes the longest edges are most often gone already, and few are split.
   const double likelyCount =
-      std::min(estimateRefined(mesh, longest, Estimate::low, static_cast<double>(most)),
-               static_cast<double>(most));
+      lengths.sizes != nullptr
+          ? 0.0
+          : std::min(estimateRefined(mesh, longest, Estimate::low, mostCount), mostCount);
   const auto count = std::max(static_cast<std::size_t>(likelyCount), mesh.triangleCount());
   // A new vertex lies on two triangles most often, each of which it divides once more.
   const std::size_t likely = (count - mesh.triangleCount()) / 2;

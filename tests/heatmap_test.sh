@@ -182,6 +182,34 @@ refuses_at_once 2 'neither a length' "$raw" --out o --edge 0
 refuses_at_once 2 'neither a length' "$raw" --out o --edge coarse
 refuses 1 "more triangles than fit" "$raw" --out o --edge 1e-9
 
+# What is at an end of the part does not depend on how fine the mesh is: whole triangles, or where there
+# is none whole edges, as the ridge of a roof, or else vertices.
+printf 'v 0 -1 0\nv 0 1 0\nv 4 -1 0\nv 4 1 0\nv 0 0 3\nv 4 0 3\nf 1 3 6\nf 1 6 5\nf 2 5 6\nf 2 6 4\nf 1 5 2\nf 3 4 6\n' >roof.obj
+printf 'v 0 0 0\nv 4 0 0\nv 0 4 0\nv 1 1 3\nf 1 2 4\nf 2 3 4\nf 3 1 4\nf 1 3 2\n' >peak.obj
+# hot FILE EDGE: how many vertices are hot at the top.
+hot() {
+  "$heatmap" "$1" --out top --hot z+ --cold z- --edge "$2" | sed -n 's/^tag *\([0-9]*\) hot.*/\1/p'
+}
+[ "$(hot roof.obj none) $(hot peak.obj none) $(hot peak.obj 0.5)" = "2 1 1" ] || fail "other vertices are hot"
+ridge=$(hot roof.obj 0.5)
+awk '$1 == "v" && $4 == 3' top/heatmap.obj | wc -l | grep -qx "$ridge" || fail "not the ridge is hot"
+[ "$ridge" -gt 8 ] || fail "the ridge is hot at $ridge vertices"
+
+# The default's field is that of a finer mesh, also around a small hot face whose corners reach into others.
+printf 'v 0 0 0\nv 60 0 0\nv 60 40 0\nv 0 40 0\nv 20 10 20\nv 30 10 20\nv 30 15 20\nv 20 15 20\nf 1 3 2\nf 1 4 3\nf 5 6 7\nf 5 7 8\nf 1 2 6\nf 1 6 5\nf 2 3 7\nf 2 7 6\nf 3 4 8\nf 3 8 7\nf 4 1 5\nf 4 5 8\n' >wedge.obj
+for edge in 2.32 0.58; do
+  "$heatmap" wedge.obj --out wedge --name "by_$edge" --hot z+ --cold z- --edge "$edge" >/dev/null
+done
+# How far the field is at most from the finer one, in thousandths of the span, at the vertices of both.
+error=$(
+  awk 'FNR == 1 { v = vt = 0 }
+    $1 == "v" { place[v++] = $2 " " $3 " " $4 }
+    $1 == "vt" && FNR == NR { fine[place[vt++]] = $2 }
+    $1 == "vt" && FNR < NR { at = place[vt++]; if (at in fine) { ++n; d = $2 - fine[at]; d = d < 0 ? -d : d; most = d > most ? d : most } }
+    END { print n < 8 ? "no vertices in common" : int(1000 * most) }' wedge/by_0.58.obj wedge/by_2.32.obj
+)
+[ "$error" -lt 10 ] || fail "the refined wedge is wrong by $error thousandths"
+
 # Ctrl-C, while a large mesh is built or written: nothing is left but a sentence.
 "$heatmap" "$raw" --out stopped --edge 0.6 >stdout 2>stderr &
 pid=$!

@@ -232,10 +232,21 @@ Legend legendOf(const Options& options, double low, double high) {
   return {options.title.empty() ? title : options.title, options.field, options.unit, low, high};
 }
 
-// The mesh to solve on, with the tags of its vertices.
-std::vector<std::int32_t> tag(const Refined& refined, Rules& rules, Stages& stages) {
-  stages.begin("tag");
+// Chooses the rules that are missing as well.
+Refined refineForRules(const Mesh& part, const Edge& edge, Rules& rules, Stages& stages) {
+  stages.begin("refine");
+  Refined refined = refine(part, edge);
   chooseMissingRules(refined.mesh, rules);
+  std::vector<Rule> all = rules.hot;
+  all.insert(all.end(), rules.cold.begin(), rules.cold.end());
+  refineNearSingularPoints(refined, all);
+  stages.end(describe(refined, edge));
+  return refined;
+}
+
+// The mesh to solve on, with the tags of its vertices.
+std::vector<std::int32_t> tag(const Refined& refined, const Rules& rules, Stages& stages) {
+  stages.begin("tag");
   std::vector<std::int32_t> tags = tagVertices(refined, rules);
   requirePrescribedVertexEverywhere(refined.mesh, tags);
   stages.end(describe(tags, kHot, "hot", rules.hot) + ", " +
@@ -258,9 +269,7 @@ void run(const Options& options) {
   clean(part, options.largest, stages);
   stopIfInterrupted();
 
-  stages.begin("refine");
-  Refined refined = refine(part, edge);
-  stages.end(refined.description);
+  Refined refined = refineForRules(part, edge, rules, stages);
   Mesh& mesh = refined.mesh;
   const std::vector<std::int32_t> tags = tag(refined, rules, stages);
   stopIfInterrupted();

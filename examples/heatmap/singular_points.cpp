@@ -1,14 +1,18 @@
 #include "singular_points.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <utility>
 
 namespace heatmap {
 namespace {
 
-using Point = std::array<double, 3>;
+constexpr double kHalfTurn = 3.14159265358979;
+// Curved surfaces have small excesses everywhere, which do not matter.
+constexpr double kExcess = 0.3;
 
 double squaredDistance(const double* p, const double* q) {
   const double dx = p[0] - q[0];
@@ -25,22 +29,27 @@ double angleAt(const double* p, const double* q, const double* r) {
   return std::acos(std::clamp(cosine, -1.0, 1.0));
 }
 
-// Curved surfaces have small excesses everywhere, which do not matter.
-std::vector<Point> singularPointsOf(const Mesh& mesh) {
-  std::vector<double> turn(mesh.vertices.size() / 3);
+// Around each vertex, the angles of the triangles that count.
+template <typename Counts>
+std::vector<double> turns(const Mesh& mesh, const Counts& counts) {
+  std::vector<double> turn(static_cast<std::size_t>(mesh.vertexCount()));
   for (std::int32_t t = 0; t < mesh.triangleCount(); ++t) {
     const std::int32_t* const corner = mesh.triangle(t);
-    for (std::size_t k = 0; k < 3; ++k) {
+    for (std::size_t k = 0; k < 3 && counts(t); ++k) {
       turn[static_cast<std::size_t>(corner[k])] +=
           angleAt(mesh.vertex(corner[k]), mesh.vertex(corner[(k + 1) % 3]),
                   mesh.vertex(corner[(k + 2) % 3]));
     }
   }
-  constexpr double kMoreThanATurn = 2.0 * 3.14159265358979 + 0.3;
+  return turn;
+}
+
+template <typename Predicate>
+std::vector<Point> verticesWhere(const Mesh& mesh, const Predicate& predicate) {
   std::vector<Point> points;
-  for (std::size_t i = 0; i < turn.size(); ++i) {
-    if (turn[i] > kMoreThanATurn) {
-      const double* const p = mesh.vertex(static_cast<std::int32_t>(i));
+  for (std::int32_t i = 0; i < mesh.vertexCount(); ++i) {
+    if (predicate(static_cast<std::size_t>(i))) {
+      const double* const p = mesh.vertex(i);
       points.push_back({p[0], p[1], p[2]});
     }
   }
@@ -65,11 +74,24 @@ std::vector<Point> thinned(std::vector<Point> points, double distance) {
 
 }  // namespace
 
-std::vector<double> sizesNearSingularPoints(const Mesh& part, const Mesh& mesh, double length) {
+std::vector<Point> cornersOfSurface(const Mesh& part) {
+  const std::vector<double> turn = turns(part, [](std::int32_t /*t*/) { return true; });
+  return verticesWhere(part, [&](std::size_t i) { return turn[i] > 2.0 * kHalfTurn + kExcess; });
+}
+
+std::vector<Point> cornersOfPrescribed(const Mesh& part, const std::vector<bool>& isFace,
+                                       const std::vector<bool>& isVertex) {
+  const std::vector<double> turn =
+      turns(part, [&](std::int32_t t) { return !isFace[static_cast<std::size_t>(t)]; });
+  return verticesWhere(part,
+                       [&](std::size_t i) { return isVertex[i] && turn[i] > kHalfTurn + kExcess; });
+}
+
+std::vector<double> sizesNear(std::vector<Point> points, const Mesh& mesh, double length) {
   constexpr double kSmallest = 1.0 / 16.0;
   constexpr double kGrowth = 0.3;
   std::vector<double> sizes(mesh.vertices.size() / 3, std::numeric_limits<double>::infinity());
-  const std::vector<Point> points = thinned(singularPointsOf(part), kSmallest * length);
+  points = thinned(std::move(points), kSmallest * length);
   const double reach = (1.0 - kSmallest) * length / kGrowth;
   for (std::size_t i = 0; i < sizes.size() && !points.empty(); ++i) {
     const double* const p = mesh.vertex(static_cast<std::int32_t>(i));

@@ -1,17 +1,26 @@
-// Where a field bends most: at vertices around which there is more than a full turn of surface.
+// Where a field bends most: there it goes like a power below 1 of the distance, which long edges
+// cannot follow.
 #pragma once
 
 #include "mesh.h"
 
+#include <array>
 #include <vector>
 
 namespace heatmap {
 
+using Point = std::array<double, 3>;
+
+// Vertices with more than a full turn of surface around them, as where a fin meets a plate.
+std::vector<Point> cornersOfSurface(const Mesh& part);
+
+// Prescribed vertices with more than half a turn of surface around them that is not prescribed:
+// corners of what is hot or cold that reach into a face, and ends of edges.
+std::vector<Point> cornersOfPrescribed(const Mesh& part, const std::vector<bool>& isFace,
+                                       const std::vector<bool>& isVertex);
+
 // Sizes for quorkitRefineGraded, one per vertex of the mesh: a sixteenth of the length at the
-// singular points of the part, as where a fin meets a plate, growing with the distance from them;
-// infinity far away. None
-// at all if there is no singular point. A field is there like a power below 1 of the distance,
-// which long edges cannot follow. The part is the mesh or what it was refined from.
-std::vector<double> sizesNearSingularPoints(const Mesh& part, const Mesh& mesh, double length);
+// points, growing with the distance from them; infinity far away. None at all if no point is near.
+std::vector<double> sizesNear(std::vector<Point> points, const Mesh& mesh, double length);
 
 }  // namespace heatmap
