@@ -78,14 +78,21 @@ class Cleaning {
   }
 
   Mesh run() {
-    constexpr int kRounds = 256;
-    for (int round = 0; round < kRounds && (mergeCorners() || splitLongSides()); ++round) {
+    for (int left = rounds(); left > 0 && (mergeCorners() || splitLongSides()); --left) {
     }
     dropFlat();
     return result();
   }
 
  private:
+  /// Each looks at all triangles. Parts need a few; what was made to need many must not take hours.
+  int rounds() const {
+    constexpr std::size_t kMost = 256;
+    constexpr std::size_t kFewest = 16;
+    constexpr std::size_t kTriangles = 4000000;  // in all rounds
+    return static_cast<int>(std::clamp(kTriangles / (triangles_.size() + 1), kFewest, kMost));
+  }
+
   TriangleShape shape(const Triangle& t) const {
     return shapeOf({pointAt(mesh_.vertices, t[0]), pointAt(mesh_.vertices, t[1]),
                     pointAt(mesh_.vertices, t[2])});

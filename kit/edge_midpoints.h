@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,9 @@ namespace quorkit {
 
 /// A table of edges, each with the vertex on its midpoint. New vertices are numbered from n on, in
 /// the order in which their edges are first asked for.
+///
+/// Who knows the hash can choose edges that share their slots. So all slots that are looked at are
+/// counted, and where they are more than some eight for each question a search tree takes over.
 class EdgeMidpoints {
  public:
   struct Found {
@@ -34,30 +38,64 @@ class EdgeMidpoints {
 
   /// The vertex on the edge between two different vertices, a new one the first time.
   Found find(std::int32_t u, std::int32_t v) {
-    const std::pair<std::int32_t, std::int32_t> ends = std::minmax(u, v);
-    std::size_t slot = slotOf(ends);
-    for (; slots_[slot] != kFree; slot = (slot + 1) & mask_) {
-      if (endsOf(slots_[slot]) == ends) {
-        return {slots_[slot], false};
-      }
+    const Ends ends = std::minmax(u, v);
+    if (isTree_) {
+      return findInTree(ends);
     }
-    const auto vertex = static_cast<std::int32_t>(ends_.size() / 2);
-    ends_.insert(ends_.end(), {ends.first, ends.second});
-    slots_[slot] = vertex;
-    if (2 * (ends_.size() / 2 - static_cast<std::size_t>(first_)) > slots_.size()) {
+    ++asked_;
+    const std::size_t slot = locate(ends);
+    if (slots_[slot] != kFree) {
+      return {slots_[slot], false};
+    }
+    slots_[slot] = append(ends);
+    if (2 * midpoints() > slots_.size()) {
       resize(2 * slots_.size());
     }
-    return {vertex, true};
+    if (isCrowded()) {
+      moveToTree();
+    }
+    return {last(), true};
   }
+
+  /// Slots that were looked at in vain.
+  std::uint64_t steps() const { return steps_; }
 
   /// Two entries per vertex: the ends of its edge, or twice the vertex itself. To be called last.
   std::vector<std::int32_t> release() { return std::move(ends_); }
 
  private:
+  using Ends = std::pair<std::int32_t, std::int32_t>;
   static constexpr std::int32_t kFree = -1;
   static constexpr std::size_t kSmallest = 64;
+  static constexpr std::uint64_t kStepsPerEdge = 8;
 
-  std::pair<std::int32_t, std::int32_t> endsOf(std::int32_t vertex) const {
+  std::size_t midpoints() const { return ends_.size() / 2 - static_cast<std::size_t>(first_); }
+  std::int32_t last() const { return static_cast<std::int32_t>(ends_.size() / 2) - 1; }
+
+  std::int32_t append(Ends ends) {
+    ends_.insert(ends_.end(), {ends.first, ends.second});
+    return last();
+  }
+
+  bool isCrowded() const { return steps_ > kStepsPerEdge * (asked_ + kSmallest); }
+
+  void moveToTree() {
+    isTree_ = true;
+    slots_ = {};
+    for (std::int32_t vertex = first_; vertex <= last(); ++vertex) {
+      tree_.emplace(endsOf(vertex), vertex);
+    }
+  }
+
+  Found findInTree(Ends ends) {
+    const auto [place, isNew] = tree_.emplace(ends, last() + 1);
+    if (isNew) {
+      append(ends);
+    }
+    return {place->second, isNew};
+  }
+
+  Ends endsOf(std::int32_t vertex) const {
     const std::size_t at = 2 * static_cast<std::size_t>(vertex);
     return {ends_[at], ends_[at + 1]};
   }
@@ -65,7 +103,7 @@ class EdgeMidpoints {
   /// Edges of midpoints, which are nearly all, are near each other if their later ends are, as
   /// those of neighbouring triangles: most look-ups find their slot in a cache. A midpoint has few
   /// earlier neighbours. Vertices of the input may have any number: multiplicative hashing.
-  std::size_t slotOf(std::pair<std::int32_t, std::int32_t> ends) const {
+  std::size_t slotOf(Ends ends) const {
     if (ends.first >= first_) {
       const auto mixed = static_cast<std::uint32_t>(ends.first) * 0x9E3779B9U;
       return (2 * static_cast<std::size_t>(ends.second - first_) + (mixed >> 28U)) & mask_;
@@ -76,16 +114,21 @@ class EdgeMidpoints {
     return static_cast<std::size_t>((mixed ^ mixed >> 32U) & mask_);
   }
 
+  /// The slot of the edge, or the free one where it belongs.
+  std::size_t locate(Ends ends) {
+    std::size_t slot = slotOf(ends);
+    for (; slots_[slot] != kFree && endsOf(slots_[slot]) != ends; slot = (slot + 1) & mask_) {
+      ++steps_;
+    }
+    return slot;
+  }
+
+  /// Breaks off where the table is crowded.
   void resize(std::size_t size) {
     slots_.assign(size, kFree);
     mask_ = size - 1;
-    const auto end = static_cast<std::int32_t>(ends_.size() / 2);
-    for (std::int32_t vertex = first_; vertex < end; ++vertex) {
-      std::size_t slot = slotOf(endsOf(vertex));
-      while (slots_[slot] != kFree) {
-        slot = (slot + 1) & mask_;
-      }
-      slots_[slot] = vertex;
+    for (std::int32_t vertex = first_; vertex <= last() && !isCrowded(); ++vertex) {
+      slots_[locate(endsOf(vertex))] = vertex;
     }
   }
 
@@ -93,6 +136,10 @@ class EdgeMidpoints {
   std::vector<std::int32_t> ends_;   ///< see release
   std::vector<std::int32_t> slots_;  ///< vertices by the hash of their edges; a power of two
   std::size_t mask_ = 0;
+  std::uint64_t asked_ = 0;
+  std::uint64_t steps_ = 0;
+  bool isTree_ = false;
+  std::map<Ends, std::int32_t> tree_;  ///< takes the place of slots_ then
 };
 
 }  // namespace quorkit
