@@ -1,10 +1,10 @@
 # The Debian packages: `cmake --build --preset package && cpack --preset package`.
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL runtime development)
-if(EXISTS "${PROJECT_SOURCE_DIR}/bindings/python/quor.py")
+if(EXISTS "${PROJECT_SOURCE_DIR}/bindings/python/quor")
   list(APPEND CPACK_COMPONENTS_ALL python)
-  install(FILES bindings/python/quor.py DESTINATION lib/python3/dist-packages
-    COMPONENT python EXCLUDE_FROM_ALL)
+  install(DIRECTORY bindings/python/quor DESTINATION lib/python3/dist-packages
+    COMPONENT python EXCLUDE_FROM_ALL FILES_MATCHING PATTERN "*.py" PATTERN __pycache__ EXCLUDE)
   install(FILES LICENSE DESTINATION share/doc/python3-quor RENAME copyright
     COMPONENT python EXCLUDE_FROM_ALL)
 endif()

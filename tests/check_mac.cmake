@@ -25,7 +25,7 @@ if(NOT result EQUAL 0)
   message(FATAL_ERROR "${output}")
 endif()
 
-file(READ "${SOURCE}/bindings/python/quor.py" module)
+file(READ "${SOURCE}/bindings/python/quor/_library.py" module)
 foreach(library "quor|src" "quorkit|kit")
   string(REPLACE "|" ";" library "${library}")
   list(POP_FRONT library name folder)

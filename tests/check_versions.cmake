@@ -24,7 +24,7 @@ endforeach()
 foreach(place
     "include/quorkit.h|#define QUORKIT_VERSION_STRING \"([0-9.]+)\""
     "CHANGELOG.md|\n## ([0-9.]+)"
-    "bindings/python/quor.py|__version__ = \"([0-9.]+)\""
+    "bindings/python/quor/__init__.py|__version__ = \"([0-9.]+)\""
     "bindings/python/pyproject.toml|\nversion = \"([0-9.]+)\""
     "examples/viewer/package.json|\"version\": \"([0-9.]+)\"")
   string(REGEX MATCH "^[^|]+" file "${place}")
@@ -36,10 +36,10 @@ foreach(place
 endforeach()
 # A program finds the library by the major version alone: the names that Python tries agree.
 string(REGEX MATCH "^[0-9]+" major "${version}")
-file(READ "${SOURCE}/bindings/python/quor.py" module)
+file(READ "${SOURCE}/bindings/python/quor/_library.py" module)
 foreach(name "libquorkit.so.${major}" "libquorkit.${major}.dylib")
   string(FIND "${module}" "\"${name}\"" position)
   if(position EQUAL -1)
-    message(SEND_ERROR "bindings/python/quor.py does not look for ${name}")
+    message(SEND_ERROR "bindings/python/quor/_library.py does not look for ${name}")
   endif()
 endforeach()

@@ -18,9 +18,10 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
 def load(name, path):
-    """A module from its file, whatever others of that name there are, and whatever the file is called."""
+    """A module from its file, a package from its __init__.py, whatever the file is called."""
     loader = importlib.machinery.SourceFileLoader(name, str(path))
     module = importlib.util.module_from_spec(importlib.util.spec_from_loader(name, loader))
+    sys.modules[name] = module  # where the modules of a package look for it
     loader.exec_module(module)
     return module
 
@@ -89,17 +90,17 @@ def lives_on_when_memory_runs_out(plug_in, make):
 
 
 def are_two_plug_ins_and_an_update_apart(_, make):
-    """Each brings quor.py and the library in a folder of its own, an update in a new one."""
+    """Each brings quor, with the library in it, as a part of itself; an update comes in a new folder."""
     model = make()
     values = np.arange(len(model.tags), dtype=float)
     with tempfile.TemporaryDirectory() as work:
-        modules = [quor]
-        for folder in ("other", "other-2"):
-            (pathlib.Path(work) / folder).mkdir()
-            for file in (quor.__file__, quor._library._name):
-                shutil.copy(file, pathlib.Path(work) / folder)
-            modules.append(load(folder, f"{work}/{folder}/quor.py"))
-        addresses = {ctypes.cast(module._library.quorkitCheck, ctypes.c_void_p).value
+        other, updated = (pathlib.Path(work) / name for name in ("other", "updated"))
+        for folder in (other, updated):
+            shutil.copytree(pathlib.Path(quor.__file__).parent, folder / "quor")
+        (other / "__init__.py").write_text("from . import quor\n")
+        modules = [quor, load("other", other / "__init__.py").quor,
+                   load("quor_2", updated / "quor/__init__.py")]
+        addresses = {ctypes.cast(module._library.library.quorkitCheck, ctypes.c_void_p).value
                      for module in modules}
         assert len(addresses) == len(modules), "two share a library"
         solvers = [module.Solver(model.vertices, model.triangles, model.tags) for module in modules]

@@ -1,0 +1,37 @@
+"""What the library may answer besides Python's own exceptions."""
+
+
+class QuorError(ValueError):
+    """The library refused its arguments; `status` is the number that it gave as the reason."""
+
+    def __init__(self, status, text):
+        super().__init__(text)
+        self.status = status
+
+
+class NoVertexError(QuorError):
+    """Status 1: a solver needs at least one vertex."""
+
+
+class RepeatedCornerError(QuorError):
+    """Status 23: a triangle has two equal corner indices."""
+
+
+class UnusedVertexError(QuorError):
+    """Status 24: a vertex that no triangle uses."""
+
+
+class UnprescribedPieceError(QuorError):
+    """A piece of the mesh has no prescribed vertex: nothing says what its field is."""
+
+
+class UnprescribedPieceWarning(UserWarning):
+    """The same, where the caller has asked for a warning."""
+
+
+class TooLargeError(QuorError):
+    """The result has no place in 32-bit indices."""
+
+
+class Cancelled(Exception):
+    """The progress function said so."""

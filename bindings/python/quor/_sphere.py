@@ -1,0 +1,23 @@
+"""Integers carried in directions."""
+
+import operator
+from ctypes import byref, c_float
+
+from ._library import library
+
+
+def encode_integer_to_sphere(value):
+    """Packs an integer in -1 .. 65534 into a unit vector around +z: three floats that single
+    precision holds exactly. Raises ValueError for another integer."""
+    value = operator.index(value)
+    if not -1 <= value <= 65534:  # ctypes would cut a large one to its low 32 bits
+        raise ValueError(f"value: {value} is not in -1 .. 65534")
+    x, y, z = c_float(), c_float(), c_float()
+    library.quorkitEncodeToSphere(value, byref(x), byref(y), byref(z))
+    return x.value, y.value, z.value
+
+
+def decode_integer_from_sphere(x, y, z):
+    """Unpacks the integer from a vector that encode_integer_to_sphere made, or from its mirror
+    image (-x, -y, -z). Any other vector gives some integer in -1 .. 65534."""
+    return library.quorkitDecodeFromSphere(float(x), float(y), float(z))
