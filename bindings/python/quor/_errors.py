@@ -8,6 +8,9 @@ class QuorError(ValueError):
         super().__init__(text)
         self.status = status
 
+    def __reduce__(self):  # pickle makes it anew of both: another process may raise it
+        return type(self), (self.status, *self.args), self.__dict__
+
 
 class NoVertexError(QuorError):
     """Status 1: a solver needs at least one vertex."""

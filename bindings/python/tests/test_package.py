@@ -1,5 +1,6 @@
 """What must not reach the library, and how the package finds it."""
 
+import pickle
 import shutil
 import sys
 import tempfile
@@ -66,6 +67,9 @@ class Refused(unittest.TestCase):
             with self.assertRaisesRegex(error, words) as caught:
                 function(*arguments)
             self.assertEqual(caught.exception.status, status)
+            there = pickle.loads(pickle.dumps(caught.exception))  # as from a worker process
+            self.assertEqual((type(there), there.status, str(there)),
+                             (error, status, str(caught.exception)))
 
 
 class Package(unittest.TestCase):
