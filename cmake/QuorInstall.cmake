@@ -13,16 +13,15 @@ install(TARGETS ${libraries} quor_cpp quorkit_cpp EXPORT quor
   FILE_SET HEADERS COMPONENT development)
 install(FILES assets/viridis.PNG DESTINATION "${ramp_directory}" COMPONENT runtime)
 install(FILES assets/viewer.html DESTINATION "${ramp_directory}" COMPONENT development)
-# The binding that is one file, and programs to begin with; a copy of the library alone has neither.
-foreach(file bindings/csharp/Quor.cs examples/part/part.c examples/part/part.cpp examples/part/Part.cs
+# The binding that is compiled in, and programs to begin with; a copy of the library alone has neither.
+if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/bindings/csharp")
+  install(DIRECTORY bindings/csharp/ DESTINATION "${ramp_directory}/csharp" COMPONENT development
+    FILES_MATCHING PATTERN "*.cs" PATTERN tests EXCLUDE)
+endif()
+foreach(file examples/part/part.c examples/part/part.cpp examples/part/Part.cs
     examples/plate/plate.c examples/plate/plate.cpp examples/plate/Plate.cs)
-  if(NOT EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
-    continue()
-  endif()
-  if(file MATCHES "^examples")
+  if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${file}")
     install(FILES ${file} DESTINATION "${ramp_directory}/examples" COMPONENT development)
-  else()
-    install(FILES ${file} DESTINATION "${ramp_directory}" COMPONENT development)
   endif()
 endforeach()
 

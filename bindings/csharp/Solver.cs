@@ -1,0 +1,258 @@
+// The solver: a factorized mesh, its solves, and why one is refused.
+
+using System;
+using System.IO;
+using Microsoft.Win32.SafeHandles;
+
+namespace Quor
+{
+    /// <summary>
+    /// The cotangent Laplacian of a mesh, factorized once for any number of solves. Values and
+    /// fields are in the caller's order of vertices; only <see cref="GetVertices"/>,
+    /// <see cref="GetTriangles"/> and <see cref="Write"/> speak solver order, to which
+    /// <see cref="ToSolverOrder"/> brings a field: prescribed vertices first, then the free ones in
+    /// reverse. Any number of threads may use one solver. The memory goes with
+    /// <see cref="Dispose"/>, after calls still under way, or with the collection of the object.
+    /// Every use after that throws <see cref="ObjectDisposedException"/>.
+    /// </summary>
+    public sealed class Solver : IDisposable
+    {
+        // The bounds for vertices exceed what an array can hold.
+        const int TriangleLimit = 238609294;
+
+        readonly SolverHandle handle;
+        readonly int[] order;
+        readonly NativeSolver info;
+
+        /// <summary>Builds and factorizes. The arrays are copied.</summary>
+        /// <param name="vertices">Three coordinates per vertex, at least one vertex.</param>
+        /// <param name="triangles">Three vertex indices per triangle; every vertex is used. Flat
+        /// triangles are not refused: see <see cref="Mesh.Clean"/>.</param>
+        /// <param name="tags">One per vertex: 1, 2, 3 prescribed, all others free.</param>
+        /// <param name="progress">Called now and then, on this thread, with the fraction that is done, 0 ..
+        /// 1; returns false to cancel. An exception of its own cancels too, and is passed on.</param>
+        /// <param name="mayFloat">Whether a piece of the mesh may have no prescribed vertex, though
+        /// nothing says what its field is then.</param>
+        /// <exception cref="OperationCanceledException">progress returned false.</exception>
+        /// <exception cref="QuorException">The mesh is refused, see
+        /// <see cref="Status"/>.</exception>
+        /// <exception cref="ArgumentNullException">An array is null.</exception>
+        /// <exception cref="ArgumentException">An array has the wrong length.</exception>
+        /// <exception cref="ArgumentOutOfRangeException">A triangle has an index that no vertex
+        /// has.</exception>
+        public Solver(double[] vertices, int[] triangles, int[] tags,
+                      Func<double, bool> progress = null, bool mayFloat = false)
+        {
+            VertexCount = Check.Triples(vertices, nameof(vertices));
+            var triangleCount = Check.Triangles(triangles, VertexCount);
+            if (triangleCount > TriangleLimit)
+                throw new ArgumentException("more than 238,609,294 triangles", nameof(triangles));
+            Check.Length(tags, VertexCount, nameof(tags));
+            if (!mayFloat)
+                RequirePrescribedPieces(Mesh.Look(vertices, triangles, tags));
+            Exception thrown = null;
+            NativeProgress call = (fraction, context) =>
+            {
+                try
+                {
+                    return progress(fraction) ? 0 : 1;
+                }
+                catch (Exception error)
+                {
+                    thrown = error;
+                    return 1;
+                }
+            };
+            var status = Native.quorkitConstruct(VertexCount, vertices, triangleCount, triangles, tags,
+                                                 progress == null ? null : call, IntPtr.Zero,
+                                                 out handle);
+            GC.KeepAlive(call);
+            if (status != 0)
+            {
+                handle.Dispose();
+                if (thrown != null)
+                    throw thrown;
+                if (status == Native.BadArgument)
+                    throw Refusal(triangles);
+                Native.Require(status);
+            }
+            Native.Require(Native.quorkitSolverInfo(handle, out info));
+            PrescribedCount = info.PrescribedCount;
+            order = new int[VertexCount];
+            for (int i = 0, before = 0; i < VertexCount; i++)
+            {
+                if (tags[i] >= 1 && tags[i] <= 3)
+                    order[before++] = i;
+                else
+                    order[before + VertexCount - 1 - i] = i;
+            }
+        }
+
+        /// <summary>The number of vertices.</summary>
+        public int VertexCount { get; }
+
+        /// <summary>The number of prescribed vertices; they come first in solver order.</summary>
+        public int PrescribedCount { get; }
+
+        /// <summary>Whether the factorization succeeded.</summary>
+        public Factorization Info
+        {
+            get
+            {
+                Native.Require(Native.quorkitSolverInfo(handle, out var now));
+                return (Factorization)now.Factorization;
+            }
+        }
+
+        /// <summary>
+        /// Computes the field that has the given values at the prescribed vertices and is harmonic
+        /// at the free ones.
+        /// </summary>
+        /// <param name="prescribed">One value per vertex, of which those at prescribed vertices are
+        /// read.</param>
+        /// <param name="output">Room for the field, one entry per vertex; may be the array
+        /// <paramref name="prescribed"/>; a new array if null.</param>
+        /// <returns>The field in the caller's order: <paramref name="output"/> if given.</returns>
+        /// <exception cref="ArgumentException">An array is missing or has the wrong length.
+        /// </exception>
+        public double[] Solve(double[] prescribed, double[] output = null)
+        {
+            Check.Length(prescribed, VertexCount, nameof(prescribed));
+            output = Check.Length(output ?? new double[VertexCount], VertexCount, nameof(output));
+            Native.Require(Native.quorkitSolve(handle, prescribed, null, output));
+            return output;
+        }
+
+        /// <summary>
+        /// As <see cref="Solve"/>, with a source: at the free vertices the field x solves K x = -s
+        /// with the stiffness matrix K. A positive source value lowers the field.
+        /// </summary>
+        /// <param name="prescribed">As for <see cref="Solve"/>.</param>
+        /// <param name="source">One value s per vertex, of which those at free vertices are read.
+        /// Not weighted by area.</param>
+        /// <param name="output">As for <see cref="Solve"/>; may also be the array
+        /// <paramref name="source"/>.</param>
+        /// <returns>As <see cref="Solve"/>.</returns>
+        /// <exception cref="ArgumentException">An array is missing or has the wrong length.
+        /// </exception>
+        public double[] SolveWithSource(double[] prescribed, double[] source,
+                                        double[] output = null)
+        {
+            Check.Length(prescribed, VertexCount, nameof(prescribed));
+            Check.Length(source, VertexCount, nameof(source));
+            output = Check.Length(output ?? new double[VertexCount], VertexCount, nameof(output));
+            Native.Require(Native.quorkitSolve(handle, prescribed, source, output));
+            return output;
+        }
+
+        /// <summary>A copy of the vertices in solver order, three coordinates each.</summary>
+        public double[] GetVertices()
+        {
+            double[] vertices = null;
+            WhileAlive(() => vertices = Native.Doubles(info.Vertices, 3L * VertexCount));
+            return vertices;
+        }
+
+        /// <summary>A copy of the triangles, three indices in solver order each. Triangles and
+        /// corners are in the caller's order.</summary>
+        public int[] GetTriangles()
+        {
+            int[] triangles = null;
+            WhileAlive(() => triangles = Native.Integers(info.Triangles, 3L * info.TriangleCount));
+            return triangles;
+        }
+
+        /// <summary>Brings a field from the caller's order to solver order: a new array.</summary>
+        /// <param name="field">One value per vertex.</param>
+        /// <exception cref="ArgumentException">The array is missing or has the wrong length.
+        /// </exception>
+        public double[] ToSolverOrder(double[] field)
+        {
+            Check.Length(field, VertexCount, nameof(field));
+            return Array.ConvertAll(order, i => field[i]);
+        }
+
+        /// <summary>
+        /// Writes the solver's mesh and a field as <paramref name="baseName"/> + ".obj" and ".mtl": the
+        /// text of wobj, in solver order. <see cref="Mesh.Write"/> does the same with any mesh, keeps the
+        /// margin that most viewers need, and copies the ramp.
+        /// </summary>
+        /// <param name="field">One value per vertex in SOLVER order, see
+        /// <see cref="ToSolverOrder"/>.</param>
+        /// <param name="baseName">Path without extension.</param>
+        /// <exception cref="ArgumentException">The field is missing, has the wrong length or is not
+        /// finite, or the name is missing or cannot be one.</exception>
+        /// <exception cref="IOException">A file cannot be written whole.</exception>
+        public void Write(double[] field, string baseName)
+        {
+            Check.Length(field, VertexCount, nameof(field));
+            var path = Native.Utf8(baseName, nameof(baseName));
+            WhileAlive(() => Native.Require(
+                Native.quorkitWriteStored(VertexCount, info.Vertices, info.TriangleCount,
+                                          info.Triangles, field, path, null, 0), baseName));
+        }
+
+        /// <summary>Gives the memory back, at once or after the last call under way.</summary>
+        public void Dispose() => handle.Dispose();
+
+        // Keeps the handle through several calls, whatever other threads dispose.
+        void WhileAlive(Action action)
+        {
+            var held = false;
+            try
+            {
+                handle.DangerousAddRef(ref held);
+                action();
+            }
+            finally
+            {
+                if (held)
+                    handle.DangerousRelease();
+            }
+        }
+
+        // The constructor refuses meshes that are not sound for a reason of their own.
+        static void RequirePrescribedPieces(MeshReport report)
+        {
+            if (report.UnprescribedPieces.Count > 0 && report.UnusedVertices.Count == 0 &&
+                report.RepeatedCorners.Count == 0)
+                throw new QuorException(
+                    Status.UnprescribedPiece,
+                    $"{report.UnprescribedPieces.Count} of {report.Pieces.Count} pieces have no " +
+                    "prescribed vertex, so nothing says what their field is; the first one is that of " +
+                    $"vertex {report.UnprescribedPieces.First}");
+        }
+
+        QuorException Refusal(int[] triangles)
+        {
+            if (VertexCount == 0)
+                return new QuorException(Status.NoVertex, "there are no vertices");
+            for (var t = 0; t < triangles.Length; t += 3)
+            {
+                int a = triangles[t], b = triangles[t + 1], c = triangles[t + 2];
+                if (a == b || b == c || c == a)
+                    return new QuorException(Status.RepeatedCorner,
+                                             $"triangle {t / 3} has two equal indices");
+            }
+            var used = new bool[VertexCount];
+            foreach (var index in triangles)
+                used[index] = true;
+            return new QuorException(
+                Status.UnusedVertex,
+                $"vertex {Array.IndexOf(used, false)} is used by no triangle");
+        }
+    }
+
+    /// <summary>Owns a handle of the library. The marshaller keeps it alive during every call that
+    /// takes it, so neither the collector nor another thread can free it under one.</summary>
+    sealed class SolverHandle : SafeHandleZeroOrMinusOneIsInvalid
+    {
+        public SolverHandle() : base(true) { }
+
+        protected override bool ReleaseHandle()
+        {
+            Native.quorkitFreeSolver(handle);
+            return true;
+        }
+    }
+}
