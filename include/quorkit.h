@@ -1,11 +1,9 @@
 /*
- * quorkit - the kit beside quor: for meshes as hosts hand them over, and for hosts that cannot
- * catch C++ exceptions.
+ * quorkit - the kit beside quor: for raw meshes, and for hosts that cannot catch C++ exceptions.
  *
  *   1. weld a triangle soup                      quorkitWeld
  *   2. look what is wrong with a mesh            quorkitCheck
- *   3. repair it, make it fine enough            quorkitClean, quorkitRefine, quorkitRefineGraded,
- *                                                quorkitRefineTo
+ *   3. repair it, make it fine enough            quorkitClean, quorkitRefine, ...Graded, ...To
  *   4. build a solver, with progress and cancel  quorkitConstruct, quorkitSolverInfo
  *   5. solve for a field, any number of times    quorkitSolve, quorkitAreas
  *   6. show it                                   quorkitColours, quorkitWrite
@@ -17,8 +15,7 @@
  *
  * The shared library quorkit holds all of it; it needs no other, quor neither. This header is valid
  * C99 and C++, includes only <stdint.h>, and is the whole manual. The mathematics of welding,
- * building and solving is told in quor.h and holds here word for word: the same input gives the
- * same bits.
+ * building and solving is told in quor.h and holds here word for word, to the last bit.
  *
  * ARRAYS. As in quor.h: coordinates are three doubles per vertex, triangles three 0-based vertex
  * indices each, tags and values one entry per vertex. All of them are in the caller's order,
@@ -26,9 +23,8 @@
  * come back in a QuorkitMesh, which the library allocates and quorkitFreeMesh releases.
  *
  * WHAT IS CHECKED. Everything that can be: null pointers, negative counts, corner indices outside
- * the mesh, numbers without a meaning. An array of no entries may be null. What cannot be checked
- * are an array that is too short, an address that no function gave, and anything used after it was
- * freed: undefined behaviour.
+ * the mesh, numbers without a meaning. An array of no entries may be null. Undefined behaviour: an
+ * array that is too short, an address that no function gave, anything used after it was freed.
  *
  * FAILURE. Every function that can fail returns a status, QUORKIT_DONE or why not. Nothing is
  * thrown, whatever happens, and no memory is kept. Unless the status is QUORKIT_DONE nothing is
@@ -45,10 +41,8 @@
 
 #include <stdint.h>
 
-/*
- * The version of this header, by which #if can choose; always that of quor.h beside it. What may
- * change, and when, is promised in docs/installing.md.
- */
+/* The version of this header, by which #if can choose; always that of quor.h beside it. What may
+   change, and when, is promised in docs/installing.md. */
 #define QUORKIT_VERSION_MAJOR 0
 #define QUORKIT_VERSION_MINOR 1
 #define QUORKIT_VERSION_PATCH 0
@@ -87,11 +81,9 @@ QUORKIT_API const char* quorkitStatusText(QuorkitStatus status);
 
 /*
  * quorWeld: merges points closer than a tolerance, exactly and along chains, and drops collapsed
- * and repeated triangles. Arguments, rule and results are those of quorWeld, which is where to read
- * about them; in place is as fine.
- *
- * Bad arguments are also null arrays and count pointers and a corner index outside 0 ..
- * pointCount-1. After QUORKIT_OUT_OF_MEMORY both counts are 0 and the arrays may be partly written.
+ * and repeated triangles. Arguments, rule and results are told there; in place is as fine. Bad
+ * arguments are also null arrays and count pointers, and a corner index outside 0 .. pointCount-1.
+ * After QUORKIT_OUT_OF_MEMORY both counts are 0 and the arrays may be partly written.
  */
 QUORKIT_API QuorkitStatus quorkitWeld(int32_t pointCount, const double* points,
                                       int32_t triangleCount, const int32_t* triangles,
@@ -134,25 +126,19 @@ typedef struct QuorkitReport {
  * corner that is not finite (counted as the vertex), flat, needle. Its height is the one over its
  * longest side; flat is 2 * area <= 1e-6 * side^2, a needle 2 * area < 1e-3 * side^2. All
  * triangles with three different corners in range make pieces, flat ones too. A piece is reported
- * by its vertex of lowest index.
+ * by its vertex of lowest index. Memory: about eight bytes per vertex.
  *
- *   n          number of vertices, 0 or more
- *   vertices   in   3n coordinates
- *   m          number of triangles, 0 or more
- *   triangles  in   3m vertex indices, any numbers
- *   tags       in   n tags; null for none yet: prescribedVertices and unprescribedPieces are 0 then
- *   reportOut  out  what was found; not null
- *
- * Memory: about eight bytes per vertex.
+ *   n, vertices   0 or more; 3n coordinates
+ *   m, triangles  0 or more; 3m vertex indices, any numbers
+ *   tags          in   n tags; null for none yet: prescribedVertices, unprescribedPieces are 0 then
+ *   reportOut     out  what was found; not null
  */
 QUORKIT_API QuorkitStatus quorkitCheck(int32_t n, const double* vertices, int32_t m,
                                        const int32_t* triangles, const int32_t* tags,
                                        QuorkitReport* reportOut);
 
-/*
- * A mesh that the library made, with where it comes from. All arrays belong to it, are to be read
- * only, and live until quorkitFreeMesh.
- */
+/* A mesh that the library made, with where it comes from. All arrays belong to it, are to be read
+   only, and live until quorkitFreeMesh. */
 typedef struct QuorkitMesh {
   int32_t vertexCount;
   int32_t triangleCount;
@@ -173,7 +159,6 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
  * no triangle uses. Flat is what quorkitCheck calls flat, and two equal corners.
  *
  * A flat triangle is no loss, but its neighbours meet through it. So
- *
  *   - where two of its corners are at one place, closer than a millionth of its longest side, they
  *     become one vertex, the one of lower index;
  *   - else its middle corner lies on its longest side, and each neighbour across that side is split
@@ -182,10 +167,8 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
  *
  * This goes on until no flat triangle is left, or for 256 rounds; each takes one layer off where
  * flat triangles lie on each other. What is flat after that, or would make more than twice the
- * input's triangles and 1,000, is dropped as it is.
- *
- * The rest keeps its order: kept vertices ascend, a triangle's parts stand where it stood. A mesh
- * with nothing to mend comes back as it is.
+ * input's triangles and 1,000, is dropped as it is. The rest keeps its order: kept vertices ascend,
+ * a triangle's parts stand where it stood. A mesh with nothing to mend comes back as it is.
  *
  *   n, vertices   0 or more; 3n coordinates, finite where a triangle uses them
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
@@ -212,9 +195,8 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  * mesh has no hanging vertices unless the input had some. An edge so short that its midpoint rounds
  * to an end is left.
  *
- * Input vertices keep their numbers and their bits. New ones follow: every vertex comes after the
- * two whose midpoint it is. Parts of a triangle have its orientation and stand together, in the
- * input's order.
+ * Input vertices keep their numbers and bits. New ones follow, each after the two whose midpoint it
+ * is. Parts of a triangle have its orientation and are together, in the input's order.
  *
  *   n, vertices   0 or more; 3n finite coordinates
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1, of a triangle all different
@@ -231,17 +213,14 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  *       tags[mesh->triangles[k]] = faceTags[mesh->triangleOrigins[k / 3]];
  *
  * A midpoint of two prescribed vertices need not be prescribed: its edge may cross a free face.
- *
  * Triangles of the same three vertices, of which quorkitWeld leaves one, are split alike too.
  *
  * QUORKIT_TOO_LARGE if there would be more than 238,609,294 triangles, the most that a solver
  * takes, or more than 2,147,483,647 vertices if every new triangle brought one. That is found out
- * before the splitting starts, without memory and most often at once, from the sides of the
- * triangles; only near the limit, and of needles, are the triangles counted one by one: for up to
- * ten seconds.
+ * before the splitting starts, without memory and most often at once, from the triangles' sides;
+ * only near the limit, and of needles, are triangles counted one by one: for up to ten seconds.
  *
- * Time: ten million triangles in one or two seconds. Memory beside the mesh: 8 to 16 bytes for each
- * new vertex.
+ * Ten million triangles take a second or two. Memory beside the mesh: 8 to 16 bytes a new vertex.
  */
 QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32_t m,
                                         const int32_t* triangles, double longestEdge,
@@ -249,9 +228,8 @@ QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32
 
 /*
  * quorkitRefine with shorter edges near some vertices: those where a field bends most. On a surface
- * these are the vertices around which the angles of the triangles add up to more than a full turn,
- * as where a fin meets a plate: there the field has a singular point, and is the more wrong the
- * longer the edges at it.
+ * these are the vertices around which angles add up to more than a full turn, as where a fin meets
+ * a plate: there the field has a singular point, and is the more wrong the longer the edges at it.
  *
  * Every vertex has a size, an input vertex the lesser of its own and longestEdge. An edge is split
  * if it is longer than the lesser size of its ends; the size of its midpoint is the lesser one and
@@ -369,8 +347,7 @@ QUORKIT_API QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_
  * (high), those of the ramp image viridis.PNG that comes with the library. Each is four bytes, red,
  * green, blue and alpha, as a screen shows them (sRGB, not linear); alpha is 255.
  *
- *   n      number of values, 0 or more
- *   field  in   n values
+ *   n, field  0 or more; n values
  *   low    the value of the first colour, finite; what is below has it too
  *   high   the value of the last colour, finite; what is above has it too; may be below `low`,
  *          which turns the colours round. With low == high equal values are in the middle
@@ -409,9 +386,8 @@ QUORKIT_API QuorkitStatus quorkitWrite(int32_t n, const double* vertices, int32_
                                        const int32_t* triangles, const double* field,
                                        const char* path, const char* ramp, double margin);
 
-/* encode_integer_to_sphere and decode_integer_from_sphere, which cannot fail otherwise than quor.h
-   tells; QUORKIT_BAD_ARGUMENT, and nothing written, for a null pointer or a value not in -1 ..
-   65534. */
+/* encode_integer_to_sphere and decode_integer_from_sphere, as quor.h tells. A null pointer and a
+   value outside -1 .. 65534 are QUORKIT_BAD_ARGUMENT, nothing is written; decoding cannot fail. */
 QUORKIT_API QuorkitStatus quorkitEncodeToSphere(int32_t value, float* xOut, float* yOut,
                                                 float* zOut);
 QUORKIT_API int32_t quorkitDecodeFromSphere(float x, float y, float z);
