@@ -322,10 +322,10 @@ void describeOptions(CLI::App& app, Options& options) {
                  "split longer edges, so that the field is right inside flat faces, which CAD\n"
                  "draws without vertices (default: 1/32 of the part's diagonal); none: do not")
       ->type_name("LENGTH|none");
-  app.add_option("--hot", options.hot, "vertices to hold hot; may be repeated")
+  app.add_option("--hot", options.hot, "vertices that are hot; may be repeated")
       ->type_name("RULE")
       ->allow_extra_args(false);
-  app.add_option("--cold", options.cold, "vertices to hold cold; may be repeated")
+  app.add_option("--cold", options.cold, "vertices that are cold; may be repeated")
       ->type_name("RULE")
       ->allow_extra_args(false);
   app.add_option("--hot-value", options.hotValue, "value of the hot vertices")

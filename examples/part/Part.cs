@@ -1,4 +1,4 @@
-// Part FILE.stl RAMP: a part from a CAD system, held at 80 degrees at the low end of x and at 30 at the
+// Part FILE.stl RAMP: a part from a CAD system, 80 degrees at the low end of x and 30 at the
 // other: from the triangles to a coloured OBJ, part.obj, with numbers on its legend, part.json.
 using System;
 using System.Globalization;

@@ -1,5 +1,5 @@
-// part FILE.stl RAMP: a part from a CAD system, held at 80 degrees at the low end of x and at 30 at
-// the other: from the triangles to a coloured OBJ, part.obj, with numbers on its legend, part.json.
+// part FILE.stl RAMP: a part from a CAD system, 80 degrees at the low end of x and 30 at the
+// other: from the triangles to a coloured OBJ, part.obj, with numbers on its legend, part.json.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
