@@ -165,11 +165,11 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
  *     there, into two triangles with the same origin: the mesh stays closed and the field
  *     continuous. Nothing moves.
  *
- * This goes on until no flat triangle is left, or for 256 rounds, fewer from 16,000 triangles on and
- * 16 from 250,000; each takes one layer off where flat ones lie on each other. What is flat then,
- * or would make more than twice the input's triangles and 1,000, is dropped as it is. The rest keeps
- * its order: kept vertices ascend, a triangle's parts stand where it stood. A mesh with nothing to
- * mend comes back as it is.
+ * This goes on until no flat triangle is left, or for 256 rounds, fewer from 16,000 triangles on
+ * and 16 from 250,000; each takes one layer off where flat ones lie on each other. What is flat
+ * then, or would make more than twice the input's triangles and 1,000, is dropped as it is. The
+ * rest keeps its order: kept vertices ascend, a triangle's parts stand where it stood. A mesh with
+ * nothing to mend comes back as it is.
  *
  *   n, vertices   0 or more; 3n coordinates, finite where a triangle uses them
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1

@@ -17,8 +17,8 @@ struct UsageError : std::runtime_error {
 std::string whyNotFinite(const std::string& given);
 std::string whyNotFiniteOr0(const std::string& given);
 
-// What is prescribed at the hot and the cold vertices, and the ends of the colours, if they are given:
-// whether there is something to colour. Throws UsageError.
+// What is prescribed at the hot and the cold vertices, and the ends of the colours, if they are
+// given: whether there is something to colour. Throws UsageError.
 void requireSense(double hot, double cold, const std::vector<double>& range);
 
 }  // namespace heatmap
