@@ -22,9 +22,10 @@ endif()
 
 # Single modules.
 add_executable(module_tests
-  dense_front_test.cpp edge_midpoints_test.cpp factorization_test.cpp operator_test.cpp ordering_test.cpp
-  oriented_box_test.cpp substitution_test.cpp
+  dense_front_test.cpp edge_midpoints_test.cpp factorization_test.cpp nearest_point_test.cpp
+  operator_test.cpp ordering_test.cpp oriented_box_test.cpp substitution_test.cpp
   weld_search_test.cpp weld_steps_test.cpp writer_test.cpp
+  ../examples/heatmap/nearest_point.cpp
   ../benchmarks/soups.cpp ../benchmarks/soups_slow_in_tables.cpp
   ../benchmarks/soups_slow_in_tree.cpp)
 target_include_directories(module_tests PRIVATE ../benchmarks)

@@ -14,13 +14,6 @@ constexpr double kHalfTurn = 3.14159265358979;
 // Curved surfaces have small excesses everywhere, which do not matter.
 constexpr double kExcess = 0.3;
 
-double squaredDistance(const double* p, const double* q) {
-  const double dx = p[0] - q[0];
-  const double dy = p[1] - q[1];
-  const double dz = p[2] - q[2];
-  return dx * dx + dy * dy + dz * dz;
-}
-
 // Of the sides at corner p.
 double angleAt(const double* p, const double* q, const double* r) {
   const double a = squaredDistance(p, q);
@@ -56,22 +49,6 @@ std::vector<Point> verticesWhere(const Mesh& mesh, const Predicate& predicate) {
   return points;
 }
 
-// Sorted, and of points nearer to each other than the distance only one.
-std::vector<Point> thinned(std::vector<Point> points, double distance) {
-  std::sort(points.begin(), points.end());
-  std::vector<Point> kept;
-  for (const Point& p : points) {
-    bool isFar = true;
-    for (auto q = kept.rbegin(); isFar && q != kept.rend() && p[0] - (*q)[0] < distance; ++q) {
-      isFar = squaredDistance(p.data(), q->data()) >= distance * distance;
-    }
-    if (isFar) {
-      kept.push_back(p);
-    }
-  }
-  return kept;
-}
-
 }  // namespace
 
 std::vector<Point> cornersOfSurface(const Mesh& part) {
@@ -91,16 +68,11 @@ std::vector<double> sizesNear(std::vector<Point> points, const Mesh& mesh, doubl
   constexpr double kSmallest = 1.0 / 16.0;
   constexpr double kGrowth = 0.3;
   std::vector<double> sizes(mesh.vertices.size() / 3, std::numeric_limits<double>::infinity());
-  points = thinned(std::move(points), kSmallest * length);
   const double reach = (1.0 - kSmallest) * length / kGrowth;
-  for (std::size_t i = 0; i < sizes.size() && !points.empty(); ++i) {
-    const double* const p = mesh.vertex(static_cast<std::int32_t>(i));
-    double nearest = reach * reach;
-    const Point low = {p[0] - reach, -std::numeric_limits<double>::infinity(), 0.0};
-    for (auto q = std::lower_bound(points.begin(), points.end(), low);
-         q != points.end() && (*q)[0] <= p[0] + reach; ++q) {
-      nearest = std::min(nearest, squaredDistance(p, q->data()));
-    }
+  const NearestPoint tree(std::move(points));
+  for (std::size_t i = 0; i < sizes.size(); ++i) {
+    const double nearest =
+        tree.squaredDistanceFrom(mesh.vertex(static_cast<std::int32_t>(i)), reach * reach);
     if (nearest < reach * reach) {
       sizes[i] = kSmallest * length + kGrowth * std::sqrt(nearest);
     }

@@ -3,13 +3,11 @@
 #pragma once
 
 #include "mesh.h"
+#include "nearest_point.h"
 
-#include <array>
 #include <vector>
 
 namespace heatmap {
-
-using Point = std::array<double, 3>;
 
 // Vertices with more than a full turn of surface around them, as where a fin meets a plate.
 std::vector<Point> cornersOfSurface(const Mesh& part);
