@@ -73,6 +73,8 @@ TEST_F(KitMemory, EveryFunctionAnswersWithAStatus) {
   std::vector<std::int32_t> outTriangles = soup.triangles;
   std::vector<std::int32_t> map = soup.triangles;
   std::int32_t counts[2] = {};
+  std::vector<double> sizes(tags.size(), 1.0);
+  sizes[0] = 0.01;
   const QuorkitMesh* made = nullptr;
   const auto freed = [&](QuorkitStatus status) {
     EXPECT_EQ(made == nullptr, status != QUORKIT_DONE);
@@ -103,6 +105,8 @@ TEST_F(KitMemory, EveryFunctionAnswersWithAStatus) {
                                         flat.triangles.data(), &made));
             }},
            {"refine", 6, [&] { return freed(quorkitRefine(n, v, m, t, 0.03, &made)); }},
+           {"refine near a vertex", 6,
+            [&] { return freed(quorkitRefineGraded(n, v, m, t, 1.0, sizes.data(), &made)); }},
            {"refine to", 6, [&] { return freed(quorkitRefineTo(n, v, m, t, 3000, &made)); }},
            {"refine to less", 4, [&] { return freed(quorkitRefineTo(n, v, m, t, 3, &made)); }},
            {"construct", 30,
