@@ -119,7 +119,7 @@ static const QuorkitMesh* prepare(double* points, int32_t m) {
 }
 
 /* Tags the outermost 2 % at both ends of x, and gives them their temperatures. */
-static void hold_ends(const QuorkitMesh* mesh, int32_t* tags, double* degrees) {
+static void tag_ends(const QuorkitMesh* mesh, int32_t* tags, double* degrees) {
   const double* x = mesh->vertices;
   double low = x[0], high = x[0];
   for (int32_t i = 0; i < mesh->vertexCount; ++i) {
@@ -141,7 +141,7 @@ int main(int argc, char** argv) {
   const int32_t n = mesh->vertexCount, m = mesh->triangleCount;
   int32_t* tags = array((size_t)n, sizeof *tags);
   double* field = array((size_t)n, sizeof *field);
-  hold_ends(mesh, tags, field);
+  tag_ends(mesh, tags, field);
 
   QuorkitReport report;
   done(quorkitCheck(n, mesh->vertices, m, mesh->triangles, tags, &report));
