@@ -38,7 +38,7 @@ void NearestPoint::divide(Range range) {
     }
   });
   std::size_t longest = 0;
-  for (const std::size_t axis : {1, 2}) {
+  for (std::size_t axis = 1; axis < 3; ++axis) {
     longest = high[axis] - low[axis] > high[longest] - low[longest] ? axis : longest;
   }
   const std::size_t middle = range.middle();
