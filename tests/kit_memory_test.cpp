@@ -159,7 +159,7 @@ TEST_F(KitMemory, ALargeMeshIsBuiltInBlocksAndCancelledWithoutALeak) {
   for (int calls = 0;; ++calls) {
     int left = calls;
     const auto countDown = [](double, void* context) {
-      return std::int32_t{(*static_cast<int*>(context))-- <= 0};
+      return (*static_cast<int*>(context))-- <= 0 ? 1 : 0;
     };
     const QuorkitStatus status = watched({}, [&] { return build(countDown, &left); });
     if (status != QUORKIT_CANCELLED) {

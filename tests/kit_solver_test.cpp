@@ -5,6 +5,7 @@
 #include "support/weld_oracle.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstring>
 #include <set>
@@ -57,7 +58,7 @@ TEST(KitSolver, GivesTheBitsOfTheEleven) {
     EXPECT_EQ(info.factorization, 0U);
     EXPECT_EQ(std::memcmp(info.vertices, vertices, 24 * std::size_t(n)), 0);
     for (std::int32_t k = 0; k < n; ++k) {
-      ASSERT_EQ(info.vertices[3 * k], mesh.vertices[3 * std::size_t(info.order[k])]);
+      ASSERT_EQ(info.vertices[3 * std::size_t(k)], mesh.vertices[3 * std::size_t(info.order[k])]);
     }
     for (std::size_t k = 0; k < 3 * std::size_t(m); ++k) {
       ASSERT_EQ(info.order[info.triangles[k]], mesh.triangles[k]);
@@ -134,18 +135,18 @@ TEST(KitWeld, SaysWhatIsABadArgument) {
 }
 
 TEST(KitSphere, IsThatOfTheEleven) {
-  float a[3];
-  float b[3];
+  std::array<float, 3> a{};
+  std::array<float, 3> b{};
   for (const std::int32_t value : {-1, 0, 77, 65534}) {
     EXPECT_EQ(quorkitEncodeToSphere(value, &a[0], &a[1], &a[2]), QUORKIT_DONE);
     encode_integer_to_sphere(value, &b[0], &b[1], &b[2]);
-    EXPECT_EQ(std::memcmp(a, b, sizeof a), 0);
+    EXPECT_EQ(a, b);
     EXPECT_EQ(quorkitDecodeFromSphere(-a[0], -a[1], -a[2]), value);
   }
   EXPECT_EQ(quorkitEncodeToSphere(65535, &a[0], &a[1], &a[2]), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(quorkitEncodeToSphere(-2, &a[0], &a[1], &a[2]), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(quorkitEncodeToSphere(1, nullptr, &a[1], &a[2]), QUORKIT_BAD_ARGUMENT);
-  EXPECT_EQ(std::memcmp(a, b, sizeof a), 0);
+  EXPECT_EQ(a, b);
 }
 
 TEST(KitStatus, HasATextForEveryNumber) {
@@ -179,7 +180,7 @@ struct Progress {
 
 QuorkitStatus construct(const Mesh& mesh, const std::vector<std::int32_t>& tags, Progress& progress,
                         KitSolver& solver) {
-  QuorkitSolver* made = reinterpret_cast<QuorkitSolver*>(8);
+  auto* made = reinterpret_cast<QuorkitSolver*>(8);
   const QuorkitStatus status =
       quorkitConstruct(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), tags.data(),
                        &Progress::call, &progress, &made);

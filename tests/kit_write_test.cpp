@@ -90,7 +90,7 @@ class KitWrite : public testing::Test {
     return names;
   }
   /// All first texture coordinates of an OBJ file.
-  std::vector<double> coordinates(const std::string& path) const {
+  static std::vector<double> coordinates(const std::string& path) {
     std::istringstream text(readFile(path));
     std::vector<double> all;
     for (std::string line; std::getline(text, line);) {

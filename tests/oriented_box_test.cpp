@@ -85,7 +85,7 @@ TEST(OrientedBox, NeverRulesOutANearPoint) {
     bool isAnyNear = false;
     for (int i = 0; i < n; ++i) {
       for (int j = 0; j < n; ++j) {
-        if (areNear(all, std::size_t(i), std::size_t(n + j), tolerance)) {
+        if (areNear(all, std::size_t(i), std::size_t(n) + std::size_t(j), tolerance)) {
           isAnyNear = true;
           ASSERT_TRUE((nearA >> j & 1U) != 0 && (nearB >> i & 1U) != 0)
               << "round " << round << ", offset " << offset;

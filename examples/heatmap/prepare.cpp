@@ -85,6 +85,7 @@ Edge parseEdge(const std::string& text) {
 
 Refined refine(const Mesh& mesh, const Edge& edge) {
   std::vector<std::array<std::int32_t, 2>> edges;
+  edges.reserve(mesh.vertices.size() / 3);
   for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
     edges.push_back({v, v});
   }

@@ -28,8 +28,9 @@ inline std::string faultOfRefinement(const Mesh& input, const QuorkitMesh& refin
   const double limit = longest * longest;
   std::map<std::pair<std::int32_t, std::int32_t>, std::int32_t> midpoints;
   for (std::int32_t v = 0; v < mesh.n(); ++v) {
-    const std::int32_t a = refined.vertexOrigins[2 * v];
-    const std::int32_t b = refined.vertexOrigins[2 * v + 1];
+    const std::int32_t* const ends = refined.vertexOrigins + 2 * std::size_t(v);
+    const std::int32_t a = ends[0];
+    const std::int32_t b = ends[1];
     if (v < input.n()) {
       if (a != v || b != v) {
         return "an input vertex has another origin";
