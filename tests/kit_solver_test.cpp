@@ -138,13 +138,13 @@ TEST(KitSphere, IsThatOfTheEleven) {
   std::array<float, 3> a{};
   std::array<float, 3> b{};
   for (const std::int32_t value : {-1, 0, 77, 65534}) {
-    EXPECT_EQ(quorkitEncodeToSphere(value, &a[0], &a[1], &a[2]), QUORKIT_DONE);
-    encode_integer_to_sphere(value, &b[0], &b[1], &b[2]);
+    EXPECT_EQ(quorkitEncodeToSphere(value, a.data(), &a[1], &a[2]), QUORKIT_DONE);
+    encode_integer_to_sphere(value, b.data(), &b[1], &b[2]);
     EXPECT_EQ(a, b);
     EXPECT_EQ(quorkitDecodeFromSphere(-a[0], -a[1], -a[2]), value);
   }
-  EXPECT_EQ(quorkitEncodeToSphere(65535, &a[0], &a[1], &a[2]), QUORKIT_BAD_ARGUMENT);
-  EXPECT_EQ(quorkitEncodeToSphere(-2, &a[0], &a[1], &a[2]), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitEncodeToSphere(65535, a.data(), &a[1], &a[2]), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitEncodeToSphere(-2, a.data(), &a[1], &a[2]), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(quorkitEncodeToSphere(1, nullptr, &a[1], &a[2]), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(a, b);
 }
