@@ -89,7 +89,7 @@ Soup crowdedCellAlternating(std::int32_t count, double& tolerance) {
   std::vector<double> points = crowdedCell(count);
   std::map<Word, std::size_t> atPlace;
   std::vector<Vector> pairs;
-  for (std::size_t i = static_cast<std::size_t>(count / 2); i < points.size() / 3; ++i) {
+  for (auto i = static_cast<std::size_t>(count / 2); i < points.size() / 3; ++i) {
     const Vector p = pointAt(points, i);
     const auto halves = [](double c) { return bits(c) << 32U | bits(c) >> 32U; };
     const Word place =

@@ -198,7 +198,8 @@ void printWorstTolerance(const Named& input, const Options& options) {
   const double edge = meanEdgeOf(soup);
   double worst = 0.0;
   double worstAt = 0.0;
-  for (double edges = 0.01; edges < 10; edges *= std::exp2(0.25)) {
+  for (int quarters = 0; quarters < 40; ++quarters) {  // up to 8.6 mean edges
+    const double edges = 0.01 * std::exp2(0.25 * quarters);
     const std::vector<double> t =
         sideBySide(options.rounds, {[&] { weld(soup, 1e-9 * diagonalOf(soup), out); },
                                     [&] { weld(soup, edges * edge, out); }});

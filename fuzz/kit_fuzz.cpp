@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <vector>
 
 namespace {
@@ -69,10 +68,11 @@ KitMesh checkedClean(const Mesh& mesh, const QuorkitReport& report) {
       require(made->vertexMap[v] >= -1 && made->vertexMap[v] < made->vertexCount);
     }
     for (std::int32_t v = 0; v < made->vertexCount; ++v) {
-      const std::int32_t origin = made->vertexOrigins[2 * v];
+      const auto place = static_cast<std::size_t>(v);
+      const std::int32_t origin = made->vertexOrigins[2 * place];
       require(origin >= 0 && origin < mesh.n() && made->vertexMap[origin] == v);
-      require(std::memcmp(made->vertices + 3 * v,
-                          mesh.vertices.data() + 3 * static_cast<std::size_t>(origin), 24) == 0);
+      const double* const before = mesh.vertices.data() + 3 * static_cast<std::size_t>(origin);
+      require(std::equal(before, before + 3, made->vertices + 3 * place));
     }
     for (std::int32_t t = 0; t < made->triangleCount; ++t) {
       require(made->triangleOrigins[t] >= 0 && made->triangleOrigins[t] < mesh.m());
