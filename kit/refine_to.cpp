@@ -63,11 +63,13 @@ double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
   constexpr double kStep = 0.7;
   constexpr double kPrecision = 1.001;
   constexpr int kMostSteps = 200;  // so many only where edges cannot be halved any more
+  constexpr int kEvenSteps = 32;   // more upwards only where coordinates differ by powers of ten
+  constexpr double kLargest = 0x1p512;  // has no square, so that nothing is split
   const auto isEnough = [&](double length) {
     return estimateRefined(mesh, length, Estimate::likely, wanted) <= wanted;
   };
   // Triangles of half the square of their longest edge are not far from what comes out.
-  double good = extent.longestEdge;
+  double good = std::min(extent.longestEdge, kLargest);
   double bad = std::min(good, std::sqrt(4.0 * extent.area / wanted));
   int steps = 0;
   while (bad > 0.0 && isEnough(bad) && steps < kMostSteps) {
@@ -76,10 +78,12 @@ double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
     ++steps;
   }
   if (steps == 0) {
-    double length = bad / kStep;
-    while (bad > 0.0 && length < good) {
+    double step = kStep;
+    double length = bad / step;
+    for (int up = 0; bad > 0.0 && length < good; ++up) {
       (isEnough(length) ? good : bad) = length;
-      length /= kStep;
+      step = up < kEvenSteps ? step : std::max(step * step, 0x1p-64);
+      length /= step;
     }
   }
   while (bad > 0.0 && steps < kMostSteps && good > kPrecision * bad) {

@@ -36,14 +36,19 @@ double sizeOf(const Corners& c) {
 }
 
 /// Whether there are more parts than `most` along one side alone, rounded or not: a long needle
-/// needs no counting.
+/// needs no counting. Computed with the triangle's size as the unit, in which squares are safe.
 /// @param size  of the triangle: edges of its steps of rounding have no midpoint
 bool hasMoreAlongSide(const Corners& c, double size, double longest, double most) {
-  const double step = 4.0 * std::numeric_limits<double>::epsilon() * size;
-  const double length = 2.0 * most * std::max(longest, step);
+  if (size == 0.0) {
+    return false;
+  }
+  const auto inSizes = [size](Point p) { return Point{p.x / size, p.y / size, p.z / size}; };
+  const double step = 4.0 * std::numeric_limits<double>::epsilon();
+  const double length = 2.0 * most * std::max(longest / size, step);
   double squaredSide = 0.0;
   for (std::size_t e = 0; e < 3; ++e) {
-    squaredSide = std::max(squaredSide, squaredDistance(c[e].point, c[(e + 1) % 3].point));
+    squaredSide =
+        std::max(squaredSide, squaredDistance(inSizes(c[e].point), inSizes(c[(e + 1) % 3].point)));
   }
   return squaredSide > length * length;
 }

@@ -141,6 +141,8 @@ TEST(KitRefine, RefusesWhatDoesNotFitBeforeItStarts) {
   const double huge = 1e300;
   const Mesh large{{-huge, 0, 0, huge, 0, 0, 0, huge, 0}, {0, 1, 2}};
   EXPECT_EQ(refine(large, 1, QUORKIT_TOO_LARGE), nullptr);
+  const Mesh needle{{0, 1, 0, 1, 1, 0, -std::numeric_limits<double>::max(), 1, 0}, {0, 1, 2}};
+  EXPECT_EQ(refine(needle, 1e150, QUORKIT_TOO_LARGE), nullptr);
 }
 
 TEST(KitRefine, SaysWhatIsABadArgument) {
@@ -189,6 +191,15 @@ TEST(KitRefineTo, ComesNearFromBelow) {
       EXPECT_TRUE(sameMesh(plain(refined), plain(refine(mesh, refined->longestEdge))));
     }
   }
+}
+
+TEST(KitRefineTo, FindsALengthWhereverCoordinatesAre) {
+  // The square of a length that leaves few triangles here has no place in double.
+  const Mesh mesh{{0, 0, 0, 1, 0, 0, 0, 1, 0, -std::numeric_limits<double>::max(), 1, 0},
+                  {0, 1, 2, 1, 2, 3}};
+  const KitMesh refined = refineTo(mesh, 10);
+  EXPECT_GE(refined->triangleCount, 2);
+  EXPECT_LE(refined->triangleCount, 10);
 }
 
 TEST(KitRefineTo, GivesTheMeshBackThatHasAsMany) {
