@@ -39,8 +39,8 @@ double sizeOf(const Corners& c) {
 /// needs no counting. Computed with the triangle's size as the unit, in which squares are safe.
 /// @param size  of the triangle: edges of its steps of rounding have no midpoint
 bool hasMoreAlongSide(const Corners& c, double size, double longest, double most) {
-  if (size == 0.0) {
-    return false;
+  if (size == 0.0 || !std::isfinite(longest * longest)) {
+    return false;  // no side is longer
   }
   const auto inSizes = [size](Point p) { return Point{p.x / size, p.y / size, p.z / size}; };
   const double step = 4.0 * std::numeric_limits<double>::epsilon();

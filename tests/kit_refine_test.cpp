@@ -143,6 +143,7 @@ TEST(KitRefine, RefusesWhatDoesNotFitBeforeItStarts) {
   EXPECT_EQ(refine(large, 1, QUORKIT_TOO_LARGE), nullptr);
   const Mesh needle{{0, 1, 0, 1, 1, 0, -std::numeric_limits<double>::max(), 1, 0}, {0, 1, 2}};
   EXPECT_EQ(refine(needle, 1e150, QUORKIT_TOO_LARGE), nullptr);
+  EXPECT_EQ(refine(needle, 1e200)->triangleCount, 1);  // no square is larger than that of 1e200
 }
 
 TEST(KitRefine, SaysWhatIsABadArgument) {
