@@ -36,14 +36,17 @@ double sizeOf(const Corners& c) {
 }
 
 /// Whether there are more parts than `most` along one side alone, rounded or not: a long needle
-/// needs no counting. Computed with the triangle's size as the unit, in which squares are safe.
+/// needs no counting. Computed with the triangle's size as the unit, in which squares are safe;
+/// where the lengths' own squares are not, sides are not split as their lengths say.
 /// @param size  of the triangle: edges of its steps of rounding have no midpoint
 bool hasMoreAlongSide(const Corners& c, double size, double longest, double most) {
-  if (size == 0.0 || !std::isfinite(longest * longest)) {
-    return false;  // no side is longer
+  const double step = 4.0 * std::numeric_limits<double>::epsilon();
+  const double shortest = std::max(longest, step * size);
+  if (size == 0.0 || !std::isfinite(longest * longest) ||
+      shortest * shortest < std::numeric_limits<double>::min()) {
+    return false;
   }
   const auto inSizes = [size](Point p) { return Point{p.x / size, p.y / size, p.z / size}; };
-  const double step = 4.0 * std::numeric_limits<double>::epsilon();
   const double length = 2.0 * most * std::max(longest / size, step);
   double squaredSide = 0.0;
   for (std::size_t e = 0; e < 3; ++e) {

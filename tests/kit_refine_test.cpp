@@ -143,7 +143,10 @@ TEST(KitRefine, RefusesWhatDoesNotFitBeforeItStarts) {
   EXPECT_EQ(refine(large, 1, QUORKIT_TOO_LARGE), nullptr);
   const Mesh needle{{0, 1, 0, 1, 1, 0, -std::numeric_limits<double>::max(), 1, 0}, {0, 1, 2}};
   EXPECT_EQ(refine(needle, 1e150, QUORKIT_TOO_LARGE), nullptr);
-  EXPECT_EQ(refine(needle, 1e200)->triangleCount, 1);  // no square is larger than that of 1e200
+  // No square is larger than that of 1e200, and those of 1e-190 and 1e-280 are both 0.
+  EXPECT_EQ(refine(needle, 1e200)->triangleCount, 1);
+  const Mesh tiny{{0, 0, 0, 1e-284, 0, 0, 0, 1e-284, 1e-190}, {0, 1, 2}};
+  EXPECT_EQ(refine(tiny, 1e-285)->triangleCount, 1);
 }
 
 TEST(KitRefine, SaysWhatIsABadArgument) {
