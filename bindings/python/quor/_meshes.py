@@ -101,6 +101,18 @@ def check(vertices, triangles, tags=None):
     return Report(*values[:3], *(Finding(found.count, found.first) for found in values[3:]))
 
 
+def derived(made, result, rest):
+    """A mesh of the library as a result, which begins with the arrays that all of them have, copied;
+    frees it. rest: a function that makes what follows in the result of the mesh."""
+    try:
+        mesh = made.contents
+        n, m = mesh.vertex_count, mesh.triangle_count
+        return result(copy(mesh.vertices, (n, 3), np.float64), copy(mesh.triangles, (m, 3), np.int32),
+                      copy(mesh.triangle_origins, (m,), np.int32), *rest(mesh))
+    finally:
+        library.quorkitFreeMesh(made)
+
+
 def clean(vertices, triangles):
     """Drops flat triangles without opening cracks, and vertices that no triangle uses: a CleanMesh. The
     vertices that triangles use must be finite."""
@@ -108,15 +120,8 @@ def clean(vertices, triangles):
     made = POINTER(CMesh)()
     require(library.quorkitClean(*arguments(vertices, triangles), byref(made)),
             "vertices: a coordinate that a triangle uses is not finite")
-    try:
-        mesh = made.contents
-        n, m = mesh.vertex_count, mesh.triangle_count
-        return CleanMesh(copy(mesh.vertices, (n, 3), np.float64),
-                         copy(mesh.triangles, (m, 3), np.int32),
-                         copy(mesh.triangle_origins, (m,), np.int32),
-                         copy(mesh.vertex_map, (mesh.vertex_map_count,), np.int32))
-    finally:
-        library.quorkitFreeMesh(made)
+    return derived(made, CleanMesh,
+                   lambda mesh: (copy(mesh.vertex_map, (mesh.vertex_map_count,), np.int32),))
 
 
 def refine(vertices, triangles, longest_edge=None, triangle_count=None, sizes=None):
@@ -148,15 +153,9 @@ def refine(vertices, triangles, longest_edge=None, triangle_count=None, sizes=No
         status = library.quorkitRefineTo(*arguments(vertices, triangles), wanted, byref(made))
     require(status, "refine: coordinates must be finite, corners different, lengths above 0 and the "
                     "number in 1 .. 238,609,294")
-    try:
-        mesh = made.contents
-        n, m = mesh.vertex_count, mesh.triangle_count
-        return RefinedMesh(copy(mesh.vertices, (n, 3), np.float64),
-                           copy(mesh.triangles, (m, 3), np.int32),
-                           copy(mesh.triangle_origins, (m,), np.int32),
-                           copy(mesh.vertex_origins, (n, 2), np.int32), mesh.longest_edge)
-    finally:
-        library.quorkitFreeMesh(made)
+    return derived(made, RefinedMesh,
+                   lambda mesh: (copy(mesh.vertex_origins, (mesh.vertex_count, 2), np.int32),
+                                 mesh.longest_edge))
 
 
 def areas(vertices, triangles):
