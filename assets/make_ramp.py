@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Writes the colour ramp in its two forms: viridis.PNG beside this file, yellow at the left end and
-dark violet at the right, and the table of the kit, kit/ramp_table.h, from dark violet to yellow.
+dark violet at the right, and the table of the kit, src/kit/ramp_table.h, from dark violet to yellow.
 
 The library puts the largest value of a field at the left end (u = 0) and the smallest at the right
 (u = 1), so high is yellow and low is violet. Needs Debian's python3-matplotlib.
@@ -41,4 +41,4 @@ for row in rows:
         lines.append("")
     lines[-1] += " " * bool(lines[-1]) + row
 table = TABLE.format(count=colours.N, rows="\n".join("    " + line for line in lines)[:-1])
-(HERE.parent / "kit/ramp_table.h").write_text(table)
+(HERE.parent / "src/kit/ramp_table.h").write_text(table)

@@ -1,7 +1,7 @@
 // Meshes that no part looks like, made to take a construction as long as possible.
 #pragma once
 
-#include "tagged_mesh.h"
+#include "soups/tagged_mesh.h"
 
 #include <cstdint>
 

@@ -10,7 +10,7 @@
 #include "peers/cholmod_solver.h"
 #include "peers/plain_solver.h"
 #include "side_by_side.h"
-#include "tagged_mesh.h"
+#include "soups/tagged_mesh.h"
 
 #include <quor.h>
 

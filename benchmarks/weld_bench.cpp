@@ -2,11 +2,11 @@
 
 #include "memory_meter.h"
 #include "peers/hash_floor.h"
-#include "peers/plain_weld.h"
 #include "peers/vtk_weld.h"
 #include "side_by_side.h"
-#include "slow_soups.h"
-#include "soups.h"
+#include "soups/plain_weld.h"
+#include "soups/slow_soups.h"
+#include "soups/soups.h"
 
 #include <quor.h>
 

@@ -2,7 +2,7 @@
 // a Markdown table.
 
 #include "side_by_side.h"
-#include "tagged_mesh.h"
+#include "soups/tagged_mesh.h"
 
 #include <quor.h>
 

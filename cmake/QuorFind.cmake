@@ -1,6 +1,6 @@
 # quor_find(<result> <mode> <what> <purpose> <package>...): whether <what> can be built, that is whether
 # all packages are there. If not, mode ON stops; AUTO says in one line what is left out, and how
-# to get it: <purpose> is one of scripts/packages.txt.
+# to get it: <purpose> is one of scripts/steps/packages.txt.
 # A package that the caller has looked for, with its components or as a file, is not looked for again.
 function(quor_find result mode what purpose)
   set(missing)

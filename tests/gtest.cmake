@@ -3,51 +3,50 @@ include(GoogleTest)
 
 # From outside, through the library alone.
 find_package(Eigen3 3.4 REQUIRED NO_MODULE)
-add_executable(boundary_tests
-  accuracy_test.cpp constructor_test.cpp cpp_wrapper_test.cpp solve_test.cpp sphere_test.cpp
-  weld_test.cpp)
-target_link_libraries(boundary_tests PRIVATE
+add_executable(api_tests
+  api/accuracy_test.cpp api/constructor_test.cpp api/cpp_wrapper_test.cpp api/solve_test.cpp
+  api/sphere_test.cpp api/weld_test.cpp)
+target_link_libraries(api_tests PRIVATE
   quor::quor Eigen3::Eigen GTest::gtest_main ${CMAKE_DL_LIBS})
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
   # What they do to the process, to files and to the library is Linux's.
-  target_sources(boundary_tests PRIVATE
-    environment_test.cpp files_test.cpp library_test.cpp other_eigen.cpp ranges_test.cpp
-    threads_test.cpp)
-  target_compile_definitions(boundary_tests PRIVATE QUOR_LIBRARY="$<TARGET_FILE:quor>")
+  target_sources(api_tests PRIVATE
+    api/environment_test.cpp api/files_test.cpp api/library_test.cpp api/other_eigen.cpp
+    api/ranges_test.cpp api/threads_test.cpp)
+  target_compile_definitions(api_tests PRIVATE QUOR_LIBRARY="$<TARGET_FILE:quor>")
   # Eigen's symbols of this program are there for a library to fall for.
-  set_target_properties(boundary_tests PROPERTIES ENABLE_EXPORTS ON)
-  set_source_files_properties(other_eigen.cpp PROPERTIES
+  set_target_properties(api_tests PROPERTIES ENABLE_EXPORTS ON)
+  set_source_files_properties(api/other_eigen.cpp PROPERTIES
     COMPILE_DEFINITIONS EIGEN_MAX_ALIGN_BYTES=64)
 endif()
 
 # Single modules.
 add_executable(module_tests
-  dense_front_test.cpp edge_midpoints_test.cpp factorization_test.cpp nearest_point_test.cpp
-  operator_test.cpp ordering_test.cpp oriented_box_test.cpp substitution_test.cpp
-  weld_search_test.cpp weld_steps_test.cpp writer_test.cpp
-  ../examples/heatmap/nearest_point.cpp
-  ../benchmarks/soups.cpp ../benchmarks/soups_slow_in_tables.cpp
-  ../benchmarks/soups_slow_in_tree.cpp)
-target_include_directories(module_tests PRIVATE ../benchmarks)
+  modules/dense_front_test.cpp modules/edge_midpoints_test.cpp modules/factorization_test.cpp
+  modules/operator_test.cpp modules/ordering_test.cpp modules/oriented_box_test.cpp
+  modules/substitution_test.cpp modules/weld_search_test.cpp modules/weld_steps_test.cpp
+  modules/writer_test.cpp tools/nearest_point_test.cpp ../tools/heatmap/nearest_point.cpp
+  soups/soups.cpp soups/soups_slow_in_tables.cpp soups/soups_slow_in_tree.cpp)
 target_link_libraries(module_tests PRIVATE quor_objects GTest::gtest_main)
 
 # The kit, from outside, beside the library whose answers it gives.
 add_executable(kit_tests
-  kit_check_test.cpp kit_refine_test.cpp kit_solver_test.cpp kit_wrapper_test.cpp kit_write_test.cpp)
+  kit/check_test.cpp kit/refine_test.cpp kit/solver_test.cpp kit/wrapper_test.cpp
+  kit/write_test.cpp)
 target_link_libraries(kit_tests PRIVATE quor::quorkit quor::quor GTest::gtest_main ${CMAKE_DL_LIBS})
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
-  target_sources(kit_tests PRIVATE kit_host_test.cpp)
+  target_sources(kit_tests PRIVATE kit/host_test.cpp)
   target_compile_definitions(kit_tests PRIVATE QUORKIT_LIBRARY="$<TARGET_FILE:quorkit>"
-    QUORKIT_EXPORTS="${PROJECT_SOURCE_DIR}/kit/quorkit.exports")
+    QUORKIT_EXPORTS="${PROJECT_SOURCE_DIR}/src/kit/quorkit.exports")
 endif()
 
 # With an allocator that fails.
-add_executable(memory_tests memory_test.cpp support/allocations.cpp)
+add_executable(memory_tests memory/memory_test.cpp support/allocations.cpp)
 target_link_libraries(memory_tests PRIVATE quor::quor GTest::gtest_main)
-add_executable(kit_memory_tests kit_memory_test.cpp support/allocations.cpp)
+add_executable(kit_memory_tests memory/kit_memory_test.cpp support/allocations.cpp)
 target_link_libraries(kit_memory_tests PRIVATE quor::quorkit GTest::gtest_main)
 
-# Against the benchmarks' peer on the part of the examples, and against a reader of mesh files.
+# Against the plain weld on the part of the examples, and against a reader of mesh files.
 set(has_part_tests OFF)
 if(NOT CMAKE_CROSSCOMPILING)
   quor_find_files(nanoflann nanoflann.hpp)
@@ -55,10 +54,10 @@ if(NOT CMAKE_CROSSCOMPILING)
     assimp nanoflann)
 endif()
 if(has_part_tests)
-  add_executable(part_tests factorization_part_test.cpp obj_reader_test.cpp weld_part_test.cpp
-    ../benchmarks/peers/plain_weld.cpp ../benchmarks/read_soup.cpp ../benchmarks/soups.cpp
-    ../benchmarks/tagged_mesh.cpp)
-  target_include_directories(part_tests PRIVATE ../benchmarks ../src)
+  add_executable(part_tests
+    api/factorization_part_test.cpp api/obj_reader_test.cpp api/weld_part_test.cpp
+    soups/plain_weld.cpp soups/read_soup.cpp soups/soups.cpp soups/tagged_mesh.cpp)
+  target_include_directories(part_tests PRIVATE ../src)
   target_link_libraries(part_tests PRIVATE
     quor::quor Eigen3::Eigen assimp::assimp GTest::gtest_main)
   target_compile_definitions(part_tests PRIVATE
@@ -66,20 +65,21 @@ if(has_part_tests)
   set(part_tests part_tests)
 endif()
 
-# Programs of their own; the second takes 3 GB of memory and is run by scripts/check_overflow.
-add_executable(fingerprint fingerprint.cpp)
+# Programs of their own; the second takes 3 GB of memory and is run by scripts/steps/check_overflow.
+add_executable(fingerprint api/fingerprint.cpp)
 target_link_libraries(fingerprint PRIVATE quor_objects GTest::gtest)
 add_test(NAME fingerprint COMMAND fingerprint)
 if(WIN32)  # nothing is imported
   target_compile_definitions(module_tests PRIVATE QUOR_BUILDING)
   target_compile_definitions(fingerprint PRIVATE QUOR_BUILDING)
 endif()
-add_executable(factor_overflow factor_overflow.cpp)
+add_executable(factor_overflow api/factor_overflow.cpp)
 target_link_libraries(factor_overflow PRIVATE quor::quor)
 
-set(tests boundary_tests kit_memory_tests kit_tests memory_tests module_tests ${part_tests})
+set(tests api_tests kit_memory_tests kit_tests memory_tests module_tests ${part_tests})
 foreach(target ${tests} fingerprint factor_overflow)
   quor_options(${target})
+  target_include_directories(${target} PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
   # Test arithmetic is full of harmless small integers. Tests take longer to compile than to run.
   target_compile_options(${target} PRIVATE -Wno-conversion -Wno-sign-conversion $<$<CONFIG:Release>:-O1>)
 endforeach()

@@ -1,7 +1,7 @@
 // A floor for the time of a weld: it collapses exact duplicates only and cannot weld at all.
 #pragma once
 
-#include "welded.h"
+#include "soups/welded.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // A solver by the plain method: the same steps as the library's, written down straight with Eigen.
 #pragma once
 
-#include "tagged_mesh.h"
+#include "soups/tagged_mesh.h"
 
 #include <Eigen/SparseCholesky>
 #include <Eigen/SparseCore>

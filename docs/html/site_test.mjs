@@ -6,7 +6,7 @@ import {readdirSync} from 'node:fs';
 import {join, relative, resolve} from 'node:path';
 import {after, test} from 'node:test';
 import {pathToFileURL} from 'node:url';
-import {closeBrowser, withPage} from '../../examples/viewer/tools/browser.js';
+import {closeBrowser, withPage} from '../../tools/viewer/tools/browser.js';
 
 const site = resolve(process.argv[2]);
 const phone = {viewport: {width: 390, height: 700}};
@@ -21,7 +21,7 @@ const pages = files.filter((name) => name.endsWith('.html') && !files.includes(`
 after(closeBrowser);
 
 test('no page is wider than a phone', () => withPage(phone, async (page) => {
-  assert.ok(pages.length > 100 && pages.includes('examples/heatmap/index.html'));
+  assert.ok(pages.length > 100 && pages.includes('tools/heatmap/index.html'));
   for (const name of pages) {
     await page.goto(address(name));
     const {width, culprits} = await page.evaluate(() => ({

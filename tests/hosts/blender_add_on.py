@@ -32,7 +32,7 @@ def refusal(**options):
 
 
 def test():
-    add_on = install(ROOT / "examples/blender/heat_map.py")
+    add_on = install(ROOT / "plugins/blender/heat_map.py")
     item = load_part()
     soup = add_on.Soup(item, "hot", "cold")
     check(add_on, lambda progress=None: add_on.Model(soup, progress))

@@ -20,7 +20,7 @@ from model_checks import ROOT, end  # noqa: E402
 
 def steps():
     """The test, step by step; each yields what is to be waited for."""
-    add_on = install(ROOT / "examples/blender/heat_map.py")
+    add_on = install(ROOT / "plugins/blender/heat_map.py")
     item, window = load_part(), bpy.context.window
     area = next(area for area in window.screen.areas if area.type == "VIEW_3D")
     region = next(region for region in area.regions if region.type == "WINDOW")

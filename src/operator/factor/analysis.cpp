@@ -48,7 +48,7 @@ Analysis analyze(const PermutedTriangles& matrix) {
   analysis.columnCounts = columnCounts(matrix.lower, analysis.parent);
   const std::int64_t entries = entriesOf(analysis.columnCounts);
   if (entries > kMaxIndex) {
-    throw std::length_error("vector");  // GCOVR_EXCL_LINE: takes 3 GB, scripts/check_overflow
+    throw std::length_error("vector");  // GCOVR_EXCL_LINE: takes 3 GB, scripts/steps/check_overflow
   }
   if (doBlocksPay(analysis.columnCounts)) {
     analysis.supernodes = Supernodes(matrix.upper, analysis.parent, analysis.columnCounts);

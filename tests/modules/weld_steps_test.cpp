@@ -1,0 +1,67 @@
+// Soups made to be slow to weld, with full knowledge of the source: none takes many steps a point.
+
+#include "soups/slow_soups.h"
+#include "support/weld_oracle.h"
+#include "weld/distinct_triangles.h"
+#include "weld/weld.h"
+
+#include <gtest/gtest.h>
+
+using namespace test;
+
+namespace {
+
+double stepsPerPoint(const bench::Soup& soup, double tolerance) {
+  std::vector<double> vertices(soup.points.size());
+  std::vector<std::int32_t> forest(std::size_t(soup.pointCount()));
+  std::vector<std::int32_t> triangles(soup.triangles.size());
+  std::uint64_t steps = 0;
+  quor::weldPoints(soup.pointCount(), soup.points.data(), tolerance, forest.data(), steps);
+  const std::int32_t n =
+      quor::numberVertices(soup.pointCount(), soup.points.data(), forest.data(), vertices.data());
+  quor::keepDistinctTriangles(soup.triangleCount(), soup.triangles.data(), forest.data(), n,
+                              triangles.data(), steps);
+  return double(steps) / soup.pointCount();
+}
+
+void expectFewSteps(const std::vector<bench::SlowSoup>& soups, double limit) {
+  for (const bench::SlowSoup& slow : soups) {
+    double tolerance = 0;
+    const bench::Soup soup = slow.make(64000, tolerance);
+    const double steps = stepsPerPoint(soup, tolerance);
+    EXPECT_LT(steps, limit) << slow.name;
+  }
+}
+
+TEST(WeldSteps, TablesAreLeftWhereTheyAreMadeToBeSlow) {
+  expectFewSteps(bench::soupsSlowInTables(), 10);
+}
+
+TEST(WeldSteps, TheTreeIsNotSlow) {
+  expectFewSteps(bench::soupsSlowInTree(), 12);
+}
+
+TEST(WeldSteps, HarmlessSoupsTakeOneOrTwo) {
+  for (const bench::Harmless kind : {bench::Harmless::kDistinct, bench::Harmless::kRepeated}) {
+    EXPECT_LT(stepsPerPoint(bench::harmlessSoup(kind, 64000), 1e-9), 2);
+  }
+}
+
+TEST(WeldSteps, WhatIsMadeToBeSlowIsWeldedByTheRule) {
+  for (const auto& soups : {bench::soupsSlowInTables(), bench::soupsSlowInTree()}) {
+    for (const bench::SlowSoup& slow : soups) {
+      double tolerance = 0;
+      const bench::Soup soup = slow.make(1200, tolerance);
+      Mesh mesh{soup.points, soup.triangles};
+      // The other way round too, so that triangles repeat.
+      mesh.triangles.insert(mesh.triangles.end(), soup.triangles.rbegin(), soup.triangles.rend());
+      EXPECT_TRUE(same(welded(mesh, tolerance), bruteForceWeld(mesh, tolerance))) << slow.name;
+      for (const double other : {0.5, 0.999999, 1.0001, 1.5}) {
+        EXPECT_TRUE(same(welded(mesh, other * tolerance), bruteForceWeld(mesh, other * tolerance)))
+            << slow.name << ", " << other << " tolerances";
+      }
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,45 @@
+# The version stands in a few files that are used on their own: the header has it, the others agree.
+function(read file pattern)
+  file(READ "${SOURCE}/${file}" text)
+  if(NOT text MATCHES "${pattern}")
+    message(FATAL_ERROR "${file} states no version")
+  endif()
+  set(found "${CMAKE_MATCH_1}" PARENT_SCOPE)
+endfunction()
+
+read(include/quor.h "#define QUOR_VERSION_STRING \"([0-9.]+)\"")
+set(version "${found}")
+foreach(header quor quorkit)
+  string(TOUPPER "${header}" name)
+  set(parts)
+  foreach(part MAJOR MINOR PATCH)
+    read("include/${header}.h" "#define ${name}_VERSION_${part} ([0-9]+)\n")
+    list(APPEND parts "${found}")
+  endforeach()
+  list(JOIN parts "." parts)
+  if(NOT parts STREQUAL version)
+    message(SEND_ERROR "include/${header}.h: ${version} is not ${parts}")
+  endif()
+endforeach()
+foreach(place
+    "include/quorkit.h|#define QUORKIT_VERSION_STRING \"([0-9.]+)\""
+    "CHANGELOG.md|\n## ([0-9.]+)"
+    "bindings/python/quor/__init__.py|__version__ = \"([0-9.]+)\""
+    "bindings/python/pyproject.toml|\nversion = \"([0-9.]+)\""
+    "tools/viewer/package.json|\"version\": \"([0-9.]+)\"")
+  string(REGEX MATCH "^[^|]+" file "${place}")
+  string(REGEX REPLACE "^[^|]+[|]" "" pattern "${place}")
+  read("${file}" "${pattern}")
+  if(NOT found STREQUAL version)
+    message(SEND_ERROR "${file} is of version ${found}, include/quor.h of ${version}")
+  endif()
+endforeach()
+# A program finds the library by the major version alone: the names that Python tries agree.
+string(REGEX MATCH "^[0-9]+" major "${version}")
+file(READ "${SOURCE}/bindings/python/quor/_library.py" module)
+foreach(name "libquorkit.so.${major}" "libquorkit.${major}.dylib")
+  string(FIND "${module}" "\"${name}\"" position)
+  if(position EQUAL -1)
+    message(SEND_ERROR "bindings/python/quor/_library.py does not look for ${name}")
+  endif()
+endforeach()
