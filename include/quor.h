@@ -1,7 +1,7 @@
 /*
  * quor - numeric geometry on triangle meshes, for plug-ins of CAD hosts.
  *
- * Four jobs, eleven functions:
+ * The eleven functions solve for a field, such as a temperature, on a surface mesh:
  *
  *   1. weld a triangle soup                       quorWeld
  *   2. build a Laplace solver on a tagged mesh    quorctorTagged, quorinfo, quorfree
@@ -9,44 +9,50 @@
  *   4. read the stored mesh back                  quoverts, quotris
  *      write mesh and field as a coloured OBJ     wobj
  *
- * and two helpers that carry a label in a direction: encode_integer_to_sphere,
+ * Two more functions carry a label in a direction: encode_integer_to_sphere,
  * decode_integer_from_sphere.
  *
  * The order of use:
  *
  *   quorWeld -> quorctorTagged -> quorinfo -> quorsolveTagged ... -> wobj -> quorfree
  *
- * This header is valid C99 and C++, includes only <stdint.h>, and is the whole manual.
+ * The equation is Laplace's, or Poisson's, on the surface, with linear finite elements. The inside
+ * of a solid takes no part. This header is valid C99 and C++, includes only <stdint.h>, and is the
+ * whole manual.
  *
- * ARRAYS. Coordinates are three doubles per vertex, x y z x y z ...; triangles are three 0-based
- * vertex indices each, a b c a b c ...; tags and values are one entry per vertex. Lengths have no
- * unit of their own: a tolerance is in the unit of the coordinates. Every array belongs to the
- * caller. Inputs are only read, during the call; outputs are only written, and are allocated by
- * the caller with the room that each function states.
+ * A first plug-in is easier to write with quorkit.h: it checks its arguments, returns statuses
+ * instead of exceptions, and keeps everything in the caller's order.
  *
- * WHAT IS CHECKED. Counts, and the pointers named below; nothing else. A corner index outside the
- * mesh, an array that is too short, a handle that is not alive: undefined behaviour. No value is
- * ever refused for being NaN, infinite or large; each function says what becomes of it.
+ * ARRAYS. Coordinates are three doubles per vertex: x y z x y z ... Triangles are three 0-based
+ * vertex indices each: a b c a b c ... Tags and values have one entry per vertex. A tolerance has
+ * the unit of the coordinates, whatever that is. Every array belongs to the caller. The library
+ * reads inputs only during the call. The caller allocates the outputs with the room that each
+ * function states, and the library only writes them.
  *
- * EXCEPTIONS. When memory runs out std::bad_alloc leaves the function; when a size cannot be
- * represented (each function says which) std::length_error with the text "vector" does. All memory
- * of the call has been released by then, no status has been written, a handle lives on unharmed.
- * The functions are callable from C, but only a C++ caller can catch these, and on Windows only one
- * from the same kind of compiler as the library: MSVC does not catch what a DLL made with mingw-w64
- * throws. With MSVC compile the catching code with /EHs: plain /EHsc takes every extern "C"
- * function for one that never throws.
+ * WHAT IS CHECKED. Counts and the pointers named below are checked, and nothing else. A corner
+ * index outside the mesh, an array that is too short and a handle after quorfree are undefined
+ * behaviour. NaN, infinite and very large values are never refused. Each function says what they
+ * lead to.
  *
- * THREADS. No function starts a thread, takes a lock or keeps global state, and every one of them
- * runs on a 128 KB stack. Calls on different data run at the same time freely. On one handle any
- * number of quorinfo, quorsolveTagged, quorsolvePTagged, quoverts, quotris and wobj may overlap,
- * each with output arrays (or file names) of its own; quorfree must not overlap any of them. Same
- * input, same bits out, on one machine, however the calls overlap.
+ * EXCEPTIONS. Out of memory throws std::bad_alloc. A size that cannot be represented throws
+ * std::length_error with the text "vector"; each function says which sizes. By then the call has
+ * released all its memory and written no status, and an existing handle is unharmed. C code can
+ * call the functions, but only C++ can catch the exceptions. On Windows the caller must also be
+ * compiled by the same kind of compiler: MSVC does not catch what a DLL made with mingw-w64 throws.
+ * With MSVC, compile the catching code with /EHs: under plain /EHsc every extern "C" function
+ * counts as one that never throws.
+ *
+ * THREADS. No function starts a thread, takes a lock or keeps global state. Each runs on a stack of
+ * 128 KB. Calls on different data may overlap freely. On one handle any number of quorinfo,
+ * quorsolveTagged, quorsolvePTagged, quoverts, quotris and wobj may overlap, each with its own
+ * output arrays or file names. quorfree must not overlap any call on its handle. The same input
+ * gives the same bits, however calls overlap, on every platform that docs/platforms.md lists.
  *
  * ENVIRONMENT. Results are for the default floating-point environment: rounding to nearest, no
- * flush to zero. Another one set by the host changes rounding but breaks nothing. With
- * floating-point traps unmasked (invalid operation, division by zero, overflow) nothing traps
- * within the ranges of numbers that quorWeld, quorctorTagged and wobj state. The C locale
- * (setlocale) has no influence; see wobj for the C++ one.
+ * flush to zero. Another environment changes rounding but breaks nothing. quorWeld, quorctorTagged
+ * and wobj state ranges of numbers. Within them nothing traps, even if the host has unmasked the
+ * traps for invalid operation, division by zero and overflow. The C locale (setlocale) has no
+ * influence; wobj says what the C++ locale does.
  */
 #ifndef QUOR_H
 #define QUOR_H
@@ -54,9 +60,9 @@
 #include <stdint.h>
 
 /*
- * The version of this header, by which #if can choose. A program that was compiled with one version
- * may meet a library of another: the eleven functions, what they answer and the numbers below stay
- * as they are, before 1.0 too. What may change, and when, is promised in docs/installing.md.
+ * The version of this header, for #if. A program compiled with one version may load a library of
+ * another: the eleven functions, their results and the numbers below never change, not even before
+ * 1.0. docs/installing.md says what else may change, and when.
  */
 #define QUOR_VERSION_MAJOR 0
 #define QUOR_VERSION_MINOR 1
@@ -80,19 +86,19 @@ extern "C" {
 #endif
 
 /*
- * What quorctorTagged and the two solves write through statusOut. The numbers are fixed. The short
- * name is for programs whose own names leave room for it: with QUOR_NO_STATUSCODE defined before
- * this header only QuorStatusCode is declared.
+ * What quorctorTagged and the two solves write through statusOut. The numbers are fixed. Define
+ * QUOR_NO_STATUSCODE before this header if your program has another StatusCode: then only
+ * QuorStatusCode is declared.
  */
 typedef uint32_t QuorStatusCode;
 #ifndef QUOR_NO_STATUSCODE
 typedef QuorStatusCode StatusCode;
 #endif
 enum {
-  QUOR_SUCCESS = 0,          /* done; also when the factorization failed, which quorinfo tells    */
+  QUOR_SUCCESS = 0,          /* done; quorinfo says whether the factorization succeeded           */
   QUOR_NO_VERTEX = 1,        /* quorctorTagged: n < 1                                             */
   QUOR_NULL_HANDLE = 1,      /* solves: the handle is null                                        */
-  QUOR_EMPTY_HANDLE = 2,     /* solves: the handle has no vertices (quorctorTagged makes no such) */
+  QUOR_EMPTY_HANDLE = 2,     /* solves: the handle has no vertices; does not occur                */
   QUOR_REPEATED_CORNER = 23, /* quorctorTagged: a triangle has two equal corner indices          */
   QUOR_UNUSED_VERTEX = 24,   /* quorctorTagged: m < 1, or a vertex that no triangle uses          */
   QUOR_NULL_ARRAY = 25       /* quorctorTagged: vertices, triangles or tags is null               */
@@ -102,37 +108,39 @@ enum {
 enum {
   QUOR_INFO_SUCCESS = 0,         /* factorized                                                   */
   QUOR_INFO_NUMERICAL_ISSUE = 1, /* a pivot was exactly zero: solves give 0 at free vertices      */
-  QUOR_INFO_NO_CONVERGENCE = 2,  /* kept for completeness, does not occur                        */
-  QUOR_INFO_INVALID_INPUT = 3,   /* kept for completeness, does not occur                        */
+  QUOR_INFO_NO_CONVERGENCE = 2,  /* reserved, does not occur                                     */
+  QUOR_INFO_INVALID_INPUT = 3,   /* reserved, does not occur                                     */
   QUOR_INFO_NULL_HANDLE = 7      /* the handle is null                                           */
 };
 
 /*
- * Welds an indexed mesh whose points may be repeated (typically every triangle owning three).
+ * Welds an indexed mesh whose points may be repeated, typically three per triangle.
  *
- * Two points whose differences dx, dy, dz satisfy
+ * Two points are near when their differences dx, dy, dz satisfy
  *
  *   ((dx*dx + dy*dy) + dz*dz) < tolerance*tolerance,
  *
- * both sides computed in double, become one vertex, and so do the ends of every chain of such
- * pairs. The rule is exact: a pair at exactly the tolerance stays apart, nothing is snapped or
- * averaged. A vertex takes the coordinates of its point of lowest index, and vertices are numbered
- * in the order of these points, so outPointMap[0] is always 0. With tolerance 0 (or one whose
- * square underflows to 0) nothing merges, not even identical points; with +infinity all points
- * merge whose distances are finite. A point with a NaN or infinite coordinate merges with nothing.
- * Points that no triangle uses become vertices like all others.
+ * both sides computed in double. Near points become one vertex, and so do the two ends of every
+ * chain of near points. The rule is exact: a pair at exactly the tolerance stays apart, and nothing
+ * is snapped or averaged.
  *
- * A triangle is dropped when two of its corners have become one vertex, or when an earlier kept
- * triangle has the same three vertices in whatever order. Kept triangles keep their order and
- * their corner order.
+ * A vertex takes the coordinates of its point of lowest index. Vertices are numbered in the order
+ * of these points, so outPointMap[0] is always 0. Points that no triangle uses become vertices too.
  *
- * Time: one pass with a hash table where most points repeat others and the tolerance is well below
- * the spacing of the vertices, as in most soups; else about that of a sort, about three times as
- * long. Surfaces that are almost, but not quite, within the tolerance of each other take up to
- * about ten times the sort for a million points, and grow with about the 4/3rd power of their
- * number; with the square of it where they come nearer to the tolerance than a 1e-12th of it, or
- * where the tolerance is outside 1e-140 .. 1e140. No choice of coordinates or triangles makes the
- * hash tables slow.
+ *   tolerance 0, or its square underflows to 0    nothing merges, not even identical points
+ *   tolerance +infinity                           all points at finite distances merge
+ *   a NaN or infinite coordinate                  the point merges with nothing
+ *
+ * A triangle is dropped when two of its corners have become one vertex. It is also dropped when an
+ * earlier kept triangle has the same three vertices in any order. Kept triangles keep their order
+ * and their corner order.
+ *
+ * Time: one pass with a hash table where most points are repeated and the tolerance is well below
+ * the spacing of the vertices, as in most soups. Otherwise about three times as long, like a sort.
+ * Surfaces that lie just beyond the tolerance of each other take up to ten times the sort for a
+ * million points; the time then grows with the power 4/3 of their number. It grows with the square
+ * if they come nearer to the tolerance than a 1e-12th of it, or if the tolerance is outside 1e-140
+ * .. 1e140. No coordinates or triangles make the hash tables slow.
  *
  *   pointCount        number of points, 0 or more
  *   points            in   3*pointCount coordinates
@@ -143,17 +151,17 @@ enum {
  *   outPointMap       out  pointCount entries: the vertex that each point became
  *   outVertexCount    out  number of vertices
  *   outTriangleCount  out  number of kept triangles
- *   tolerance         absolute distance, 0 or more; -0.0 and +infinity are fine
+ *   tolerance         absolute distance, 0 or more; -0.0 and +infinity are allowed
  *
- * Returns 0 on success. Returns 1, and writes nothing at all, when a count is negative or the
- * tolerance is negative or NaN. With pointCount 0 it sets both counts to 0 (a null count pointer
- * is skipped, in this case only) and returns 0 without looking at the triangles.
+ * Returns 0 on success. Returns 1 and writes nothing if a count is negative, or if the tolerance is
+ * negative or NaN. If pointCount is 0, it sets both counts to 0, ignores the triangles and returns
+ * 0; in this case only, a null count pointer is skipped.
  *
  * Floating-point traps: none for finite coordinates of at most 3e153 and a tolerance of at most
- * 1e154 or +infinity; triangles without an area are fine.
+ * 1e154 or +infinity, whatever the shape of the triangles.
  *
- * In place is fine: outVertices may be points, outTriangles may be triangles. No other overlap.
- * When an exception leaves, the counts may be 0 already and the output arrays partly written.
+ * Aliasing: outVertices may be points, and outTriangles may be triangles. Nothing else may overlap.
+ * After an exception the counts may be 0 and the output arrays partly written.
  */
 QUOR_API int32_t quorWeld(int32_t pointCount, const double* points, int32_t triangleCount,
                           const int32_t* triangles, double* outVertices, int32_t* outTriangles,
@@ -161,14 +169,15 @@ QUOR_API int32_t quorWeld(int32_t pointCount, const double* points, int32_t tria
                           double tolerance);
 
 /*
- * Builds a solver for the mesh: copies it, assembles its stiffness matrix (linear finite elements,
- * the cotangent Laplacian with positive diagonal) and factorizes the part that belongs to the free
- * vertices, once. Vertices tagged 1, 2 or 3 are prescribed, all others are free.
+ * Builds a solver for a mesh. It copies the mesh, assembles its stiffness matrix and factorizes,
+ * once, the block that belongs to the free vertices. The matrix is that of linear finite elements:
+ * the cotangent Laplacian with a positive diagonal. Vertices tagged 1, 2 or 3 are prescribed, all
+ * others are free. The three tags act alike.
  *
- * The handle keeps everything in solver order: the prescribed vertices first, in the caller's
- * order, then the free vertices in reverse order of the caller. quoverts, quotris and wobj speak
- * solver order, everything else the caller's. With p prescribed vertices before it, vertex i of n
- * stands in solver order at
+ * The handle keeps everything in solver order: first the prescribed vertices in the caller's order,
+ * then the free vertices in the reverse of the caller's order. quoverts, quotris and wobj use
+ * solver order, all other functions the caller's. With p prescribed vertices before it, vertex i of
+ * n has this place in solver order:
  *
  *   p              if it is prescribed
  *   p + (n-1-i)    if it is free
@@ -190,28 +199,31 @@ QUOR_API int32_t quorWeld(int32_t pointCount, const double* points, int32_t tria
  *   a triangle with two equal corner indices     status 23, *prescribedOut counts as on success
  *   a vertex that no triangle uses               status 24, *prescribedOut counts as on success
  *
- * The shape of the triangles is not checked: one of no area puts infinities or NaNs into the
- * matrix, and then into the solutions, while the status stays 0; or finite nonsense, where the
- * differences of points on a line are rounded to those of a tiny triangle. So does a set of free
- * vertices that no edges connect to a prescribed one: the matrix is singular; quorinfo says 1 if a
- * pivot came out as exactly 0, otherwise the field there is meaningless.
+ * Two faults of a mesh spoil the field while the status stays 0:
  *
- * The unit of length is free: the solver is meant for coordinates of at most 1e76 and triangles
+ * Degenerate triangles. The shape of triangles is not checked. A triangle of zero area puts
+ * infinities or NaNs into the matrix and the solutions. If rounding turns it into a tiny triangle,
+ * the result is finite but meaningless.
+ *
+ * Free vertices that no edges connect to a prescribed one. The matrix is then singular. quorinfo
+ * returns 1 if a pivot was exactly 0; otherwise the field on that component is meaningless.
+ *
+ * Units of length are free. The solver is meant for coordinates of at most 1e76, and for triangles
  * whose heights are at least 1e-76 and at least a 1e-14th of the largest coordinate. In this range
- * nothing overflows or traps, as long as prescribed values and sources are at most 1e200, and
- * another power of two as the unit changes no bit of a field. Fourth powers of lengths occur: a
- * little beyond the range digits are lost, and with triangles above 1e78 or below 1e-81 free values
- * are infinite or NaN, the status being 0 all the same.
+ * nothing overflows or traps if prescribed values and sources are at most 1e200. Changing the unit
+ * by a power of two changes no bit of a field. A little beyond the range digits are lost, because
+ * fourth powers of lengths occur. With triangles above 1e78 or below 1e-81 free values are infinite
+ * or NaN, and the status is still 0.
  *
- * Throws std::length_error("vector") when 3n or 9m has no place in the 32-bit indices of the
- * matrices (n > 1,431,655,765 or m > 238,609,294), before any array is read; and when the ordering
- * or the factor would need more than 2,147,483,647 entries, before the factor is computed. On any
- * exception *handleOut is null, *prescribedOut is 0 and *statusOut is untouched.
+ * Throws std::length_error("vector") before it reads any array if 3n or 9m exceeds the 32-bit
+ * indices of the matrices (n > 1,431,655,765 or m > 238,609,294). Throws the same before it
+ * computes the factor if the ordering or the factor would need more than 2,147,483,647 entries. On
+ * any exception *handleOut is null, *prescribedOut is 0 and *statusOut is untouched.
  *
- * Large problems are factorized with the widest vector instructions that the machine has, which
- * changes the time and not a bit of the result.
+ * Large problems are factorized with the widest vector instructions of the machine. They change the
+ * time and no bit of the result.
  *
- * The arrays are not referenced after the call. Release the handle with quorfree.
+ * The handle refers to none of the arrays. Release it with quorfree.
  */
 QUOR_API uint32_t quorctorTagged(int32_t n, const double* vertices, int32_t m,
                                  const int32_t* triangles, const int32_t* tags,
@@ -219,112 +231,120 @@ QUOR_API uint32_t quorctorTagged(int32_t n, const double* vertices, int32_t m,
                                  void** handleOut);
 
 /*
- * Tells whether the factorization succeeded: QUOR_INFO_SUCCESS or one of the other QUOR_INFO_
- * numbers; QUOR_INFO_NULL_HANDLE for a null handle. Ask once after quorctorTagged.
+ * Returns whether the factorization succeeded: QUOR_INFO_SUCCESS or another QUOR_INFO_ number, and
+ * QUOR_INFO_NULL_HANDLE for a null handle. Ask once after quorctorTagged.
  */
 QUOR_API uint32_t quorinfo(const void* handle);
 
 /*
- * Computes the field that takes the given values at the prescribed vertices and is harmonic at the
- * free ones: the temperature of a plate that is kept at given temperatures at its prescribed
- * vertices. Costs one pass over the stored factor.
+ * Computes the field that has the given values at the prescribed vertices and is harmonic at the
+ * free ones. Think of a thin plate whose prescribed vertices are kept at given temperatures. The
+ * cost is one pass over the stored factor.
  *
  *   handle            the solver
  *   prescribedValues  in   n values, caller's order; only those of prescribed vertices are read
  *   fieldOut          out  n values, caller's order; may be the array prescribedValues
- *   statusOut         out  0; 1 if the handle is null, 2 if it is empty, and then nothing else is
- *                          read or written; not null
+ *   statusOut         out  0; 1 if the handle is null, 2 if it is empty; not null
  *
- * Prescribed vertices get their value back bit for bit. NaN and infinity enter the arithmetic like
- * any value; so do numbers below 2.2e-308 (denormal ones), with which some processors compute up to
- * twenty times slower. After a failed factorization (quorinfo not 0) all free vertices get 0.0. The
- * status is written last; on an exception (memory) nothing is written.
+ * With status 1 or 2 nothing else is read or written. Prescribed vertices get their value back bit
+ * for bit. NaN and infinity enter the arithmetic like any other value. So do denormal numbers,
+ * below 2.2e-308, which some processors handle up to twenty times slower. After a failed
+ * factorization (quorinfo is not 0) all free vertices get 0.0. The status is written last. On an
+ * exception nothing is written.
  */
 QUOR_API void quorsolveTagged(const void* handle, const double* prescribedValues, double* fieldOut,
                               QuorStatusCode* statusOut);
 
 /*
- * As quorsolveTagged, with a source: at the free vertices the field x solves K x = -s, where K is
- * the stiffness matrix and s the given source values. They enter as they are, not weighted by area
- * or mass, and with the minus sign: a positive source value lowers the field.
+ * Like quorsolveTagged, with a source: at the free vertices the field x solves K x = -s. K is the
+ * stiffness matrix and s holds the source values. They are used as given, not weighted by area or
+ * mass. Mind the sign: a positive source value lowers the field.
  *
+ *   handle            the solver
+ *   prescribedValues  in   n values, caller's order; only those of prescribed vertices are read
  *   sourceValues      in   n values, caller's order; only those of free vertices are read
  *   fieldOut          out  n values; may be the array prescribedValues or sourceValues
+ *   statusOut         out  as for quorsolveTagged; not null
  */
 QUOR_API void quorsolvePTagged(const void* handle, const double* prescribedValues,
                                const double* sourceValues, double* fieldOut,
                                QuorStatusCode* statusOut);
 
 /*
- * Hands out the handle's copy of the vertices: 3n coordinates in solver order, valid and unchanged
- * until quorfree, to be read only. Returns n. A null handle returns 0 and leaves *verticesOut.
+ * Returns n and writes the address of the handle's vertices: 3n coordinates in solver order. The
+ * array belongs to the handle, stays unchanged until quorfree, and must not be written to. A null
+ * handle returns 0 and leaves *verticesOut.
  */
 QUOR_API uint64_t quoverts(const void* handle, const double** verticesOut);
 
 /*
- * Hands out the handle's copy of the triangles: 3m vertex indices in solver order, triangles and
- * corners in the caller's order, valid and unchanged until quorfree, to be read only. Returns the
- * number of VERTICES, exactly as quoverts does; the number of triangles is the m that the caller
- * passed. A null handle returns 0 and leaves *trianglesOut.
+ * Writes the address of the handle's triangles: 3m vertex indices in solver order, with triangles
+ * and corners in the caller's sequence. The array belongs to the handle, stays unchanged until
+ * quorfree, and must not be written to. Returns the number of VERTICES, exactly as quoverts does;
+ * the number of triangles is the m that the caller passed. A null handle returns 0 and leaves
+ * *trianglesOut.
  */
 QUOR_API uint64_t quotris(const void* handle, const int32_t** trianglesOut);
 
 /*
- * Writes the handle's mesh and a field as two files, baseName + ".obj" and baseName + ".mtl", that
- * any viewer shows as colours: the field is the first texture coordinate, the material "Heat" maps
- * the image "viridis.PNG" over it. The smallest value stands at the right end of the image (u = 1),
- * the largest at the left end (u = 0). Put the image beside the two files, and let the viewer clamp
- * the texture rather than repeat it.
+ * Writes the handle's mesh and a field as two files, baseName + ".obj" and baseName + ".mtl". A
+ * viewer that supports textures shows the field as colours: the field is the first texture
+ * coordinate u, and the material "Heat" maps the image "viridis.PNG" over it. The smallest value is
+ * at the right end of the image (u = 1), the largest at the left end (u = 0). Put the image next to
+ * the two files, and let the viewer clamp the texture, not repeat it.
  *
  *   handle    the solver; null: nothing happens
  *   field     in  one value per vertex, in SOLVER order: reorder what a solve returned
- *   baseName  in  path without extension. It is repeated as it stands in the OBJ's "mtllib" line,
- *                 so a viewer finds the material only when baseName has no directory: change to the
+ *   baseName  in  path without extension. The "mtllib" line of the OBJ repeats it as it is, so a
+ *                 viewer finds the material only if baseName has no directory: change to the
  *                 directory first, or move both files afterwards.
  *
  * Existing files are replaced. Numbers have six significant digits.
  *
- * The field is meant to be finite, its range (largest value less smallest) neither 0 nor below
- * 6e-309 nor above 1.79e308; of other fields no u can be relied on, and with floating-point traps
- * unmasked they trap. If all values are equal every u is NaN, and a NaN or infinite value has a NaN
- * u. A NaN also hides values from the search for the smallest and the largest: first or last in the
- * field it makes every u NaN, elsewhere some u may leave 0 .. 1. With +infinity, or a range that
- * overflows, the finite u are 1; with -infinity all are NaN; a range below 6e-309 gives NaN and
- * -infinity.
+ * The field should be finite, and its range (largest minus smallest value) between 6e-309 and
+ * 1.79e308. For any other field do not rely on u; with floating-point traps unmasked it traps.
  *
- * Each line ends in a line feed alone, on Windows too, and is flushed when it is written. A file
- * that cannot be opened is reported by one line on the standard error stream; an OBJ written before
- * stays. Nothing reports a disk that runs full.
+ *   all values equal          every u is NaN
+ *   a NaN or infinite value   its u is NaN
+ *   NaN first or last         every u is NaN
+ *   NaN elsewhere             some u may lie outside 0 .. 1: a NaN hides values from the search
+ *   +infinity, or overflow    every finite u is 1
+ *   -infinity                 every u is NaN
+ *   a range below 6e-309      u may be NaN or -infinity
  *
- * The streams use the global C++ locale of the moment (std::locale::global): keep it at the classic
- * one, or numbers come out with its decimal comma and digit grouping.
+ * Each line ends in a line feed, on Windows too, and is flushed when it is written. If a file
+ * cannot be opened, one line on the standard error stream says so; an OBJ written before stays. A
+ * full disk is not reported.
  *
- * Throws std::length_error("vector") after the first two lines when the handle has no vertices
- * (quorctorTagged makes no such) or more than 715,827,882. When an exception leaves, the files hold
- * what had been written by then.
+ * The streams use the current global C++ locale (std::locale::global). Keep it at the classic
+ * locale, or numbers get its decimal comma and digit grouping.
+ *
+ * Throws std::length_error("vector") after the first two lines if the handle has no vertices, which
+ * quorctorTagged never makes, or more than 715,827,882. After an exception the files hold what had
+ * been written by then.
  */
 QUOR_API void wobj(const void* handle, const double* field, const char* baseName);
 
 /*
- * Releases the handle and all it holds; a null handle is ignored. Exactly once per handle; the
- * addresses that quoverts and quotris handed out are invalid afterwards.
+ * Releases the handle and all it holds; null is ignored. Call it exactly once per handle. The
+ * addresses from quoverts and quotris are invalid afterwards.
  */
 QUOR_API void quorfree(void* handle);
 
 /*
  * Packs an integer in -1 .. 65534 into a point of the unit sphere around +z, for hosts that can
- * carry directions but not labels. All 65,536 values survive the way through floats exactly, and
- * so does the point mirrored through the origin.
+ * carry directions but not labels. All 65,536 values survive the conversion to float and back
+ * exactly, and so does the point mirrored through the origin.
  *
- * Returns 0. Returns -1 and writes nothing if an out pointer is null; returns -1 and writes 0.0 to
+ * Returns 0. Returns -1 and writes nothing if an out pointer is null. Returns -1 and writes 0.0 to
  * all three if the value is out of range.
  */
 QUOR_API int32_t encode_integer_to_sphere(int32_t value, float* xOut, float* yOut, float* zOut);
 
 /*
- * Unpacks the integer from a point made by encode_integer_to_sphere, or from its mirror image
- * (-x, -y, -z). Any other point gives some integer in -1 .. 65534, never a failure; -1 is also what
- * was encoded as -1.
+ * Unpacks the integer from a point made by encode_integer_to_sphere, or from its mirror image (-x,
+ * -y, -z). Any other point gives some integer in -1 .. 65534, and never a failure. The value -1 is
+ * also the result for a point that encodes -1.
  */
 QUOR_API int32_t decode_integer_from_sphere(float x, float y, float z);
 
