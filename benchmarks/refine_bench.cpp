@@ -24,20 +24,20 @@ namespace {
 namespace kit = quor::kit;
 using Clock = std::chrono::steady_clock;
 
-using heatmap::Mesh;
+using heatmap::Surface;
 
-Mesh copyOf(const kit::Mesh& mesh) {
+Surface copyOf(const kit::Mesh& mesh) {
   return {{mesh.vertices().begin(), mesh.vertices().end()},
           {mesh.triangles().begin(), mesh.triangles().end()}};
 }
 
 /// The triangles of a binary STL file, welded and cleaned.
-Mesh readPart(const std::string& path) {
+Surface readPart(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   const std::string bytes{std::istreambuf_iterator<char>(file), {}};
   constexpr std::size_t kHead = 84;
   constexpr std::size_t kTriangle = 50;
-  Mesh soup;
+  Surface soup;
   double size = 0.0;
   for (std::size_t at = kHead; at + kTriangle <= bytes.size(); at += kTriangle) {
     float numbers[12];
@@ -59,7 +59,7 @@ Mesh readPart(const std::string& path) {
 
 /// Which input triangles are at the ends of an axis: 1 low, 2 high, else 0. Empty if there are
 /// none.
-std::vector<std::int32_t> tagFaces(const Mesh& raw, std::size_t axis) {
+std::vector<std::int32_t> tagFaces(const Surface& raw, std::size_t axis) {
   if (axis > 2) {
     throw std::runtime_error("an axis is x, y or z");
   }
@@ -90,7 +90,7 @@ struct Solved {
 };
 
 /// @param faces  tag of each triangle
-Solved solve(const Mesh& mesh, const std::vector<std::int32_t>& faces) {
+Solved solve(const Surface& mesh, const std::vector<std::int32_t>& faces) {
   std::vector<std::int32_t> tags(mesh.vertices.size() / 3);
   std::vector<double> values(tags.size());
   for (std::size_t k = 0; k < mesh.triangles.size(); ++k) {
@@ -108,21 +108,21 @@ Solved solve(const Mesh& mesh, const std::vector<std::int32_t>& faces) {
 }
 
 struct Refined {
-  Mesh mesh;
+  Surface mesh;
   std::vector<std::int32_t> faces;
   std::vector<std::int32_t> vertexOrigins;
   double seconds;
 };
 
 /// As heatmap does it: all edges, then those near singular points once more.
-Refined refine(const Mesh& mesh, const std::vector<std::int32_t>& faces, double edge) {
+Refined refine(const Surface& mesh, const std::vector<std::int32_t>& faces, double edge) {
   const auto begin = Clock::now();
   const kit::Mesh even = kit::refine(mesh.vertices, mesh.triangles, edge);
   Refined refined{copyOf(even),
                   {even.triangleOrigins().begin(), even.triangleOrigins().end()},
                   {even.vertexOrigins().begin(), even.vertexOrigins().end()},
                   0.0};
-  std::vector<heatmap::Point> points = heatmap::cornersOfSurface(mesh);
+  std::vector<heatmap::Position> points = heatmap::cornersOfSurface(mesh);
   std::vector<bool> isFace(faces.size());
   std::vector<bool> isVertex(mesh.vertices.size() / 3);
   for (std::size_t k = 0; k < mesh.triangles.size(); ++k) {
@@ -130,7 +130,8 @@ Refined refine(const Mesh& mesh, const std::vector<std::int32_t>& faces, double 
       isFace[k / 3] = isVertex[static_cast<std::size_t>(mesh.triangles[k])] = true;
     }
   }
-  const std::vector<heatmap::Point> others = heatmap::cornersOfPrescribed(mesh, isFace, isVertex);
+  const std::vector<heatmap::Position> others =
+      heatmap::cornersOfPrescribed(mesh, isFace, isVertex);
   points.insert(points.end(), others.begin(), others.end());
   const std::vector<double> sizes = heatmap::sizesNear(std::move(points), refined.mesh, edge);
   if (!sizes.empty()) {
@@ -184,7 +185,7 @@ double median(std::vector<double> values) {
 }
 
 void bench(const std::string& path, std::size_t axis) {
-  const Mesh raw = readPart(path);
+  const Surface raw = readPart(path);
   const std::vector<std::int32_t> faces = tagFaces(raw, axis);
   if (faces.empty()) {
     throw std::runtime_error(path + " has no faces at both ends of the axis");
@@ -194,7 +195,8 @@ void bench(const std::string& path, std::size_t axis) {
   const std::string name =
       path.substr(path.find_last_of('/') + 1) + ", " + std::string(1, "xyz"[axis]);
 
-  const auto row = [&](const char* what, const Mesh& mesh, const std::vector<std::int32_t>& tags) {
+  const auto row = [&](const char* what, const Surface& mesh,
+                       const std::vector<std::int32_t>& tags) {
     const Refined fine = refine(mesh, tags, edge / 10.0);
     const Errors errors =
         compare(solve(mesh, tags).field, fine, solve(fine.mesh, fine.faces).field);
@@ -228,7 +230,8 @@ void bench(const std::string& path, std::size_t axis) {
 int main(int argc, char** argv) {
   try {
     std::printf(
-        "| Part, axis | Mesh | Triangles | Largest error, %% | Average, %% | Triangles of the fine "
+        "| Part, axis | Surface | Triangles | Largest error, %% | Average, %% | Triangles of the "
+        "fine "
         "mesh "
         "| Build and solve, ms | With all before, times |\n|---|---|---|---|---|---|---|---|\n");
     for (int i = 1; i + 1 < argc; i += 2) {

@@ -25,8 +25,7 @@ add_executable(module_tests
   modules/dense_front_test.cpp modules/edge_midpoints_test.cpp modules/factorization_test.cpp
   modules/operator_test.cpp modules/ordering_test.cpp modules/oriented_box_test.cpp
   modules/substitution_test.cpp modules/weld_search_test.cpp modules/weld_steps_test.cpp
-  modules/writer_test.cpp tools/nearest_point_test.cpp ../tools/heatmap/nearest_point.cpp
-  soups/soups.cpp soups/soups_slow_in_tables.cpp soups/soups_slow_in_tree.cpp)
+  modules/writer_test.cpp soups/soups.cpp soups/soups_slow_in_tables.cpp soups/soups_slow_in_tree.cpp)
 target_link_libraries(module_tests PRIVATE quor_objects GTest::gtest_main)
 
 # The kit, from outside, beside the library whose answers it gives.

@@ -1,7 +1,7 @@
 # Configures as on a machine with a compiler, CMake and Eigen only: what has its packages is built, the
 # rest is left out and named; what was asked for stops instead.
 file(REMOVE_RECURSE "${WORK}")
-foreach(package assimp CHOLMOD CLI11 GTest nanoflann VTK)
+foreach(package assimp CHOLMOD CLI11 GTest nanoflann nlohmann_json VTK)
   list(APPEND without "-DCMAKE_DISABLE_FIND_PACKAGE_${package}=ON")
 endforeach()
 
@@ -24,12 +24,12 @@ configure(-DQUOR_BUILD_BENCHMARKS=AUTO)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "a plain cmake stops:\n${said}")
 endif()
-says("without the command heatmap: no assimp, CLI11 (scripts/setup build")
+says("without the command heatmap: no assimp, CLI11, nanoflann, nlohmann_json (scripts/setup build")
 says("without the tests in C++: no GTest (scripts/setup test")
 says("the benchmarks of weld, construct, solve and write: no assimp, CLI11, nanoflann, VTK, CHOLMOD")
 
 foreach(asked "QUOR_BUILD_TOOLS|the command heatmap" "QUOR_BUILD_TESTS|the tests in C++"
-    "QUOR_BUILD_BENCHMARKS|the benchmarks of weld, construct, solve and write")
+    "QUOR_BUILD_BENCHMARKS|the benchmark of refine")
   string(REPLACE "|" ";" asked "${asked}")
   list(POP_FRONT asked option what)
   configure("-D${option}=ON")

@@ -11,7 +11,7 @@ bool isEndOfAxis(const Rule& rule) {
   return rule.kind == Rule::kLowEnd || rule.kind == Rule::kHighEnd;
 }
 
-EndSelection endSelection(const Mesh& mesh, const Rule& rule) {
+EndSelection endSelection(const Surface& mesh, const Rule& rule) {
   EndSelection result{std::vector<bool>(mesh.triangles.size() / 3),
                       std::vector<bool>(static_cast<std::size_t>(mesh.vertexCount()))};
   std::vector<bool> isSelected = result.isVertex;

@@ -1,8 +1,8 @@
 // What an end of an axis is of a part: its faces there, whatever their size.
 #pragma once
 
-#include "mesh.h"
 #include "selection.h"
+#include "surface.h"
 
 #include <vector>
 
@@ -19,6 +19,6 @@ bool isEndOfAxis(const Rule& rule);
 // The triangles whose three corners a rule for an end of an axis selects; where there are none the
 // edges, of which it selects both ends; or else its vertices alone.
 // Throws std::runtime_error if the rule selects no vertex.
-EndSelection endSelection(const Mesh& mesh, const Rule& rule);
+EndSelection endSelection(const Surface& mesh, const Rule& rule);
 
 }  // namespace heatmap

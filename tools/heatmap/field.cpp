@@ -18,7 +18,7 @@ constexpr double kMargin = 0.001;
 
 }  // namespace
 
-Solver buildSolver(const Mesh& mesh, const std::vector<std::int32_t>& tags, Stages& stages) {
+Solver buildSolver(const Surface& mesh, const std::vector<std::int32_t>& tags, Stages& stages) {
   try {
     Solver solver(mesh.vertices, mesh.triangles, tags, [&stages](double fraction) {
       stages.advance(fraction);
@@ -53,7 +53,7 @@ std::vector<double> solve(const Solver& solver, const std::vector<double>& value
   return field;
 }
 
-void write(const Mesh& mesh, const std::vector<double>& field,
+void write(const Surface& mesh, const std::vector<double>& field,
            const std::filesystem::path& directory, const std::string& name,
            const std::filesystem::path& ramp) {
   std::error_code error;

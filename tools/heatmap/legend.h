@@ -6,7 +6,7 @@
 
 namespace heatmap {
 
-// Words are UTF-8; bytes that are not are written as question marks.
+// Words are UTF-8; bytes that are not are written as U+FFFD.
 struct Legend {
   std::string title;  // of the result
   std::string field;  // what its values are: "temperature"
@@ -15,7 +15,7 @@ struct Legend {
   double maximum;
 };
 
-// Writes the file, one JSON object with these five members and "quor": 1, the version of the
+// Writes the file, one JSON object with these members and "quor": 1, the version of the
 // format. Throws std::runtime_error if it could not be written whole.
 void writeLegend(const Legend& legend, const std::filesystem::path& file);
 

@@ -5,13 +5,13 @@
 #include "field.h"
 #include "interrupt.h"
 #include "legend.h"
-#include "mesh.h"
 #include "page.h"
 #include "prepare.h"
 #include "ramp_ends.h"
 #include "read_soup.h"
 #include "selection.h"
 #include "stages.h"
+#include "surface.h"
 #include "text.h"
 #include "values.h"
 #include "weld_mesh.h"
@@ -57,7 +57,7 @@ struct Rules {
   std::vector<Rule> cold;
 };
 
-std::string counts(const Mesh& mesh) {
+std::string counts(const Surface& mesh) {
   return std::to_string(mesh.vertexCount()) + " vertices, " + std::to_string(mesh.triangleCount()) +
          " triangles";
 }
@@ -79,7 +79,7 @@ std::size_t longestAxis(const Bounds& bounds) {
 }
 
 // Whether the vertices that the rules select lie, on average, nearer to the low end of the axis.
-bool isAtLowEnd(const Mesh& mesh, const std::vector<Rule>& rules, std::size_t axis) {
+bool isAtLowEnd(const Surface& mesh, const std::vector<Rule>& rules, std::size_t axis) {
   const Bounds bounds = boundsOf(mesh);
   const double middle = bounds.low[axis] + (bounds.high[axis] - bounds.low[axis]) / 2;
   double sum = 0.0;
@@ -94,7 +94,7 @@ bool isAtLowEnd(const Mesh& mesh, const std::vector<Rule>& rules, std::size_t ax
 // Where a side has no rule it gets an end of an axis: the end that is farther from the other side,
 // of the axis that the other side's first rule names or else of the longest one. Without any rule
 // hot is the low end.
-void chooseMissingRules(const Mesh& mesh, Rules& rules) {
+void chooseMissingRules(const Surface& mesh, Rules& rules) {
   const std::size_t longest = longestAxis(boundsOf(mesh));
   const auto end = [](std::size_t axis, bool high) {
     Rule rule = parseRule(std::string(1, "xyz"[axis]) + (high ? "+" : "-"));
@@ -114,7 +114,7 @@ void chooseMissingRules(const Mesh& mesh, Rules& rules) {
   }
 }
 
-[[noreturn]] void refuseOverlap(const Mesh& mesh, const Rule& hot, const Rule& cold,
+[[noreturn]] void refuseOverlap(const Surface& mesh, const Rule& hot, const Rule& cold,
                                 std::int32_t vertex) {
   const auto name = [](const Rule& rule, const std::string& side) {
     return quoted(rule.text) + " (" + side +
@@ -127,7 +127,7 @@ void chooseMissingRules(const Mesh& mesh, Rules& rules) {
 }
 
 std::vector<std::int32_t> tagVertices(const Refined& refined, const Rules& rules) {
-  const Mesh& mesh = refined.mesh;
+  const Surface& mesh = refined.mesh;
   std::vector<std::int32_t> tags(static_cast<std::size_t>(mesh.vertexCount()), kFree);
   std::vector<const Rule*> coldRule(tags.size(), nullptr);
   for (const Rule& rule : rules.cold) {
@@ -157,23 +157,14 @@ std::string describe(const std::vector<std::int32_t>& tags, std::int32_t tag, co
 }
 
 // A piece without a prescribed vertex has no unique field.
-void requirePrescribedVertexEverywhere(const Mesh& mesh, const std::vector<std::int32_t>& tags) {
-  const std::vector<std::int32_t> component = componentsOf(mesh);
-  std::vector<bool> isPrescribed(component.size(), false);
-  for (std::size_t i = 0; i < tags.size(); ++i) {
-    if (tags[i] != kFree) {
-      isPrescribed[static_cast<std::size_t>(component[i])] = true;
-    }
-  }
-  for (std::size_t i = 0; i < component.size(); ++i) {
-    if (!isPrescribed[static_cast<std::size_t>(component[i])]) {
-      const double* p = mesh.vertex(static_cast<std::int32_t>(i));
-      throw std::runtime_error(
-          "the loose piece at " + pointText(p) +
-          " has neither a hot nor a cold vertex, so its temperature is open: "
-          "select one there (--hot nearest:X,Y,Z), keep the largest piece only "
-          "(--largest), or close gaps with a larger --tolerance");
-    }
+void requirePrescribedVertexEverywhere(const Surface& mesh, const std::vector<std::int32_t>& tags) {
+  const QuorkitFinding open =
+      quor::kit::check(mesh.vertices, mesh.triangles, tags).unprescribedPieces;
+  if (open.count > 0) {
+    throw std::runtime_error("the loose piece at " + pointText(mesh.vertex(open.first)) +
+                             " has neither a hot nor a cold vertex, so its temperature is open: "
+                             "select one there (--hot nearest:X,Y,Z), keep the largest piece only "
+                             "(--largest), or close gaps with a larger --tolerance");
   }
 }
 
@@ -202,19 +193,19 @@ Edge edgeOf(const Options& options) {
   }
 }
 
-Mesh readWeldedPart(const Options& options, Stages& stages) {
+Surface readWeldedPart(const Options& options, Stages& stages) {
   stages.begin("read");
-  const Mesh soup = readSoup(options.part);
+  const Surface soup = readSoup(options.part);
   stages.end(std::to_string(soup.vertexCount()) + " points, " +
              std::to_string(soup.triangleCount()) + " triangles");
   stages.begin("weld");
-  Mesh mesh =
+  Surface mesh =
       weld(soup, options.tolerance < 0.0 ? 1e-6 * boundsOf(soup).diagonal() : options.tolerance);
   stages.end(counts(mesh));
   return mesh;
 }
 
-void clean(Mesh& mesh, bool largest, Stages& stages) {
+void clean(Surface& mesh, bool largest, Stages& stages) {
   stages.begin("clean");
   const std::int32_t pieces = largest ? keepLargestComponent(mesh) : 0;
   const std::string dropped = clean(mesh);
@@ -233,7 +224,7 @@ Legend legendOf(const Options& options, double low, double high) {
 }
 
 // Chooses the rules that are missing as well.
-Refined refineForRules(const Mesh& part, const Edge& edge, Rules& rules, Stages& stages) {
+Refined refineForRules(const Surface& part, const Edge& edge, Rules& rules, Stages& stages) {
   stages.begin("refine");
   Refined refined = refine(part, edge);
   chooseMissingRules(refined.mesh, rules);
@@ -265,12 +256,12 @@ void run(const Options& options) {
 
   watchForInterrupt();
   Stages stages;
-  Mesh part = readWeldedPart(options, stages);
+  Surface part = readWeldedPart(options, stages);
   clean(part, options.largest, stages);
   stopIfInterrupted();
 
   Refined refined = refineForRules(part, edge, rules, stages);
-  Mesh& mesh = refined.mesh;
+  Surface& mesh = refined.mesh;
   const std::vector<std::int32_t> tags = tag(refined, rules, stages);
   stopIfInterrupted();
 

@@ -1,6 +1,7 @@
 #include "prepare.h"
 
 #include "end_selection.h"
+#include "number.h"
 #include "singular_points.h"
 #include "text.h"
 
@@ -8,11 +9,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <numeric>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -21,13 +21,13 @@ namespace {
 
 constexpr int kEdgesPerDiagonal = 32;
 
-Mesh copyOf(const quor::kit::Mesh& mesh) {
+Surface copyOf(const quor::kit::Mesh& mesh) {
   const auto vertices = mesh.vertices();
   const auto triangles = mesh.triangles();
   return {{vertices.begin(), vertices.end()}, {triangles.begin(), triangles.end()}};
 }
 
-std::string counts(const Mesh& mesh) {
+std::string counts(const Surface& mesh) {
   return std::to_string(mesh.vertexCount()) + " vertices, " + std::to_string(mesh.triangleCount()) +
          " triangles";
 }
@@ -64,7 +64,7 @@ quor::kit::Mesh madeOrRefused(double length, const Refining& refining) {
 
 }  // namespace
 
-std::string clean(Mesh& mesh) {
+std::string clean(Surface& mesh) {
   const QuorkitReport report = quor::kit::check(mesh.vertices, mesh.triangles);
   mesh = copyOf(quor::kit::clean(mesh.vertices, mesh.triangles));
   return "dropped " + std::to_string(report.unusedVertices.count) + " unused vertices, " +
@@ -75,15 +75,14 @@ Edge parseEdge(const std::string& text) {
   if (text == "none") {
     return {Edge::kNone, 0.0};
   }
-  char* end = nullptr;
-  const double length = std::strtod(text.c_str(), &end);
-  if (text.empty() || *end != '\0' || !std::isfinite(length) || !(length > 0.0)) {
+  const std::optional<double> length = parseFinite(text);
+  if (!length || !(*length > 0.0)) {
     throw std::runtime_error("--edge " + text + " is neither a length above 0 nor none");
   }
-  return {Edge::kLength, length};
+  return {Edge::kLength, *length};
 }
 
-Refined refine(const Mesh& mesh, const Edge& edge) {
+Refined refine(const Surface& mesh, const Edge& edge) {
   std::vector<std::array<std::int32_t, 2>> edges;
   edges.reserve(mesh.vertices.size() / 3);
   for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
@@ -119,14 +118,14 @@ void refineNearSingularPoints(Refined& refined, const std::vector<Rule>& rules) 
       include(selection.isVertex, isVertex);
     }
   }
-  std::vector<Point> points = cornersOfSurface(refined.input);
-  const std::vector<Point> others = cornersOfPrescribed(refined.input, isFace, isVertex);
+  std::vector<Position> points = cornersOfSurface(refined.input);
+  const std::vector<Position> others = cornersOfPrescribed(refined.input, isFace, isVertex);
   points.insert(points.end(), others.begin(), others.end());
-  const std::vector<double> sizes = sizesNear(std::move(points), refined.mesh, refined.length);
+  const std::vector<double> sizes = sizesNear(points, refined.mesh, refined.length);
   if (sizes.empty()) {
     return;
   }
-  const Mesh& even = refined.mesh;
+  const Surface& even = refined.mesh;
   const auto graded = madeOrRefused(refined.length, [&] {
     return quor::kit::refine(even.vertices, even.triangles, refined.length, sizes);
   });

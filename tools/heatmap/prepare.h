@@ -1,8 +1,8 @@
 // From the tessellation that a CAD host draws to a mesh that a field can be computed on.
 #pragma once
 
-#include "mesh.h"
 #include "selection.h"
+#include "surface.h"
 
 #include <array>
 #include <cstdint>
@@ -13,7 +13,7 @@ namespace heatmap {
 
 // Drops flat triangles without opening cracks, and vertices that no triangle uses.
 // Returns what went, as a text.
-std::string clean(Mesh& mesh);
+std::string clean(Surface& mesh);
 
 // How fine the mesh is to be.
 struct Edge {
@@ -26,8 +26,8 @@ Edge parseEdge(const std::string& text);
 
 // A mesh whose long edges are split, and the one that it was made of.
 struct Refined {
-  Mesh mesh;  // begins with the vertices of `input`
-  Mesh input;
+  Surface mesh;  // begins with the vertices of `input`
+  Surface input;
   std::vector<std::int32_t> origins;  // for each triangle the input triangle that it is a part of
   // For each vertex the input edge that it lies on, by its ends: twice itself if it is one of the
   // input's; kInside twice if it lies inside a triangle.
@@ -40,7 +40,7 @@ struct Refined {
 // Splits all edges longer than the length. Without vertices inside its faces a part has a field
 // that is wrong by several per cent; a thirty-second part of the diagonal, the default, leaves a
 // few thousandths. Throws std::runtime_error if that would make too many triangles.
-Refined refine(const Mesh& mesh, const Edge& edge);
+Refined refine(const Surface& mesh, const Edge& edge);
 
 // Splits edges near singular points further, those of the surface and those of what the rules
 // select. Throws likewise.

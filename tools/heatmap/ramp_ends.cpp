@@ -2,7 +2,7 @@
 
 namespace heatmap {
 
-void addRampEnds(Mesh& mesh, std::vector<double>& field, double low, double high) {
+void addRampEnds(Surface& mesh, std::vector<double>& field, double low, double high) {
   const std::vector<double> place(mesh.vertex(0), mesh.vertex(0) + 3);
   for (const double value : {low, high, high}) {
     mesh.triangles.push_back(mesh.vertexCount());

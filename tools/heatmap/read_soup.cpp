@@ -5,8 +5,8 @@
 #include <assimp/scene.h>
 #include <assimp/Importer.hpp>
 
-#include <algorithm>
-#include <cmath>
+#include <quorkit.hpp>
+
 #include <fstream>
 #include <limits>
 #include <stdexcept>
@@ -15,7 +15,7 @@
 namespace heatmap {
 namespace {
 
-void append(const aiMesh& part, Mesh& soup) {
+void append(const aiMesh& part, Surface& soup) {
   for (unsigned f = 0; f < part.mNumFaces; ++f) {
     const aiFace& face = part.mFaces[f];
     if (face.mNumIndices != 3) {
@@ -50,19 +50,19 @@ void requireFile(const std::filesystem::path& file) {
       reader);
 }
 
-void requireFinite(const Mesh& soup, const std::filesystem::path& file) {
-  const auto bad = std::find_if_not(soup.vertices.begin(), soup.vertices.end(),
-                                    [](double value) { return std::isfinite(value); });
-  if (bad != soup.vertices.end()) {
-    throw std::runtime_error("triangle " + std::to_string((bad - soup.vertices.begin()) / 9 + 1) +
-                             " of " + file.string() +
+void requireFinite(const Surface& soup, const std::filesystem::path& file) {
+  const QuorkitFinding notFinite =
+      quor::kit::check(soup.vertices, soup.triangles).notFinite;  // every third one ends a triangle
+  if (notFinite.count > 0) {
+    throw std::runtime_error("triangle " + std::to_string(notFinite.first / 3 + 1) + " of " +
+                             file.string() +
                              " has a coordinate that is not a finite number: export the part anew");
   }
 }
 
 }  // namespace
 
-Mesh readSoup(const std::filesystem::path& file) {
+Surface readSoup(const std::filesystem::path& file) {
   requireFile(file);
   Assimp::Importer importer;
   importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE,
@@ -74,7 +74,7 @@ Mesh readSoup(const std::filesystem::path& file) {
   if (scene == nullptr) {
     refuse(file, importer.GetErrorString());
   }
-  Mesh soup;
+  Surface soup;
   for (unsigned m = 0; m < scene->mNumMeshes; ++m) {
     append(*scene->mMeshes[m], soup);
   }

@@ -1,7 +1,7 @@
 // Reads a mesh file.
 #pragma once
 
-#include "mesh.h"
+#include "surface.h"
 
 #include <filesystem>
 
@@ -10,6 +10,6 @@ namespace heatmap {
 // Reads STL, OBJ, PLY, OFF and what else the reader knows as a soup: every triangle owns its three
 // points. Polygons are cut into triangles, points and lines left out.
 // Throws std::runtime_error saying what is wrong with the file.
-Mesh readSoup(const std::filesystem::path& file);
+Surface readSoup(const std::filesystem::path& file);
 
 }  // namespace heatmap

@@ -1,10 +1,12 @@
 #include "selection.h"
 
+#include "number.h"
 #include "text.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
-#include <sstream>
+#include <optional>
 #include <stdexcept>
 
 namespace heatmap {
@@ -19,17 +21,15 @@ constexpr double kDefaultFraction = 0.02;
 // Exactly `count` comma-separated finite numbers.
 std::vector<double> numbers(const std::string& rule, const std::string& text, std::size_t count) {
   std::vector<double> values;
-  std::istringstream stream(text);
-  for (std::string item; std::getline(stream, item, ',');) {
-    std::size_t used = 0;
-    try {
-      values.push_back(std::stod(item, &used));
-    } catch (const std::logic_error&) {
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find(',', begin), text.size());
+    const std::string item = text.substr(begin, end - begin);
+    const std::optional<double> value = parseFinite(item);
+    if (!value) {
       refuse(rule, "has " + quoted(item) + " where a number should be");
     }
-    if (used != item.size() || !std::isfinite(values.back())) {
-      refuse(rule, "has " + quoted(item) + " where a number should be");
-    }
+    values.push_back(*value);
+    begin = end + 1;
   }
   if (values.size() != count) {
     refuse(rule, count == 1 ? "needs one number after the colon"
@@ -44,7 +44,7 @@ double distance(const double* p, const std::vector<double>& q) {
 }
 
 template <typename Predicate>
-std::vector<std::int32_t> verticesWhere(const Mesh& mesh, const Predicate& predicate) {
+std::vector<std::int32_t> verticesWhere(const Surface& mesh, const Predicate& predicate) {
   std::vector<std::int32_t> selected;
   for (std::int32_t i = 0; i < mesh.vertexCount(); ++i) {
     if (predicate(mesh.vertex(i))) {
@@ -54,7 +54,7 @@ std::vector<std::int32_t> verticesWhere(const Mesh& mesh, const Predicate& predi
   return selected;
 }
 
-std::vector<std::int32_t> nearest(const Mesh& mesh, const std::vector<double>& point) {
+std::vector<std::int32_t> nearest(const Surface& mesh, const std::vector<double>& point) {
   double best = std::numeric_limits<double>::infinity();
   std::int32_t vertex = 0;
   for (std::int32_t i = 0; i < mesh.vertexCount(); ++i) {
@@ -67,7 +67,8 @@ std::vector<std::int32_t> nearest(const Mesh& mesh, const std::vector<double>& p
   return {vertex};
 }
 
-std::vector<std::int32_t> axisEnd(const Mesh& mesh, std::size_t axis, bool upper, double fraction) {
+std::vector<std::int32_t> axisEnd(const Surface& mesh, std::size_t axis, bool upper,
+                                  double fraction) {
   const Bounds bounds = boundsOf(mesh);
   const double depth = fraction * (bounds.high[axis] - bounds.low[axis]);
   return verticesWhere(mesh, [&](const double* p) {
@@ -75,7 +76,7 @@ std::vector<std::int32_t> axisEnd(const Mesh& mesh, std::size_t axis, bool upper
   });
 }
 
-std::vector<std::int32_t> apply(const Mesh& mesh, const Rule& rule) {
+std::vector<std::int32_t> apply(const Surface& mesh, const Rule& rule) {
   switch (rule.kind) {
     case Rule::kBall:
       return verticesWhere(
@@ -117,7 +118,7 @@ Rule parseRule(const std::string& rule) {
          "nearest:X,Y,Z");
 }
 
-std::vector<std::int32_t> select(const Mesh& mesh, const Rule& rule) {
+std::vector<std::int32_t> select(const Surface& mesh, const Rule& rule) {
   std::vector<std::int32_t> selected = apply(mesh, rule);
   if (selected.empty()) {
     refuse(rule.text, "selects no vertex: the part reaches from " + boundsText(boundsOf(mesh)) +

@@ -1,7 +1,7 @@
 // Simple rules that select vertices.
 #pragma once
 
-#include "mesh.h"
+#include "surface.h"
 
 #include <string>
 #include <vector>
@@ -27,6 +27,6 @@ Rule parseRule(const std::string& rule);
 
 // The vertices that the rule selects, in ascending order.
 // Throws std::runtime_error if there are none, and says where the mesh is.
-std::vector<std::int32_t> select(const Mesh& mesh, const Rule& rule);
+std::vector<std::int32_t> select(const Surface& mesh, const Rule& rule);
 
 }  // namespace heatmap

@@ -1,11 +1,12 @@
 #include "singular_points.h"
 
+#include <nanoflann.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <utility>
 
 namespace heatmap {
 namespace {
@@ -13,6 +14,26 @@ namespace {
 constexpr double kHalfTurn = 3.14159265358979;
 // Curved surfaces have small excesses everywhere, which do not matter.
 constexpr double kExcess = 0.3;
+
+double squaredDistance(const double* p, const double* q) {
+  const double dx = p[0] - q[0];
+  const double dy = p[1] - q[1];
+  const double dz = p[2] - q[2];
+  return dx * dx + dy * dy + dz * dz;
+}
+
+// What nanoflann wants to know of the points that it searches.
+struct PointCloud {
+  const std::vector<Position>& points;
+  std::size_t kdtree_get_point_count() const { return points.size(); }
+  double kdtree_get_pt(std::size_t i, std::size_t axis) const { return points[i][axis]; }
+  template <typename Box>
+  bool kdtree_get_bbox(Box& /*box*/) const {
+    return false;  // none is known beforehand
+  }
+};
+using Tree = nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<double, PointCloud>,
+                                                 PointCloud, 3, std::size_t>;
 
 // Of the sides at corner p.
 double angleAt(const double* p, const double* q, const double* r) {
@@ -24,7 +45,7 @@ double angleAt(const double* p, const double* q, const double* r) {
 
 // Around each vertex, the angles of the triangles that count.
 template <typename Counts>
-std::vector<double> turns(const Mesh& mesh, const Counts& counts) {
+std::vector<double> turns(const Surface& mesh, const Counts& counts) {
   std::vector<double> turn(static_cast<std::size_t>(mesh.vertexCount()));
   for (std::int32_t t = 0; t < mesh.triangleCount(); ++t) {
     const std::int32_t* const corner = mesh.triangle(t);
@@ -38,8 +59,8 @@ std::vector<double> turns(const Mesh& mesh, const Counts& counts) {
 }
 
 template <typename Predicate>
-std::vector<Point> verticesWhere(const Mesh& mesh, const Predicate& predicate) {
-  std::vector<Point> points;
+std::vector<Position> verticesWhere(const Surface& mesh, const Predicate& predicate) {
+  std::vector<Position> points;
   for (std::int32_t i = 0; i < mesh.vertexCount(); ++i) {
     if (predicate(static_cast<std::size_t>(i))) {
       const double* const p = mesh.vertex(i);
@@ -51,34 +72,38 @@ std::vector<Point> verticesWhere(const Mesh& mesh, const Predicate& predicate) {
 
 }  // namespace
 
-std::vector<Point> cornersOfSurface(const Mesh& part) {
+std::vector<Position> cornersOfSurface(const Surface& part) {
   const std::vector<double> turn = turns(part, [](std::int32_t /*t*/) { return true; });
   return verticesWhere(part, [&](std::size_t i) { return turn[i] > 2.0 * kHalfTurn + kExcess; });
 }
 
-std::vector<Point> cornersOfPrescribed(const Mesh& part, const std::vector<bool>& isFace,
-                                       const std::vector<bool>& isVertex) {
+std::vector<Position> cornersOfPrescribed(const Surface& part, const std::vector<bool>& isFace,
+                                          const std::vector<bool>& isVertex) {
   const std::vector<double> turn =
       turns(part, [&](std::int32_t t) { return !isFace[static_cast<std::size_t>(t)]; });
   return verticesWhere(part,
                        [&](std::size_t i) { return isVertex[i] && turn[i] > kHalfTurn + kExcess; });
 }
 
-std::vector<double> sizesNear(std::vector<Point> points, const Mesh& mesh, double length) {
+std::vector<double> sizesNear(const std::vector<Position>& points, const Surface& mesh,
+                              double length) {
   constexpr double kSmallest = 1.0 / 16.0;
   constexpr double kGrowth = 0.3;
-  std::vector<double> sizes(mesh.vertices.size() / 3, std::numeric_limits<double>::infinity());
   const double reach = (1.0 - kSmallest) * length / kGrowth;
-  const NearestPoint tree(std::move(points));
-  for (std::size_t i = 0; i < sizes.size(); ++i) {
-    const double nearest =
-        tree.squaredDistanceFrom(mesh.vertex(static_cast<std::int32_t>(i)), reach * reach);
-    if (nearest < reach * reach) {
-      sizes[i] = kSmallest * length + kGrowth * std::sqrt(nearest);
+  std::vector<double> sizes(mesh.vertices.size() / 3, std::numeric_limits<double>::infinity());
+  const PointCloud cloud{points};
+  const Tree tree(3, cloud);
+  bool isAnySmall = false;
+  for (std::size_t i = 0; i < sizes.size() && !points.empty(); ++i) {
+    std::size_t nearest = 0;
+    double squared = 0.0;
+    tree.knnSearch(mesh.vertex(toIndex(i)), 1, &nearest, &squared);
+    const double size = kSmallest * length + kGrowth * std::sqrt(squared);
+    if (squared < reach * reach && size < length) {
+      sizes[i] = size;
+      isAnySmall = true;
     }
   }
-  const bool isAnySmall =
-      std::any_of(sizes.begin(), sizes.end(), [length](double size) { return size < length; });
   return isAnySmall ? sizes : std::vector<double>();
 }
 

@@ -1,7 +1,7 @@
 // Numbers and places as messages show them.
 #pragma once
 
-#include "mesh.h"
+#include "surface.h"
 
 #include <string>
 

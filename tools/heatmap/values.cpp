@@ -1,10 +1,11 @@
 #include "values.h"
 
+#include "number.h"
 #include "text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
+#include <optional>
 
 namespace heatmap {
 namespace {
@@ -37,12 +38,11 @@ void requireDifference(double hot, double cold) {
 }  // namespace
 
 std::string whyNotFinite(const std::string& given) {
-  char* end = nullptr;
-  const double value = std::strtod(given.c_str(), &end);
-  if (given.empty() || *end != '\0') {
+  const std::optional<double> value = parseNumber(given);
+  if (!value) {
     return quoted(given) + " is not a number: it is written like 20, -1.5 or 2e3, without a unit";
   }
-  return std::isfinite(value) ? "" : quoted(given) + " is not a finite number";
+  return std::isfinite(*value) ? "" : quoted(given) + " is not a finite number";
 }
 
 std::string whyNotFiniteOr0(const std::string& given) {

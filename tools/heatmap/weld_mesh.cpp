@@ -14,7 +14,7 @@ namespace {
 
 // Keeps the triangles for which keep(t) is true, in their order. Returns how many went.
 template <typename Keep>
-std::int32_t filterTriangles(Mesh& mesh, const Keep& keep) {
+std::int32_t filterTriangles(Surface& mesh, const Keep& keep) {
   const std::int32_t before = mesh.triangleCount();
   std::vector<std::int32_t> kept;
   for (std::int32_t t = 0; t < before; ++t) {
@@ -28,9 +28,9 @@ std::int32_t filterTriangles(Mesh& mesh, const Keep& keep) {
 
 }  // namespace
 
-Mesh weld(const Mesh& soup, double tolerance) {
+Surface weld(const Surface& soup, double tolerance) {
   quor::Welded welded = quor::kit::weld(soup.vertices, soup.triangles, tolerance);
-  Mesh mesh{std::move(welded.vertices), std::move(welded.triangles)};
+  Surface mesh{std::move(welded.vertices), std::move(welded.triangles)};
   if (mesh.triangles.empty()) {
     throw std::runtime_error("no triangle is left after points nearer than " + text(tolerance) +
                              " became one: the tolerance is too large for a part from " +
@@ -39,7 +39,10 @@ Mesh weld(const Mesh& soup, double tolerance) {
   return mesh;
 }
 
-std::vector<std::int32_t> componentsOf(const Mesh& mesh) {
+namespace {
+
+// Numbers the pieces of the mesh that no edge connects: the piece of every vertex.
+std::vector<std::int32_t> componentsOf(const Surface& mesh) {
   std::vector<std::int32_t> parent(static_cast<std::size_t>(mesh.vertexCount()));
   std::iota(parent.begin(), parent.end(), 0);
   const auto root = [&parent](std::int32_t i) {
@@ -66,7 +69,9 @@ std::vector<std::int32_t> componentsOf(const Mesh& mesh) {
   return component;
 }
 
-std::int32_t keepLargestComponent(Mesh& mesh) {
+}  // namespace
+
+std::int32_t keepLargestComponent(Surface& mesh) {
   const std::vector<std::int32_t> component = componentsOf(mesh);
   std::vector<std::int32_t> size(component.size(), 0);
   for (const std::int32_t c : component) {
