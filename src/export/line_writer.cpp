@@ -1,10 +1,10 @@
 #include "export/line_writer.h"
 
+#include "export/number_text.h"
+
 #include <algorithm>
 #include <cassert>
 #include <charconv>
-#include <cmath>
-#include <cstdio>
 #include <locale>
 #include <ostream>
 #include <streambuf>
@@ -20,20 +20,10 @@ void prepareNumbers(std::ofstream& file) {
   std::use_facet<std::num_put<char>>(file.getloc()).put(&nowhere, file, ' ', 0L);
 }
 
-/// Whether numbers can be formatted without a stream: the C++ library knows how, and the locale
-/// asks for nothing else.
-bool isPlain(const std::ofstream& file) {
-#if defined(__cpp_lib_to_chars)
-  return file.getloc() == std::locale::classic();
-#else
-  static_cast<void>(file);
-  return false;
-#endif
-}
-
 }  // namespace
 
-LineWriter::LineWriter(std::ofstream& file) : file_(file), isClassic_(isPlain(file)) {
+LineWriter::LineWriter(std::ofstream& file)
+    : file_(file), isClassic_(file.getloc() == std::locale::classic()) {
   prepareNumbers(file_);
 }
 
@@ -52,14 +42,8 @@ LineWriter& LineWriter::operator<<(double number) {
     file_ << number;
     return *this;
   }
-#if defined(__cpp_lib_to_chars)
-  if (std::isfinite(number)) {
-    next_ = std::to_chars(next_, end(), number, std::chars_format::general, 6).ptr;
-    return *this;
-  }
-#endif
-  // How an infinity and a NaN are spelt is the C library's affair, here as in a stream.
-  next_ += std::snprintf(next_, static_cast<std::size_t>(end() - next_), "%g", number);
+  assert(end() - next_ > static_cast<std::ptrdiff_t>(kLongestNumber));
+  next_ = writeNumber(next_, number);
   return *this;
 }
 

@@ -1,6 +1,7 @@
 #include "export/obj_writer.h"
 
 #include "export/line_writer.h"
+#include "export/obj_lines.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -10,6 +11,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace quor {
 namespace {
@@ -28,48 +30,22 @@ bool openFile(std::ofstream& file, const std::string& baseName, const char* exte
   return file.is_open();
 }
 
-void writePositions(LineWriter& file, const std::vector<double>& vertices,
-                    std::size_t vertexCount) {
-  for (std::size_t k = 0; k < vertexCount; ++k) {
-    const double* p = vertices.data() + 3 * k;
-    file << "v " << p[0] << " " << p[1] << " " << p[2];
-    file.endLine();
-  }
-}
-
-void writeTextureCoordinates(LineWriter& file, const double* field, std::size_t vertexCount) {
-  const std::vector<double> values(field, field + vertexCount);
+void writeField(LineWriter& lines, const double* field, std::size_t n) {
+  const std::vector<double> values(field, field + n);
   const auto [low, high] = std::minmax_element(values.begin(), values.end());
   const double lo = *low;
   const double s = 1.0 / (*high - lo);
-  for (const double value : values) {
-    const double u = (lo - value) * s + 1.0;
-    file << "vt " << u << " 0.5";
-    file.endLine();
-  }
-}
-
-void writeFaces(LineWriter& file, const std::vector<std::int32_t>& triangles) {
-  const auto length = static_cast<std::int32_t>(triangles.size());
-  for (std::int32_t t = 0; t + 2 < length; t += 3) {
-    file << "f";
-    for (std::int32_t corner = t; corner < t + 3; ++corner) {
-      const auto number = std::int64_t{triangles[static_cast<std::size_t>(corner)]} + 1;
-      file << " " << number << "/" << number;
-    }
-    file.endLine();
-  }
+  writeTextureCoordinates(lines, values.data(), n,
+                          [lo, s](double value) { return (lo - value) * s + 1.0; });
 }
 
 void writeMaterial(std::ofstream& file) {
-  file << "newmtl Heat " << std::endl
-       << "Kd 1 1 1             " << std::endl
-       << "Ns 96.0784\t\t\t " << std::endl
-       << "d 1\t\t\t\t\t " << std::endl
-       << "illum 1\t\t\t\t " << std::endl
-       << "Ka 0 0 0\t\t\t " << std::endl
-       << "Ks 1 1 1\t\t\t " << std::endl
-       << "map_Kd viridis.PNG" << std::endl;
+  std::string_view rest = kMaterial;
+  while (!rest.empty()) {
+    const std::size_t length = rest.find('\n');
+    file << rest.substr(0, length) << std::endl;
+    rest.remove_prefix(length + 1);
+  }
 }
 
 }  // namespace
@@ -90,9 +66,9 @@ void writeObjAndMtl(const std::vector<double>& vertices, const std::vector<std::
   }
   const std::size_t vertexCount = static_cast<std::size_t>(length) / 3;
   LineWriter lines(file);
-  writePositions(lines, vertices, vertexCount);
-  writeTextureCoordinates(lines, field, vertexCount);
-  writeFaces(lines, triangles);
+  writePositions(lines, vertices.data(), vertexCount);
+  writeField(lines, field, vertexCount);
+  writeFaces(lines, triangles.data(), triangles.size() / 3);
   file.close();
 
   if (openFile(file, baseName, ".mtl")) {

@@ -1,7 +1,7 @@
 #include "kit/check.h"
 
 #include "kit/triangle_shape.h"
-#include "kit/vertex_sets.h"
+#include "util/disjoint_sets.h"
 
 #include <algorithm>
 #include <array>
@@ -25,7 +25,12 @@ void count(QuorkitFinding& finding, std::int32_t index) {
 class Check {
  public:
   Check(const MeshView& mesh, const std::int32_t* tags)
-      : mesh_(mesh), tags_(tags), isUsed_(mesh.vertexCount()), pieces_(mesh.n) {
+      : mesh_(mesh),
+        tags_(tags),
+        isUsed_(mesh.vertexCount()),
+        isInPiece_(mesh.vertexCount()),
+        parents_(quor::DisjointSets::singletons(mesh.n)),
+        pieces_(parents_.data()) {
     for (QuorkitFinding* finding :
          {&report_.cornersOutOfRange, &report_.repeatedCorners, &report_.notFinite,
           &report_.flatTriangles, &report_.needles, &report_.unusedVertices,
@@ -48,31 +53,32 @@ class Check {
 
  private:
   void look(std::int32_t t) {
-    const std::int32_t* const corner = mesh_.triangles + 3 * static_cast<std::size_t>(t);
+    const std::int32_t* const corner = mesh_.triangles + 3 * toSize(t);
     const auto isInRange = [this](std::int32_t c) { return c >= 0 && c < mesh_.n; };
     if (!std::all_of(corner, corner + 3, isInRange)) {
       count(report_.cornersOutOfRange, t);
       for (std::size_t k = 0; k < 3; ++k) {
         if (isInRange(corner[k])) {
-          isUsed_[static_cast<std::size_t>(corner[k])] = true;
+          isUsed_[toSize(corner[k])] = true;
         }
       }
       return;
     }
     for (std::size_t k = 0; k < 3; ++k) {
-      isUsed_[static_cast<std::size_t>(corner[k])] = true;
+      isUsed_[toSize(corner[k])] = true;
     }
     if (corner[0] == corner[1] || corner[1] == corner[2] || corner[2] == corner[0]) {
       count(report_.repeatedCorners, t);
       return;
     }
-    pieces_.unite(corner[0], corner[1]);
-    pieces_.unite(corner[1], corner[2]);
+    pieces_.link(corner[0], corner[1]);
+    pieces_.link(corner[1], corner[2]);
+    isInPiece_[toSize(pieces_.root(corner[0]))] = true;
     measure(t, {pointAt(mesh_.vertices, corner[0]), pointAt(mesh_.vertices, corner[1]),
                 pointAt(mesh_.vertices, corner[2])});
   }
 
-  void measure(std::int32_t t, const std::array<Point, 3>& points) {
+  void measure(std::int32_t t, const std::array<Vec3, 3>& points) {
     if (!std::all_of(points.begin(), points.end(), isFinite)) {
       return;
     }
@@ -92,39 +98,40 @@ class Check {
 
   void lookAtVertices() {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    Point low = {kInfinity, kInfinity, kInfinity};
-    Point high = {-kInfinity, -kInfinity, -kInfinity};
+    Vec3 low = {kInfinity, kInfinity, kInfinity};
+    Vec3 high = {-kInfinity, -kInfinity, -kInfinity};
     for (std::int32_t v = 0; v < mesh_.n; ++v) {
-      const bool isUsed = isUsed_[static_cast<std::size_t>(v)];
+      const bool isUsed = isUsed_[toSize(v)];
       if (!isUsed) {
         count(report_.unusedVertices, v);
       }
-      const Point p = pointAt(mesh_.vertices, v);
+      const Vec3 p = pointAt(mesh_.vertices, v);
       if (!isFinite(p)) {
         count(report_.notFinite, v);
       } else if (isUsed) {
         low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
         high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
       }
-      // A set's root is its lowest vertex, and a set of one may be in no triangle at all.
-      if (pieces_.root(v) == v && pieces_.isShared(v)) {
+      if (isPiece(v)) {
         count(report_.pieces, v);
       }
     }
     report_.diagonal = low.x <= high.x ? std::sqrt(squaredDistance(low, high)) : 0.0;
   }
 
+  /// Whether a vertex stands for a piece: it is the lowest of a set that has a triangle.
+  bool isPiece(std::int32_t v) { return pieces_.root(v) == v && isInPiece_[toSize(v)]; }
+
   void lookAtTags() {
     std::vector<bool> hasPrescribed(mesh_.vertexCount());
     for (std::int32_t v = 0; v < mesh_.n; ++v) {
       if (isPrescribed(tags_[v])) {
         count(report_.prescribedVertices, v);
-        hasPrescribed[static_cast<std::size_t>(pieces_.root(v))] = true;
+        hasPrescribed[toSize(pieces_.root(v))] = true;
       }
     }
     for (std::int32_t v = 0; v < mesh_.n; ++v) {
-      if (pieces_.root(v) == v && pieces_.isShared(v) &&
-          !hasPrescribed[static_cast<std::size_t>(v)]) {
+      if (isPiece(v) && !hasPrescribed[toSize(v)]) {
         count(report_.unprescribedPieces, v);
       }
     }
@@ -133,7 +140,9 @@ class Check {
   const MeshView& mesh_;
   const std::int32_t* tags_;
   std::vector<bool> isUsed_;
-  VertexSets pieces_;
+  std::vector<bool> isInPiece_;  ///< of what once was a root of a set with a triangle
+  std::vector<std::int32_t> parents_;
+  quor::DisjointSets pieces_;
   QuorkitReport report_{};
   double squaredLongest_ = 0.0;
 };

@@ -2,7 +2,7 @@
 
 #include "kit/split_pattern.h"
 #include "kit/triangle_shape.h"
-#include "kit/vertex_sets.h"
+#include "util/disjoint_sets.h"
 
 #include <algorithm>
 #include <array>
@@ -40,7 +40,7 @@ class SplitEdges {
       : edges_(std::move(edges)), isEnd_(vertexCount) {
     std::sort(edges_.begin(), edges_.end(), isBefore);
     for (const SplitEdge& edge : edges_) {
-      isEnd_[static_cast<std::size_t>(edge.u)] = isEnd_[static_cast<std::size_t>(edge.v)] = true;
+      isEnd_[toSize(edge.u)] = isEnd_[toSize(edge.v)] = true;
     }
   }
 
@@ -48,7 +48,7 @@ class SplitEdges {
 
   /// The vertex at which the edge is split, that of the first triangle; kNone if it is not.
   std::int32_t middle(std::int32_t a, std::int32_t b) const {
-    if (!isEnd_[static_cast<std::size_t>(a)] || !isEnd_[static_cast<std::size_t>(b)]) {
+    if (!isEnd_[toSize(a)] || !isEnd_[toSize(b)]) {
       return kNone;
     }
     const SplitEdge wanted = {std::min(a, b), std::max(a, b), 0, kNone};
@@ -68,7 +68,8 @@ class Cleaning {
  public:
   explicit Cleaning(const MeshView& mesh)
       : mesh_(mesh),
-        sets_(mesh.n),
+        parents_(quor::DisjointSets::singletons(mesh.n)),
+        sets_(parents_.data()),
         triangles_(mesh.triangleCount()),
         origins_(mesh.triangleCount()) {
     for (std::size_t t = 0; t < triangles_.size(); ++t) {
@@ -77,7 +78,7 @@ class Cleaning {
     std::iota(origins_.begin(), origins_.end(), 0);
   }
 
-  Mesh run() {
+  MeshData run() {
     for (int left = rounds(); left > 0 && (mergeCorners() || splitLongSides()); --left) {
     }
     dropFlat();
@@ -108,7 +109,7 @@ class Cleaning {
       }
       const TriangleShape s = shape(t);
       if (s.isFlat() && s.isShortestNothing()) {
-        hasMerged |= sets_.unite(t[s.shortest], t[(s.shortest + 1) % 3]);
+        hasMerged |= sets_.link(t[s.shortest], t[(s.shortest + 1) % 3]);
       }
     }
     if (hasMerged) {
@@ -217,30 +218,30 @@ class Cleaning {
     origins_.resize(kept);
   }
 
-  Mesh result() {
-    Mesh cleaned;
+  MeshData result() {
+    MeshData cleaned;
     cleaned.vertexMap.assign(mesh_.vertexCount(), -1);
     for (const Triangle& t : triangles_) {
       for (const std::int32_t corner : t) {
-        cleaned.vertexMap[static_cast<std::size_t>(corner)] = 0;
+        cleaned.vertexMap[toSize(corner)] = 0;
       }
     }
     std::int32_t count = 0;
     for (std::int32_t v = 0; v < mesh_.n; ++v) {
-      std::int32_t& place = cleaned.vertexMap[static_cast<std::size_t>(v)];
+      std::int32_t& place = cleaned.vertexMap[toSize(v)];
       if (place == 0) {
-        const Point p = pointAt(mesh_.vertices, v);
+        const Vec3 p = pointAt(mesh_.vertices, v);
         cleaned.vertices.insert(cleaned.vertices.end(), {p.x, p.y, p.z});
         cleaned.vertexOrigins.insert(cleaned.vertexOrigins.end(), {v, v});
         place = count++;
       } else {  // dropped, or part of a lower one
-        place = cleaned.vertexMap[static_cast<std::size_t>(sets_.root(v))];
+        place = cleaned.vertexMap[toSize(sets_.root(v))];
       }
     }
     cleaned.triangles.reserve(3 * triangles_.size());
     for (const Triangle& t : triangles_) {
       for (const std::int32_t corner : t) {
-        cleaned.triangles.push_back(cleaned.vertexMap[static_cast<std::size_t>(corner)]);
+        cleaned.triangles.push_back(cleaned.vertexMap[toSize(corner)]);
       }
     }
     cleaned.triangleOrigins = std::move(origins_);
@@ -248,7 +249,8 @@ class Cleaning {
   }
 
   const MeshView& mesh_;
-  VertexSets sets_;
+  std::vector<std::int32_t> parents_;
+  quor::DisjointSets sets_;
   std::vector<Triangle> triangles_;
   std::vector<std::int32_t> origins_;
   std::vector<Triangle> newTriangles_;
@@ -257,7 +259,7 @@ class Cleaning {
 
 }  // namespace
 
-Mesh clean(const MeshView& mesh) {
+MeshData clean(const MeshView& mesh) {
   return Cleaning(mesh).run();
 }
 

@@ -9,6 +9,6 @@ namespace quorkit {
 /// uses. See quorkitClean for what becomes of whom.
 /// Throws std::bad_alloc.
 /// @param mesh  corners in range, equal ones allowed; finite where used
-Mesh clean(const MeshView& mesh);
+MeshData clean(const MeshView& mesh);
 
 }  // namespace quorkit

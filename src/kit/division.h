@@ -14,12 +14,12 @@
 
 namespace quorkit {
 
-struct Corner {
-  Point point;
+struct SizedCorner {
+  Vec3 point;
   double size;         ///< no edge that ends here is to be longer
   std::int32_t index;  ///< of the vertex; without a meaning where triangles are only counted
 };
-using Corners = std::array<Corner, 3>;
+using SizedTriangle = std::array<SizedCorner, 3>;
 
 /// A length for all edges, and shorter ones for those near some vertices.
 struct EdgeLengths {
@@ -32,8 +32,8 @@ struct EdgeLengths {
 };
 
 /// @param lengths  what no edge is to be longer than
-inline Corners cornersOf(const MeshView& mesh, std::size_t t, const EdgeLengths& lengths) {
-  Corners corners{};
+inline SizedTriangle cornersOf(const MeshView& mesh, std::size_t t, const EdgeLengths& lengths) {
+  SizedTriangle corners{};
   for (std::size_t k = 0; k < 3; ++k) {
     const std::int32_t index = mesh.triangles[3 * t + k];
     corners[k] = {pointAt(mesh.vertices, index), lengths.at(index), index};
@@ -42,7 +42,7 @@ inline Corners cornersOf(const MeshView& mesh, std::size_t t, const EdgeLengths&
 }
 
 /// The same bits either way round; halves cannot overflow.
-inline Point midpoint(Point p, Point q) {
+inline Vec3 midpoint(Vec3 p, Vec3 q) {
   return {0.5 * p.x + 0.5 * q.x, 0.5 * p.y + 0.5 * q.y, 0.5 * p.z + 0.5 * q.z};
 }
 
@@ -56,25 +56,26 @@ class Division {
   /// @param emit    (corners) -> whether to go on; gets every part that is not divided any more
   /// @return whether it came to an end
   template <typename Number, typename Emit>
-  bool divide(const Corners& triangle, const Number& number, const Emit& emit) {
+  bool divide(const SizedTriangle& triangle, const Number& number, const Emit& emit) {
     waiting_.assign(1, triangle);
     while (!waiting_.empty()) {
-      std::array<Corner, 6> corners{waiting_.back()[0], waiting_.back()[1], waiting_.back()[2]};
+      std::array<SizedCorner, 6> corners{waiting_.back()[0], waiting_.back()[1],
+                                         waiting_.back()[2]};
       waiting_.pop_back();
       unsigned sides = 0;
       for (std::size_t e = 0; e < 3; ++e) {
         sides |= isSplit(corners[e], corners[(e + 1) % 3]) ? 1U << e : 0U;
       }
       if (sides == 0) {
-        if (!emit(Corners{corners[0], corners[1], corners[2]})) {
+        if (!emit(SizedTriangle{corners[0], corners[1], corners[2]})) {
           return false;
         }
         continue;
       }
       for (std::size_t e = 0; e < 3; ++e) {
         if ((sides >> e & 1U) != 0) {
-          const Corner& p = corners[e];
-          const Corner& q = corners[(e + 1) % 3];
+          const SizedCorner& p = corners[e];
+          const SizedCorner& q = corners[(e + 1) % 3];
           corners[3 + e].point = midpoint(p.point, q.point);
           corners[3 + e].size = sizeBetween(p, q);
           corners[3 + e].index = number(p, q, corners[3 + e].point);
@@ -99,20 +100,18 @@ class Division {
     return patterns;
   }();
 
-  static bool isSame(Point p, Point q) { return p.x == q.x && p.y == q.y && p.z == q.z; }
-
   /// An edge whose midpoint rounds to an end cannot be split.
-  static bool isSplit(const Corner& p, const Corner& q) {
+  static bool isSplit(const SizedCorner& p, const SizedCorner& q) {
     const double size = std::min(p.size, q.size);
     if (!(squaredDistance(p.point, q.point) > size * size)) {
       return false;
     }
-    const Point middle = midpoint(p.point, q.point);
-    return !isSame(middle, p.point) && !isSame(middle, q.point);
+    const Vec3 middle = midpoint(p.point, q.point);
+    return middle != p.point && middle != q.point;
   }
 
   /// The size at the midpoint of an edge: grows by half of the distance from the smaller end.
-  double sizeBetween(const Corner& p, const Corner& q) const {
+  double sizeBetween(const SizedCorner& p, const SizedCorner& q) const {
     const double size = std::min(p.size, q.size);
     if (size == longest_) {
       return size;
@@ -120,7 +119,7 @@ class Division {
     return std::min(longest_, size + 0.25 * std::sqrt(squaredDistance(p.point, q.point)));
   }
 
-  static bool isOtherShorter(unsigned sides, const std::array<Corner, 6>& corners) {
+  static bool isOtherShorter(unsigned sides, const std::array<SizedCorner, 6>& corners) {
     if (sides != 3 && sides != 5 && sides != 6) {
       return false;
     }
@@ -130,7 +129,7 @@ class Division {
   }
 
   double longest_;
-  std::vector<Corners> waiting_;  ///< parts that are begun and not yet emitted
+  std::vector<SizedTriangle> waiting_;  ///< parts that are begun and not yet emitted
 };
 
 }  // namespace quorkit

@@ -1,6 +1,8 @@
 // The vertices that were put on the midpoints of edges.
 #pragma once
 
+#include "util/index.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +11,9 @@
 #include <vector>
 
 namespace quorkit {
+
+using quor::toIndex;
+using quor::toSize;
 
 /// A table of edges, each with the vertex on its midpoint. New vertices are numbered from n on, in
 /// the order in which their edges are first asked for.
@@ -25,7 +30,7 @@ class EdgeMidpoints {
   /// @param n       number of vertices that are no midpoints
   /// @param likely  how many midpoints there may be; more are fine
   EdgeMidpoints(std::int32_t n, std::size_t likely) : first_(n) {
-    ends_.reserve(2 * (static_cast<std::size_t>(n) + likely));
+    ends_.reserve(2 * (toSize(n) + likely));
     for (std::int32_t v = 0; v < n; ++v) {
       ends_.insert(ends_.end(), {v, v});
     }
@@ -69,8 +74,8 @@ class EdgeMidpoints {
   static constexpr std::size_t kSmallest = 64;
   static constexpr std::uint64_t kStepsPerEdge = 8;
 
-  std::size_t midpoints() const { return ends_.size() / 2 - static_cast<std::size_t>(first_); }
-  std::int32_t last() const { return static_cast<std::int32_t>(ends_.size() / 2) - 1; }
+  std::size_t midpoints() const { return ends_.size() / 2 - toSize(first_); }
+  std::int32_t last() const { return toIndex(ends_.size() / 2) - 1; }
 
   std::int32_t append(Ends ends) {
     ends_.insert(ends_.end(), {ends.first, ends.second});
@@ -96,7 +101,7 @@ class EdgeMidpoints {
   }
 
   Ends endsOf(std::int32_t vertex) const {
-    const std::size_t at = 2 * static_cast<std::size_t>(vertex);
+    const std::size_t at = 2 * toSize(vertex);
     return {ends_[at], ends_[at + 1]};
   }
 
@@ -106,7 +111,7 @@ class EdgeMidpoints {
   std::size_t slotOf(Ends ends) const {
     if (ends.first >= first_) {
       const auto mixed = static_cast<std::uint32_t>(ends.first) * 0x9E3779B9U;
-      return (2 * static_cast<std::size_t>(ends.second - first_) + (mixed >> 28U)) & mask_;
+      return (2 * toSize(ends.second - first_) + (mixed >> 28U)) & mask_;
     }
     const auto key =
         static_cast<std::uint64_t>(ends.first) << 32U | static_cast<std::uint64_t>(ends.second);

@@ -3,16 +3,9 @@
 
 #include "kit/mesh.h"
 
-#include <exception>
 #include <string>
 
 namespace quorkit {
-
-/// A file cannot be read or written.
-class FileError : public std::exception {
- public:
-  const char* what() const noexcept override { return "file"; }
-};
 
 /// Where an OBJ file goes.
 struct ObjPlace {
@@ -24,7 +17,7 @@ struct ObjPlace {
 /// Throws FileError, after which no part of a file is left, and std::bad_alloc.
 /// @param mesh    finite coordinates, corners in range, at least one vertex
 /// @param field   n finite values
-/// @param margin  fraction of the field's range that the ends keep from those of the ramp
+/// @param margin  share of the field's range that its ends keep from those of the ramp, 0 .. 1
 void writeObj(const MeshView& mesh, const double* field, const ObjPlace& place, double margin);
 
 }  // namespace quorkit

@@ -3,13 +3,13 @@
 
 #include "api/solver_handle.h"
 #include "kit/areas.h"
-#include "kit/boundary.h"
 #include "kit/check.h"
 #include "kit/clean.h"
 #include "kit/colours.h"
+#include "kit/exception_guard.h"
 #include "kit/mesh.h"
 #include "kit/obj_file.h"
-#include "kit/progress.h"
+#include "kit/progress_reporter.h"
 #include "kit/refine.h"
 #include "kit/refine_to.h"
 #include "operator/construct_tagged.h"
@@ -34,21 +34,23 @@ namespace {
 
 using quorkit::guarded;
 using quorkit::MeshView;
+using quorkit::toIndex;
+using quorkit::toSize;
 
 /// A mesh as it is handed out, with what it points to.
 struct OwnedMesh : QuorkitMesh {
-  explicit OwnedMesh(quorkit::Mesh&& mesh) : QuorkitMesh(), data(std::move(mesh)) {
-    vertexCount = static_cast<std::int32_t>(data.vertices.size() / 3);
-    triangleCount = static_cast<std::int32_t>(data.triangles.size() / 3);
+  explicit OwnedMesh(quorkit::MeshData&& mesh) : QuorkitMesh(), data(std::move(mesh)) {
+    vertexCount = toIndex(data.vertices.size() / 3);
+    triangleCount = toIndex(data.triangles.size() / 3);
     vertices = data.vertices.data();
     triangles = data.triangles.data();
     triangleOrigins = data.triangleOrigins.data();
     vertexOrigins = data.vertexOrigins.data();
     vertexMap = data.vertexMap.empty() ? nullptr : data.vertexMap.data();
-    vertexMapCount = static_cast<std::int32_t>(data.vertexMap.size());
+    vertexMapCount = toIndex(data.vertexMap.size());
     longestEdge = data.longestEdge;
   }
-  quorkit::Mesh data;
+  quorkit::MeshData data;
 };
 
 bool areArrays(const MeshView& mesh) {
@@ -73,7 +75,7 @@ bool areFinite(const double* values, std::size_t count) {
 bool areUsedVerticesFinite(const MeshView& mesh) {
   const std::int32_t* const end = mesh.triangles + 3 * mesh.triangleCount();
   return std::all_of(mesh.triangles, end, [&mesh](std::int32_t corner) {
-    return areFinite(mesh.vertices + 3 * static_cast<std::size_t>(corner), 3);
+    return areFinite(mesh.vertices + 3 * toSize(corner), 3);
   });
 }
 
@@ -233,25 +235,24 @@ QuorkitStatus quorkitConstruct(int32_t n, const double* vertices, int32_t m,
   if (n < 1 || m < 1 || tags == nullptr || !areArrays(mesh)) {
     return QUORKIT_BAD_ARGUMENT;
   }
-  bool isRefused = false;
-  const QuorkitStatus status = guarded([&] {
+  return guarded([&]() -> QuorkitStatus {
     quor::requireSizesFit(n, m);
-    isRefused = !areCornersInRange(mesh);
-    if (!isRefused) {
-      auto solver = std::make_unique<QuorkitSolver>();
-      quorkit::ProgressReporter reporter(progress, context);
-      reporter.begin();
-      quor::Construction made =
-          quor::constructTagged(n, vertices, m, triangles, tags, reporter.whole());
-      isRefused = made.handle == nullptr;
-      solver->handle = std::move(made.handle);
-      if (!isRefused) {
-        reporter.end();
-        *solverOut = solver.release();
-      }
+    if (!areCornersInRange(mesh)) {
+      return QUORKIT_BAD_ARGUMENT;
     }
+    auto solver = std::make_unique<QuorkitSolver>();
+    quorkit::ProgressReporter reporter(progress, context);
+    reporter.begin();
+    quor::Construction made =
+        quor::constructTagged(n, vertices, m, triangles, tags, reporter.whole());
+    if (made.handle == nullptr) {
+      return QUORKIT_BAD_ARGUMENT;
+    }
+    solver->handle = std::move(made.handle);
+    reporter.end();
+    *solverOut = solver.release();
+    return QUORKIT_DONE;
   });
-  return isRefused ? QUORKIT_BAD_ARGUMENT : status;
 }
 
 QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver, QuorkitSolverInfo* infoOut) {
@@ -259,9 +260,9 @@ QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver, QuorkitSolverInfo* 
     return QUORKIT_BAD_ARGUMENT;
   }
   const quor::SolverHandle& handle = *solver->handle;
-  infoOut->vertexCount = static_cast<std::int32_t>(handle.vertexCount);
-  infoOut->triangleCount = static_cast<std::int32_t>(handle.triangles->size() / 3);
-  infoOut->prescribedCount = static_cast<std::int32_t>(handle.prescribedCount);
+  infoOut->vertexCount = toIndex(handle.vertexCount);
+  infoOut->triangleCount = toIndex(handle.triangles->size() / 3);
+  infoOut->prescribedCount = toIndex(handle.prescribedCount);
   infoOut->factorization = static_cast<std::uint32_t>(handle.factorFF->info());
   infoOut->vertices = handle.vertices->data();
   infoOut->triangles = handle.triangles->data();
@@ -298,7 +299,7 @@ QuorkitStatus quorkitColours(int32_t n, const double* field, double low, double 
   if (n < 0 || !areThere || !std::isfinite(low) || !std::isfinite(high)) {
     return QUORKIT_BAD_ARGUMENT;
   }
-  quorkit::colours(static_cast<std::size_t>(n), field, low, high, rgbaOut);
+  quorkit::colours(toSize(n), field, low, high, rgbaOut);
   return QUORKIT_DONE;
 }
 

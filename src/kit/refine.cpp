@@ -27,7 +27,7 @@ constexpr double kMargin = 1.1;
 bool areSizesClear(const MeshView& mesh, const EdgeLengths& lengths, double most) {
   double count = 0.0;
   for (std::size_t t = 0; t < mesh.triangleCount() && count <= most; ++t) {
-    const Corners c = cornersOf(mesh, t, lengths);
+    const SizedTriangle c = cornersOf(mesh, t, lengths);
     const double size = std::min({c[0].size, c[1].size, c[2].size});
     double squaredEdge = 0.0;
     for (std::size_t e = 0; e < 3; ++e) {
@@ -64,8 +64,8 @@ std::int64_t mostTriangles(const MeshView& mesh) {
 
 }  // namespace
 
-std::optional<Mesh> refineUnlessMore(const MeshView& mesh, const EdgeLengths& lengths,
-                                     std::int64_t most) {
+std::optional<MeshData> refineUnlessMore(const MeshView& mesh, const EdgeLengths& lengths,
+                                         std::int64_t most) {
   const double longest = lengths.longest;
   const auto mostCount = static_cast<double>(most);
   // With sizes the longest edges are most often gone already, and few are split.
@@ -76,7 +76,7 @@ std::optional<Mesh> refineUnlessMore(const MeshView& mesh, const EdgeLengths& le
   const auto count = std::max(static_cast<std::size_t>(likelyCount), mesh.triangleCount());
   // A new vertex lies on two triangles most often, each of which it divides once more.
   const std::size_t likely = (count - mesh.triangleCount()) / 2;
-  Mesh refined;
+  MeshData refined;
   refined.vertices.reserve(3 * (mesh.vertexCount() + likely));
   refined.vertices.assign(mesh.vertices, mesh.vertices + 3 * mesh.vertexCount());
   refined.triangles.reserve(3 * count);
@@ -84,7 +84,7 @@ std::optional<Mesh> refineUnlessMore(const MeshView& mesh, const EdgeLengths& le
   EdgeMidpoints midpoints(mesh.n, likely);
 
   Division division(longest);
-  const auto number = [&](const Corner& p, const Corner& q, Point middle) {
+  const auto number = [&](const SizedCorner& p, const SizedCorner& q, Vec3 middle) {
     const EdgeMidpoints::Found found = midpoints.find(p.index, q.index);
     if (found.isNew) {
       refined.vertices.insert(refined.vertices.end(), {middle.x, middle.y, middle.z});
@@ -93,10 +93,10 @@ std::optional<Mesh> refineUnlessMore(const MeshView& mesh, const EdgeLengths& le
   };
   for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
     const bool isWhole =
-        division.divide(cornersOf(mesh, t, lengths), number, [&](const Corners& c) {
+        division.divide(cornersOf(mesh, t, lengths), number, [&](const SizedTriangle& c) {
           refined.triangles.insert(refined.triangles.end(), {c[0].index, c[1].index, c[2].index});
-          refined.triangleOrigins.push_back(static_cast<std::int32_t>(t));
-          return refined.triangleOrigins.size() <= static_cast<std::size_t>(most);
+          refined.triangleOrigins.push_back(toIndex(t));
+          return refined.triangleOrigins.size() <= toSize(most);
         });
     if (!isWhole) {
       return std::nullopt;
@@ -107,10 +107,10 @@ std::optional<Mesh> refineUnlessMore(const MeshView& mesh, const EdgeLengths& le
   return refined;
 }
 
-Mesh refine(const MeshView& mesh, const EdgeLengths& lengths) {
+MeshData refine(const MeshView& mesh, const EdgeLengths& lengths) {
   const std::int64_t most = mostTriangles(mesh);
   requireFits(mesh, lengths, most);
-  std::optional<Mesh> refined = refineUnlessMore(mesh, lengths, most);
+  std::optional<MeshData> refined = refineUnlessMore(mesh, lengths, most);
   if (!refined) {
     refuse();
   }

@@ -24,13 +24,13 @@ constexpr std::int32_t kMostTriangles = 238609294;
 /// triangles, or if n and the number of new triangles is more than 2^31 - 1; and std::bad_alloc.
 /// @param mesh     finite coordinates, different corners in range
 /// @param lengths  finite, above 0
-Mesh refine(const MeshView& mesh, const EdgeLengths& lengths);
+MeshData refine(const MeshView& mesh, const EdgeLengths& lengths);
 
 /// The same without a look ahead.
 /// Throws std::bad_alloc.
 /// @param most  triangles, kMostTriangles or less
 /// @return nothing if they would be more
-std::optional<Mesh> refineUnlessMore(const MeshView& mesh, const EdgeLengths& lengths,
-                                     std::int64_t most);
+std::optional<MeshData> refineUnlessMore(const MeshView& mesh, const EdgeLengths& lengths,
+                                         std::int64_t most);
 
 }  // namespace quorkit

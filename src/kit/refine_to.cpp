@@ -32,9 +32,9 @@ Extent extentOf(const MeshView& mesh) {
   double squared = 0.0;
   for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
     const std::int32_t* const corner = mesh.triangles + 3 * t;
-    const Point a = pointAt(mesh.vertices, corner[0]);
-    const Point b = pointAt(mesh.vertices, corner[1]);
-    const Point c = pointAt(mesh.vertices, corner[2]);
+    const Vec3 a = pointAt(mesh.vertices, corner[0]);
+    const Vec3 b = pointAt(mesh.vertices, corner[1]);
+    const Vec3 c = pointAt(mesh.vertices, corner[2]);
     squared =
         std::max({squared, squaredDistance(a, b), squaredDistance(b, c), squaredDistance(c, a)});
     extent.area += 0.5 * doubleArea(a, b, c);
@@ -43,15 +43,15 @@ Extent extentOf(const MeshView& mesh) {
   return extent;
 }
 
-Mesh copyOf(const MeshView& mesh, double longestEdge) {
-  Mesh copy;
+MeshData copyOf(const MeshView& mesh, double longestEdge) {
+  MeshData copy;
   copy.vertices.assign(mesh.vertices, mesh.vertices + 3 * mesh.vertexCount());
   copy.triangles.assign(mesh.triangles, mesh.triangles + 3 * mesh.triangleCount());
   copy.triangleOrigins.resize(mesh.triangleCount());
   std::iota(copy.triangleOrigins.begin(), copy.triangleOrigins.end(), 0);
   copy.vertexOrigins.resize(2 * mesh.vertexCount());
   for (std::size_t k = 0; k < copy.vertexOrigins.size(); ++k) {
-    copy.vertexOrigins[k] = static_cast<std::int32_t>(k / 2);
+    copy.vertexOrigins[k] = toIndex(k / 2);
   }
   copy.longestEdge = longestEdge;
   return copy;
@@ -95,7 +95,7 @@ double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
 
 }  // namespace
 
-Mesh refineTo(const MeshView& mesh, std::int32_t wanted) {
+MeshData refineTo(const MeshView& mesh, std::int32_t wanted) {
   const Extent extent = extentOf(mesh);
   if (mesh.m >= wanted || !(extent.longestEdge > 0.0)) {
     return copyOf(mesh, extent.longestEdge);
@@ -107,7 +107,7 @@ Mesh refineTo(const MeshView& mesh, std::int32_t wanted) {
   double step = kAbove;
   double length = findLength(mesh, extent, wanted) * step;
   while (length <= extent.longestEdge) {
-    if (std::optional<Mesh> refined = refineUnlessMore(mesh, {length}, wanted)) {
+    if (std::optional<MeshData> refined = refineUnlessMore(mesh, {length}, wanted)) {
       return std::move(*refined);
     }
     step = 1.0 + 2.0 * (step - 1.0) + 1e-3;

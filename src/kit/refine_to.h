@@ -11,6 +11,6 @@ namespace quorkit {
 /// it has as many already. Throws std::bad_alloc.
 /// @param mesh    finite coordinates, different corners in range
 /// @param wanted  1 .. kMostTriangles
-Mesh refineTo(const MeshView& mesh, std::int32_t wanted);
+MeshData refineTo(const MeshView& mesh, std::int32_t wanted);
 
 }  // namespace quorkit

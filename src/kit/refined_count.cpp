@@ -11,25 +11,26 @@
 namespace quorkit {
 namespace {
 
-std::int32_t noNumber(const Corner& /*p*/, const Corner& /*q*/, Point /*middle*/) {
+std::int32_t noNumber(const SizedCorner& /*p*/, const SizedCorner& /*q*/, Vec3 /*middle*/) {
   return 0;
 }
 
 /// The parts of a triangle; any number above `most` if they are more.
-double countParts(Corners triangle, double longest, double most) {
-  for (Corner& corner : triangle) {
+double countParts(SizedTriangle triangle, double longest, double most) {
+  for (SizedCorner& corner : triangle) {
     corner.size = longest;
   }
   double count = 0.0;
-  Division(longest).divide(triangle, noNumber, [&](const Corners&) { return ++count <= most; });
+  Division(longest).divide(triangle, noNumber,
+                           [&](const SizedTriangle&) { return ++count <= most; });
   return count;
 }
 
 /// The largest coordinate, by its size.
-double sizeOf(const Corners& c) {
+double sizeOf(const SizedTriangle& c) {
   double size = 0.0;
-  for (const Corner& corner : c) {
-    const Point p = corner.point;
+  for (const SizedCorner& corner : c) {
+    const Vec3 p = corner.point;
     size = std::max({size, std::abs(p.x), std::abs(p.y), std::abs(p.z)});
   }
   return size;
@@ -39,14 +40,14 @@ double sizeOf(const Corners& c) {
 /// needs no counting. Computed with the triangle's size as the unit, in which squares are safe;
 /// where the lengths' own squares are not, sides are not split as their lengths say.
 /// @param size  of the triangle: edges of its steps of rounding have no midpoint
-bool hasMoreAlongSide(const Corners& c, double size, double longest, double most) {
+bool hasMoreAlongSide(const SizedTriangle& c, double size, double longest, double most) {
   const double step = 4.0 * std::numeric_limits<double>::epsilon();
   const double shortest = std::max(longest, step * size);
   if (size == 0.0 || !std::isfinite(longest * longest) ||
       shortest * shortest < std::numeric_limits<double>::min()) {
     return false;
   }
-  const auto inSizes = [size](Point p) { return Point{p.x / size, p.y / size, p.z / size}; };
+  const auto inSizes = [size](Vec3 p) { return Vec3{p.x / size, p.y / size, p.z / size}; };
   const double length = 2.0 * most * std::max(longest / size, step);
   double squaredSide = 0.0;
   for (std::size_t e = 0; e < 3; ++e) {
@@ -59,7 +60,7 @@ bool hasMoreAlongSide(const Corners& c, double size, double longest, double most
 /// One of the similar triangles that are left when all sides have been halved until one of them is
 /// not longer than `longest`, with a corner at the origin.
 /// @param copies  receives how many there are
-Corners smallestSimilar(const Corners& c, double longest, double& copies) {
+SizedTriangle smallestSimilar(const SizedTriangle& c, double longest, double& copies) {
   double shortest = std::numeric_limits<double>::infinity();
   for (std::size_t e = 0; e < 3; ++e) {
     shortest = std::min(shortest, squaredDistance(c[e].point, c[(e + 1) % 3].point));
@@ -70,10 +71,10 @@ Corners smallestSimilar(const Corners& c, double longest, double& copies) {
     scale *= 0.5;
     copies *= 4.0;
   }
-  const Point origin = c[0].point;
-  Corners similar{};
+  const Vec3 origin = c[0].point;
+  SizedTriangle similar{};
   for (std::size_t k = 1; k < 3; ++k) {
-    const Point p = c[k].point;
+    const Vec3 p = c[k].point;
     similar[k].point = {(p.x - origin.x) * scale, (p.y - origin.y) * scale,
                         (p.z - origin.z) * scale};
   }
@@ -81,19 +82,19 @@ Corners smallestSimilar(const Corners& c, double longest, double& copies) {
 }
 
 /// @param size  of the triangle, not 0
-double estimateParts(Corners triangle, double size, double longest, double most) {
+double estimateParts(SizedTriangle triangle, double size, double longest, double most) {
   if (size < 0.1 * longest) {
     return 1.0;
   }
   int exponent = 0;  // numbers of size 1 have squares, whatever the unit
   std::frexp(size, &exponent);
-  for (Corner& corner : triangle) {
+  for (SizedCorner& corner : triangle) {
     corner.point = {std::ldexp(corner.point.x, -exponent), std::ldexp(corner.point.y, -exponent),
                     std::ldexp(corner.point.z, -exponent)};
   }
   longest = std::ldexp(longest, -exponent);
   double copies = 1.0;
-  const Corners similar = smallestSimilar(triangle, longest, copies);
+  const SizedTriangle similar = smallestSimilar(triangle, longest, copies);
   return copies * countParts(similar, longest, most / copies);
 }
 
@@ -104,7 +105,7 @@ std::int64_t countRefined(const MeshView& mesh, const EdgeLengths& lengths, std:
   std::int64_t count = 0;
   for (std::size_t t = 0; t < mesh.triangleCount() && count <= most; ++t) {
     division.divide(cornersOf(mesh, t, lengths), noNumber,
-                    [&](const Corners&) { return ++count <= most; });
+                    [&](const SizedTriangle&) { return ++count <= most; });
   }
   return count;
 }
@@ -120,7 +121,7 @@ double estimateRefined(const MeshView& mesh, double longest, Estimate kind, doub
   const double direction = kind == Estimate::low ? 1.0 : kind == Estimate::high ? -1.0 : 0.0;
   double sum = 0.0;
   for (std::size_t t = 0; t < mesh.triangleCount() && sum <= most; ++t) {
-    const Corners triangle = cornersOf(mesh, t, {longest});
+    const SizedTriangle triangle = cornersOf(mesh, t, {longest});
     const double size = sizeOf(triangle);
     if (hasMoreAlongSide(triangle, size, longest, most)) {
       return 2.0 * most + 1.0;

@@ -1,6 +1,8 @@
 // The size and the shape of one triangle.
 #pragma once
 
+#include "util/vec3.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,31 +11,15 @@
 
 namespace quorkit {
 
-struct Point {
-  double x, y, z;
-};
-
-inline Point pointAt(const double* vertices, std::int32_t index) {
-  const double* p = vertices + 3 * static_cast<std::size_t>(index);
-  return {p[0], p[1], p[2]};
-}
-
-inline bool isFinite(Point p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
-/// The same bits either way round.
-inline double squaredDistance(Point p, Point q) {
-  const double dx = p.x - q.x;
-  const double dy = p.y - q.y;
-  const double dz = p.z - q.z;
-  return dx * dx + dy * dy + dz * dz;
-}
+using quor::isFinite;
+using quor::pointAt;
+using quor::squaredDistance;
+using quor::Vec3;
 
 /// Twice the area.
-inline double doubleArea(Point a, Point b, Point c) {
-  const Point u = {b.x - a.x, b.y - a.y, b.z - a.z};
-  const Point v = {c.x - a.x, c.y - a.y, c.z - a.z};
+inline double doubleArea(Vec3 a, Vec3 b, Vec3 c) {
+  const Vec3 u = {b.x - a.x, b.y - a.y, b.z - a.z};
+  const Vec3 v = {c.x - a.x, c.y - a.y, c.z - a.z};
   const double x = u.y * v.z - u.z * v.y;
   const double y = u.z * v.x - u.x * v.z;
   const double z = u.x * v.y - u.y * v.x;
@@ -63,34 +49,32 @@ struct TriangleShape {
 
 /// The shape of a triangle of finite corners. Where squares would leave the range of double, it is
 /// that of the triangle brought to size 1.
-inline TriangleShape shapeOf(std::array<Point, 3> p) {
+inline TriangleShape shapeOf(std::array<Vec3, 3> p) {
   TriangleShape shape;
   const auto measure = [&] {
     for (std::size_t e = 0; e < 3; ++e) {
       shape.squaredSides[e] = squaredDistance(p[e], p[(e + 1) % 3]);
     }
     const auto& sides = shape.squaredSides;
-    shape.longest =
-        static_cast<std::size_t>(std::max_element(sides.begin(), sides.end()) - sides.begin());
-    shape.shortest =
-        static_cast<std::size_t>(std::min_element(sides.begin(), sides.end()) - sides.begin());
+    shape.longest = toSize(std::max_element(sides.begin(), sides.end()) - sides.begin());
+    shape.shortest = toSize(std::min_element(sides.begin(), sides.end()) - sides.begin());
     shape.squaredLongest = sides[shape.longest];
   };
   measure();
   constexpr double kLargest = 1e100;
   if (!(shape.squaredLongest < kLargest && shape.squaredLongest > 1.0 / kLargest)) {
     double size = 0.0;
-    for (Point& q : p) {  // differences of quarters do not overflow
+    for (Vec3& q : p) {  // differences of quarters do not overflow
       q = {0.25 * q.x, 0.25 * q.y, 0.25 * q.z};
     }
-    for (const Point& q : p) {
+    for (const Vec3& q : p) {
       size =
           std::max({size, std::abs(q.x - p[0].x), std::abs(q.y - p[0].y), std::abs(q.z - p[0].z)});
     }
     int exponent = 0;
     std::frexp(size, &exponent);
-    const Point origin = p[0];
-    for (Point& q : p) {
+    const Vec3 origin = p[0];
+    for (Vec3& q : p) {
       q = {std::ldexp(q.x - origin.x, -exponent), std::ldexp(q.y - origin.y, -exponent),
            std::ldexp(q.z - origin.z, -exponent)};
     }

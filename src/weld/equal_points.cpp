@@ -16,8 +16,8 @@ struct EqualHash {
 
 }  // namespace
 
-std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points, PointForest forest,
-                                          std::uint64_t& steps) {
+std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
+                                          DisjointSets forest, std::uint64_t& steps) {
   std::vector<std::int32_t> distinct;
   std::int32_t seen = 0;
   {

@@ -1,8 +1,8 @@
 // Collapses points with equal coordinates: a triangle soup shrinks to about a sixth.
 #pragma once
 
+#include "util/disjoint_sets.h"
 #include "weld/point.h"
-#include "weld/point_forest.h"
 
 #include <cstdint>
 #include <vector>
@@ -19,7 +19,7 @@ namespace quor {
 /// @param steps   slots of the table that were looked at are added to it
 /// @return in ascending order the points that remain to be searched: all finite ones but those
 ///         linked. A point with a NaN or infinite coordinate is near nothing.
-std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points, PointForest forest,
-                                          std::uint64_t& steps);
+std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
+                                          DisjointSets forest, std::uint64_t& steps);
 
 }  // namespace quor

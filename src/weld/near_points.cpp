@@ -84,7 +84,8 @@ class LeafClusters {
 
 class NearPointLinker {
  public:
-  NearPointLinker(MortonOrder order, PointArray points, PointForest forest, double squaredTolerance)
+  NearPointLinker(MortonOrder order, PointArray points, DisjointSets forest,
+                  double squaredTolerance)
       : order_(std::move(order)),
         points_(points),
         forest_(forest),
@@ -362,7 +363,7 @@ class NearPointLinker {
 
   MortonOrder order_;
   PointArray points_;
-  PointForest forest_;
+  DisjointSets forest_;
   double squaredTolerance_;
   PointColumns columns_;
   std::vector<Node> nodes_;
@@ -375,7 +376,7 @@ class NearPointLinker {
 }  // namespace
 
 void linkNearPoints(const std::vector<std::int32_t>& selected, PointArray points,
-                    PointForest forest, double squaredTolerance, std::uint64_t& steps) {
+                    DisjointSets forest, double squaredTolerance, std::uint64_t& steps) {
   NearPointLinker linker(orderAlongMortonCurve(selected, points), points, forest, squaredTolerance);
   linker.run();
   steps += linker.steps();

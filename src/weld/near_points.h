@@ -1,8 +1,8 @@
 // Links points that are nearer to each other than the tolerance.
 #pragma once
 
+#include "util/disjoint_sets.h"
 #include "weld/point.h"
-#include "weld/point_forest.h"
 
 #include <cstdint>
 #include <vector>
@@ -18,6 +18,6 @@ namespace quor {
 /// @param squaredTolerance  above 0, +infinity included
 /// @param steps             pairs of boxes, and passes over up to 32 points, are added to it
 void linkNearPoints(const std::vector<std::int32_t>& selected, PointArray points,
-                    PointForest forest, double squaredTolerance, std::uint64_t& steps);
+                    DisjointSets forest, double squaredTolerance, std::uint64_t& steps);
 
 }  // namespace quor

@@ -1,9 +1,9 @@
 // One pass over points, block by block, behind which a table of the distinct ones is built up.
 #pragma once
 
+#include "util/disjoint_sets.h"
 #include "util/machine.h"
 #include "weld/point.h"
-#include "weld/point_forest.h"
 #include "weld/point_table.h"
 #include "weld/recent_points.h"
 
@@ -35,7 +35,7 @@ class PointPass {
   /// @param forest  over the points, any content; what it holds from the result on is of no use
   /// @return the point for which visit returned false, else the number of points
   template <typename Visit>
-  std::int32_t run(PointForest forest, const Visit& visit) {
+  std::int32_t run(DisjointSets forest, const Visit& visit) {
     forest.parent(0) = 0;
     if (!visit(0, table_.hashOf(points_[0]))) {
       return 0;
@@ -72,7 +72,7 @@ class PointPass {
 
   /// Links the points of the block that equal their guesses.
   /// @return the number of the others, now in unmatched_
-  std::size_t linkEquals(std::int32_t begin, std::int32_t end, PointForest forest) {
+  std::size_t linkEquals(std::int32_t begin, std::int32_t end, DisjointSets forest) {
     const PointArray points = points_;
     std::size_t unmatched = 0;
     for (std::int32_t i = begin; i < end; ++i) {

@@ -68,7 +68,7 @@ struct CellHash {
 
 class SparseCells {
  public:
-  SparseCells(std::int32_t count, PointArray points, PointForest forest, double tolerance)
+  SparseCells(std::int32_t count, PointArray points, DisjointSets forest, double tolerance)
       : count_(count),
         points_(points),
         forest_(forest),
@@ -144,7 +144,7 @@ class SparseCells {
 
   std::int32_t count_;
   PointArray points_;
-  PointForest forest_;
+  DisjointSets forest_;
   double squaredTolerance_;
   CellNumbers numbers_;
   PointTable<CellHash> table_;
@@ -153,7 +153,7 @@ class SparseCells {
 
 }  // namespace
 
-bool linkInSparseCells(std::int32_t count, PointArray points, PointForest forest, double tolerance,
+bool linkInSparseCells(std::int32_t count, PointArray points, DisjointSets forest, double tolerance,
                        std::uint64_t& steps) {
   if (!CellNumbers(tolerance).isUsable()) {
     return false;

@@ -1,8 +1,8 @@
 // Links near points in one pass, for tolerances that are small beside the spacing of the points.
 #pragma once
 
+#include "util/disjoint_sets.h"
 #include "weld/point.h"
-#include "weld/point_forest.h"
 
 #include <cstdint>
 
@@ -18,7 +18,7 @@ namespace quor {
 /// @param forest     over `count` points, any content
 /// @param steps      slots of the table that were looked at are added to it
 /// @return whether all points have been linked
-bool linkInSparseCells(std::int32_t count, PointArray points, PointForest forest, double tolerance,
+bool linkInSparseCells(std::int32_t count, PointArray points, DisjointSets forest, double tolerance,
                        std::uint64_t& steps);
 
 }  // namespace quor

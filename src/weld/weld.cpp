@@ -1,10 +1,10 @@
 #include "weld/weld.h"
 
+#include "util/disjoint_sets.h"
 #include "util/machine.h"
 #include "weld/equal_points.h"
 #include "weld/near_points.h"
 #include "weld/point.h"
-#include "weld/point_forest.h"
 #include "weld/sparse_cells.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ void weldPoints(std::int32_t count, const double* points, double tolerance, std:
     return;
   }
   const PointArray array(points);
-  const PointForest trees(forest);
+  const DisjointSets trees(forest);
   // Cells do for soups with tolerances well below the spacing of their vertices; larger tolerances,
   // and points without repeats, are for the tree.
   if (!linkInSparseCells(count, array, trees, tolerance, steps)) {

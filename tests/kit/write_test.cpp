@@ -7,6 +7,11 @@
 #include <algorithm>
 #include <numeric>
 
+#if defined(__linux__)
+#include <sys/resource.h>
+#include <csignal>
+#endif
+
 using namespace test;
 namespace fs = std::filesystem;
 
@@ -189,15 +194,41 @@ TEST_F(KitWrite, TellsWhatCannotBeWrittenAndLeavesWhatWasThere) {
 
 #if defined(__linux__)
 TEST_F(KitWrite, TellsThatTheDiskIsFull) {
+  // A file may not become longer than this process is allowed, which is how a full disk looks.
   const std::string path = directory_ / "a";
-  for (const char* ending : {".obj", ".mtl"}) {
-    const std::string part = path + ending + ".part";
-    fs::create_symlink("/dev/full", part);  // what the file is written into
-    EXPECT_EQ(write(path), QUORKIT_FILE) << ending;
-    EXPECT_FALSE(fs::exists(path + ".obj"));
-    EXPECT_FALSE(fs::is_symlink(part));
+  const std::string ramp = directory_ / "ramp.png";
+  std::ofstream(ramp) << std::string(1 << 20, 'r');
+  fs::create_directory(directory_ / "sub");
+  ASSERT_EQ(write(directory_ / "sub/a"), QUORKIT_DONE);
+  const auto objSize = fs::file_size(directory_ / "sub/a.obj");
+  ASSERT_LT(objSize, fs::file_size(ramp));
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit usual{};
+  getrlimit(RLIMIT_FSIZE, &usual);
+  // The OBJ does not fit; the OBJ fits, and the ramp does not.
+  for (const auto room : {objSize - 1, objSize}) {
+    rlimit small = usual;
+    small.rlim_cur = room;
+    setrlimit(RLIMIT_FSIZE, &small);
+    const QuorkitStatus status = write(path, ramp);
+    setrlimit(RLIMIT_FSIZE, &usual);
+    EXPECT_EQ(status, QUORKIT_FILE) << room;
+    EXPECT_EQ(files(""), (std::vector<std::string>{"ramp.png", "sub"})) << "something is left";
+  }
+  std::signal(SIGXFSZ, before);
+  EXPECT_EQ(write(path, ramp), QUORKIT_DONE);
+}
+
+TEST_F(KitWrite, FollowsNoLinkThatWasPutInItsWay) {
+  const std::string path = directory_ / "a";
+  const std::string victim = directory_ / "victim";
+  std::ofstream(victim) << "mine";
+  for (const char* ending : {".obj", ".mtl", ".obj.part", ".mtl.part"}) {
+    fs::create_symlink(victim, path + ending);
   }
   EXPECT_EQ(write(path), QUORKIT_DONE);
+  EXPECT_EQ(readFile(victim), "mine");
+  EXPECT_FALSE(fs::is_symlink(path + ".obj"));
 }
 #endif
 

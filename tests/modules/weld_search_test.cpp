@@ -39,7 +39,7 @@ TEST(WeldSearch, BothSearchesMatchBruteForce) {
       const quor::PointArray array(points.data());
 
       std::vector<std::int32_t> forest(std::size_t(n), -1);
-      const quor::PointForest trees(forest.data());
+      const quor::DisjointSets trees(forest.data());
       std::uint64_t steps = 0;
       quor::linkNearPoints(quor::linkEqualPoints(n, array, trees, steps), array, trees,
                            squaredTolerance, steps);
@@ -67,7 +67,7 @@ TEST(WeldSearch, EqualPointsLeaveTheFirstOfEach) {
   std::vector<std::int32_t> forest(points.size() / 3);
   std::uint64_t steps = 0;
   const std::vector<std::int32_t> distinct = quor::linkEqualPoints(
-      5000, quor::PointArray(points.data()), quor::PointForest(forest.data()), steps);
+      5000, quor::PointArray(points.data()), quor::DisjointSets(forest.data()), steps);
   EXPECT_TRUE(std::is_sorted(distinct.begin(), distinct.end()));
   EXPECT_EQ(distinct.size(), 7U * 7U * 7U);
   std::set<std::array<double, 3>> seen;
