@@ -1,5 +1,6 @@
 #include "kit/check.h"
 
+#include "kit/measure.h"
 #include "kit/triangle_shape.h"
 #include "util/disjoint_sets.h"
 
@@ -43,7 +44,6 @@ class Check {
     for (std::int32_t t = 0; t < mesh_.m; ++t) {
       look(t);
     }
-    report_.longestEdge = std::sqrt(squaredLongest_);
     lookAtVertices();
     if (tags_ != nullptr) {
       lookAtTags();
@@ -90,10 +90,9 @@ class Check {
     if (shape.isNeedle()) {
       count(report_.needles, t);
     }
-    for (std::size_t e = 0; e < 3; ++e) {
-      squaredLongest_ = std::max(squaredLongest_, squaredDistance(points[e], points[(e + 1) % 3]));
-    }
-    report_.area += 0.5 * doubleArea(points[0], points[1], points[2]);
+    const std::size_t e = shape.longest;
+    report_.longestEdge = std::max(report_.longestEdge, distance(points[e], points[(e + 1) % 3]));
+    report_.area += 0.5 * doubledArea(points[0], points[1], points[2]);
   }
 
   void lookAtVertices() {
@@ -116,7 +115,7 @@ class Check {
         count(report_.pieces, v);
       }
     }
-    report_.diagonal = low.x <= high.x ? std::sqrt(squaredDistance(low, high)) : 0.0;
+    report_.diagonal = low.x <= high.x ? distance(low, high) : 0.0;
   }
 
   /// Whether a vertex stands for a piece: it is the lowest of a set that has a triangle.
@@ -144,7 +143,6 @@ class Check {
   std::vector<std::int32_t> parents_;
   quor::DisjointSets pieces_;
   QuorkitReport report_{};
-  double squaredLongest_ = 0.0;
 };
 
 }  // namespace

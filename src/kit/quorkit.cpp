@@ -208,9 +208,11 @@ QuorkitStatus quorkitRefineGraded(int32_t n, const double* vertices, int32_t m,
                                   const QuorkitMesh** meshOut) {
   const MeshView mesh = {n, vertices, m, triangles};
   const bool isLength = std::isfinite(longestEdge) && longestEdge > 0.0;
-  const bool areSizes = n >= 0 && (n == 0 || sizes != nullptr) &&
-                        std::all_of(sizes, sizes + n, [](double size) { return size > 0.0; });
-  return makeMesh(meshOut, isLength && areSizes && canBeRefined(mesh), [&] {
+  const auto areSizes = [&] {
+    return n == 0 || (sizes != nullptr &&
+                      std::all_of(sizes, sizes + n, [](double size) { return size > 0.0; }));
+  };
+  return makeMesh(meshOut, isLength && canBeRefined(mesh) && areSizes(), [&] {
     return quorkit::refine(mesh, {longestEdge, sizes});
   });
 }

@@ -1,8 +1,8 @@
 #include "kit/refine_to.h"
 
+#include "kit/measure.h"
 #include "kit/refine.h"
 #include "kit/refined_count.h"
-#include "kit/triangle_shape.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,7 +37,7 @@ Extent extentOf(const MeshView& mesh) {
     const Vec3 c = pointAt(mesh.vertices, corner[2]);
     squared =
         std::max({squared, squaredDistance(a, b), squaredDistance(b, c), squaredDistance(c, a)});
-    extent.area += 0.5 * doubleArea(a, b, c);
+    extent.area += 0.5 * doubledArea(a, b, c);
   }
   extent.longestEdge = lengthOf(squared);
   return extent;

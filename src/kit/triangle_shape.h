@@ -16,16 +16,6 @@ using quor::pointAt;
 using quor::squaredDistance;
 using quor::Vec3;
 
-/// Twice the area.
-inline double doubleArea(Vec3 a, Vec3 b, Vec3 c) {
-  const Vec3 u = {b.x - a.x, b.y - a.y, b.z - a.z};
-  const Vec3 v = {c.x - a.x, c.y - a.y, c.z - a.z};
-  const double x = u.y * v.z - u.z * v.y;
-  const double y = u.z * v.x - u.x * v.z;
-  const double z = u.x * v.y - u.y * v.x;
-  return std::sqrt(x * x + y * y + z * z);
-}
-
 /// Where a triangle is flat, and how.
 struct TriangleShape {
   // As parts of the longest side. From about a millionth of it on the rounding errors of a
@@ -80,7 +70,8 @@ inline TriangleShape shapeOf(std::array<Vec3, 3> p) {
     }
     measure();
   }
-  shape.twiceArea = doubleArea(p[0], p[1], p[2]);
+  const Vec3 normal = cross(p[1] - p[0], p[2] - p[0]);
+  shape.twiceArea = std::sqrt(dot(normal, normal));
   return shape;
 }
 

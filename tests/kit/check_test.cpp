@@ -121,6 +121,28 @@ TEST(KitCheck, MeasuresWhatIsSound) {
   EXPECT_EQ(check({}).diagonal, 0);
 }
 
+TEST(KitCheck, MeasuresWhereSquaresOverflowOrUnderflow) {
+  // The right triangle with sides 3, 4 and 5 in units whose squares have no place in a double, or
+  // none to full precision; then one whose coordinates differ by more than the largest double.
+  for (const double unit : {1e-320, 1e-200, 1e-170, 1e-155, 1e-85, 1e-81, 1e80, 1e152, 1e300}) {
+    const Mesh mesh{{0, 0, 0, 3 * unit, 0, 0, 0, 4 * unit, 0}, {0, 1, 2}};
+    const QuorkitReport report = check(mesh);
+    const double precision = unit < 1e-300 ? 1e-3 : 1e-12;  // of few digits
+    EXPECT_NEAR(report.longestEdge / (5 * unit), 1, precision) << unit;
+    EXPECT_NEAR(report.diagonal / (5 * unit), 1, precision) << unit;
+    const double area = 6 * unit * unit;  // 0 or infinite where it has no place in a double
+    EXPECT_TRUE(report.area == area || std::abs(report.area / area - 1) < 1e-2) << unit;
+    std::vector<double> areas(3);
+    ASSERT_EQ(quorkitAreas(3, mesh.vertices.data(), 1, mesh.triangles.data(), areas.data()),
+              QUORKIT_DONE);
+    EXPECT_TRUE(areas[0] == area / 3 || std::abs(areas[0] / (area / 3) - 1) < 1e-2) << unit;
+  }
+  const double most = std::numeric_limits<double>::max();
+  const QuorkitReport report = check({{-most, 0, 0, most, 0, 0, 0, most, 0}, {0, 1, 2}});
+  EXPECT_EQ(report.longestEdge, kInfinity);
+  EXPECT_EQ(report.area, kInfinity);
+}
+
 TEST(KitCheck, SaysWhatIsABadArgument) {
   const double v[9] = {};
   const std::int32_t t[3] = {0, 1, 2};

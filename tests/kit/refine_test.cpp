@@ -180,6 +180,9 @@ TEST(KitRefine, SaysWhatIsABadArgument) {
   EXPECT_EQ(quorkitRefine(-1, v, 0, t, 1, &made), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(quorkitRefine(9, v, -1, t, 1, &made), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(quorkitRefine(9, v, 8, t, 1, nullptr), QUORKIT_BAD_ARGUMENT);
+  // Without vertices nothing says that there are n sizes to read.
+  const double size = 1;
+  EXPECT_EQ(quorkitRefineGraded(INT32_MAX, nullptr, 8, t, 1, &size, &made), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(made, nullptr);
   quorkitFreeMesh(nullptr);
 }

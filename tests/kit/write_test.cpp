@@ -59,7 +59,12 @@ TEST(KitColours, AreThoseOfTheRamp) {
                         {3, 4, 4, violet},
                         {5, 4, 4, yellow},
                         {0, -most, most, middle},
-                        {most, -most, most, yellow}}) {
+                        {most, -most, most, yellow},
+                        {0, 0, 5e-324, violet},  // half of the range has no place in a double
+                        {5e-324, 0, 5e-324, yellow},
+                        {kInfinity, 5, 2, violet},
+                        {-most, 0, most, violet},
+                        {most, -1, 0, yellow}}) {
     EXPECT_EQ(colourOf(c.value, c.low, c.high), c.expected) << c.value << " " << c.low;
   }
   std::set<std::array<int, 4>> all;
@@ -147,6 +152,34 @@ TEST_F(KitWrite, KeepsTheEndsOffTheEndsOfTheRamp) {
     EXPECT_NEAR(whole[0], 0, 1e-9) << end;
     EXPECT_NEAR(whole[1], 1, 1e-9) << end;
     EXPECT_NEAR(whole[2], 0.5, 1e-9) << end;
+  }
+}
+
+TEST_F(KitWrite, KeepsItsMarginInAnyRange) {
+  const double most = std::numeric_limits<double>::max();
+  struct Case {
+    double low, middle, high;
+  };
+  for (const Case& c : {Case{0, 0.85e308, 1.7e308},  // with the margin beyond the largest double
+                        {300, 300 + 1e-11, 300 + 2e-11},
+                        {-most, 0, most},
+                        {0, 1e-320, 2e-320},
+                        {-5e-324, 0, 5e-324}}) {
+    mesh_ = {{0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2}};
+    field_ = {c.low, c.middle, c.high};
+    const std::string path = directory_ / "a";
+    for (const double margin : {0.001, 0.1, 1.0}) {
+      ASSERT_EQ(write(path, {}, margin), QUORKIT_DONE);
+      const double whole = 1 + 2 * margin;
+      const double expected[] = {(1 + margin) / whole, 0.5, margin / whole};
+      const std::vector<double> u = coordinates(path + ".obj");
+      ASSERT_EQ(u.size(), 3U);
+      for (std::size_t k = 0; k < 3; ++k) {
+        EXPECT_NEAR(u[k], expected[k], 3e-3) << c.high << " " << margin;
+      }
+      EXPECT_NEAR(1 - u[0], margin / whole, 1e-6);
+      EXPECT_NEAR(u[2], margin / whole, 1e-6);
+    }
   }
 }
 
