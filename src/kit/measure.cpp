@@ -6,7 +6,6 @@
 namespace quorkit {
 namespace {
 
-
 /// Squares between these are neither rounded as denormal numbers nor infinite.
 constexpr double kSmallestSquare = 1e-200;
 constexpr double kLargestSquare = 1e300;

@@ -17,7 +17,7 @@ class ColumnAppender {
   /// @param expected  entries; should there be more, some are copied
   ColumnAppender(SparseMatrix& matrix, std::int32_t firstRow, std::int64_t expected)
       : matrix_(matrix), firstRow_(firstRow) {
-    matrix_.data().reserve(expected);
+    matrix_.data().reserve(static_cast<Eigen::Index>(expected));
   }
 
   void append(const StiffnessColumn& column) {

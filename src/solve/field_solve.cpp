@@ -1,6 +1,7 @@
 #include "solve/field_solve.h"
 
 #include "solve/substitution.h"
+#include "util/index.h"
 
 #include <algorithm>
 #include <array>
@@ -61,10 +62,10 @@ void solveInPlace(const Factorization& factor, Eigen::VectorXd& x) {
 
 void solveField(const SolverHandle& handle, const double* prescribedValues,
                 const double* sourceValues, double* fieldOut) {
-  const std::size_t prescribed = handle.prescribedCount;
+  const std::size_t prescribed = toSize(handle.prescribedCount);
   const std::int32_t* const callerIndex = handle.solverToCaller.data();
   const std::int32_t* const freeCallerIndex = callerIndex + prescribed;
-  const std::size_t free = handle.vertexCount - prescribed;
+  const std::size_t free = toSize(handle.vertexCount) - prescribed;
 
   std::vector<double> values(prescribed);
   for (std::size_t k = 0; k < prescribed; ++k) {

@@ -1,6 +1,7 @@
 // A small table of the points seen last.
 #pragma once
 
+#include "util/index.h"
 #include "util/machine.h"
 #include "weld/hashing.h"
 #include "weld/point.h"
@@ -25,7 +26,7 @@ class RecentPoints {
   std::int32_t exchange(std::int32_t i, Point p, std::int32_t other) {
     const std::uint64_t hash = hashOf(p);
     const auto tag = static_cast<std::uint32_t>(hash >> 32U);
-    Entry& entry = table_[hash >> shift_];
+    Entry& entry = table_[toSize(hash >> shift_)];
     const std::int32_t guess = select(entry.tag == tag, entry.point, other);
     entry = {tag, i};
     return guess;

@@ -64,7 +64,7 @@ class Multifrontal {
         tree_(tree),
         factor_(factor),
         dense_(tree.largestFront, width),
-        stack_(tree.largestStack),
+        stack_(static_cast<std::ptrdiff_t>(tree.largestStack)),
         stackTop_(stack_.data()),
         places_(lower_.cols()) {
     indices_.reserve(static_cast<std::size_t>(tree.largestFront));
