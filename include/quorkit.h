@@ -1,12 +1,13 @@
 /*
  * quorkit - the kit beside quor: for raw meshes, and for hosts that cannot catch C++ exceptions.
  *
- *   1. weld a triangle soup                      quorkitWeld
- *   2. look what is wrong with a mesh            quorkitCheck
+ *   1. weld a triangle soup                      quorkitWeld, quorkitWeldOrigins
+ *   2. look what is wrong with a mesh            quorkitCheck, quorkitCheckRegions
  *   3. repair it, make it fine enough            quorkitClean, quorkitRefine, ...Graded, ...To
  *   4. build a solver, with progress and cancel  quorkitConstruct, quorkitSolverInfo
- *   5. solve for a field, any number of times    quorkitSolve, quorkitAreas
- *   6. show it                                   quorkitColours, quorkitWrite
+ *   5. solve for a field, any number of times    quorkitSolve, quorkitSolveMany, quorkitAreas
+ *   6. what flows where                          quorkitFlow, quorkitGradients
+ *   7. show it                                   quorkitColours, quorkitWrite
  *
  * The order of use, on the tessellation of a CAD part:
  *
@@ -33,8 +34,9 @@
  *
  * THREADS. No function starts a thread, takes a lock or keeps global state, and every one of them
  * runs on a 128 KB stack. Calls on different data run at the same time freely. On one solver any
- * number of quorkitSolverInfo and quorkitSolve may overlap, each with output arrays of its own;
- * quorkitFreeSolver must not overlap any of them. Same input, same bits out, on one machine.
+ * number of quorkitSolverInfo, quorkitSolve and quorkitSolveMany may overlap, each with output
+ * arrays of its own; quorkitFreeSolver must not overlap any of them. Same input, same bits out, on
+ * one machine.
  */
 #ifndef QUORKIT_H
 #define QUORKIT_H
@@ -91,6 +93,27 @@ QUORKIT_API QuorkitStatus quorkitWeld(int32_t pointCount, const double* points,
                                       int32_t* outPointMap, int32_t* outVertexCount,
                                       int32_t* outTriangleCount, double tolerance);
 
+/*
+ * Welds like quorkitWeld, and also returns the input triangle that each kept triangle was. What the
+ * caller knows of its triangles, such as the number of the face that each belongs to, then survives
+ * the weld:
+ *
+ *   for (t = 0; t < *outTriangleCount; ++t) newFaces[t] = faces[origins[t]];
+ *
+ * All arguments but one are those of quorkitWeld, and so are results, aliasing and failure.
+ *
+ *   outTriangleOrigins  out  room for triangleCount; *outTriangleCount ascending indices of input
+ *                            triangles are written. Must not overlap another array
+ *
+ * Memory: a copy of the input triangles if outTriangles is triangles, else none of its own.
+ */
+QUORKIT_API QuorkitStatus quorkitWeldOrigins(int32_t pointCount, const double* points,
+                                             int32_t triangleCount, const int32_t* triangles,
+                                             double* outVertices, int32_t* outTriangles,
+                                             int32_t* outPointMap, int32_t* outTriangleOrigins,
+                                             int32_t* outVertexCount, int32_t* outTriangleCount,
+                                             double tolerance);
+
 /* How often something was found, and the index of the first one; -1 if there is none. */
 typedef struct QuorkitFinding {
   int32_t count;
@@ -111,6 +134,10 @@ typedef struct QuorkitReport {
   QuorkitFinding prescribedVertices; /* v  vertices tagged 1, 2 or 3                              */
   QuorkitFinding pieces;             /* v  parts of the mesh that share no vertex                 */
   QuorkitFinding unprescribedPieces; /* v  pieces without a prescribed vertex                     */
+  QuorkitFinding negativeWeights;    /* t  edges of two or more triangles with a negative weight  */
+  QuorkitFinding obtuseBorders;      /* t  edges of one triangle with a negative weight           */
+  QuorkitFinding isolatedPrescribed; /* v  prescribed, and joined to no other of their region     */
+  QuorkitFinding touchingRegions;    /* v  joined to a vertex of another region                   */
 } QuorkitReport;
 
 /*
@@ -122,11 +149,22 @@ typedef struct QuorkitReport {
  *   unprescribedPieces        the field of the piece is meaningless: nothing says what it is.
  *   needles                   slow to converge, not wrong. Refining shortens their long sides.
  *
+ *   negativeWeights, obtuseBorders  the field may leave the range of the prescribed values near
+ *                             there. Without any it cannot.
+ *   isolatedPrescribed        the field near the vertex depends on the mesh: a point is too small
+ *                             to prescribe a value at. Prescribe an edge or a face.
+ *
+ * The weight of an edge is half the sum of the cotangents of the angles opposite to it, in its
+ * triangles that are sound. A weight above -1e-9 counts as rounding. An edge is reported by its
+ * triangle of lowest index. Vertices are joined if they are the ends of an edge. Here all
+ * prescribed vertices are one region, so touchingRegions is always 0; quorkitCheckRegions tells
+ * regions apart.
+ *
  * A triangle is looked at in this order and counted once: corners out of range, repeated corners, a
  * corner that is not finite (counted as the vertex), flat, needle. Its height is the one over its
  * longest side; flat is 2 * area <= 1e-6 * side^2, a needle 2 * area < 1e-3 * side^2. All
  * triangles with three different corners in range make pieces, flat ones too. A piece is reported
- * by its vertex of lowest index. Memory: about eight bytes per vertex.
+ * by its vertex of lowest index. Memory: about 30 bytes per vertex.
  *
  *   n, vertices   0 or more; 3n coordinates
  *   m, triangles  0 or more; 3m vertex indices, any numbers
@@ -136,6 +174,31 @@ typedef struct QuorkitReport {
 QUORKIT_API QuorkitStatus quorkitCheck(int32_t n, const double* vertices, int32_t m,
                                        const int32_t* triangles, const int32_t* tags,
                                        QuorkitReport* reportOut);
+
+/*
+ * Checks a mesh like quorkitCheck, with regions in place of tags. A region is a set of vertices
+ * whose values are prescribed together, such as a hot face; inside it they may vary. Two findings
+ * depend on regions:
+ *
+ *   isolatedPrescribed  a vertex of a region that no edge joins to another vertex of the region
+ *   touchingRegions     a vertex of a region that an edge joins to a vertex of another region.
+ * Either the regions touch: then no continuous field exists, and near this vertex both field and
+ * flow depend on the mesh. Or they are apart, and no vertex lies between them: then the mesh is too
+ * coarse there.
+ *
+ * To tell the two apart, refine near these vertices and check again: regions that touch still do.
+ * Two joined vertices with equal values count as vertices of one region, whatever their numbers.
+ *
+ *   n, vertices   0 or more; 3n coordinates
+ *   m, triangles  0 or more; 3m vertex indices, any numbers
+ *   regions       in   n region numbers; a vertex with a negative one is free
+ *   values        in   n values, read at vertices of regions; NaN equals no value. Null: no two
+ *                      values are equal
+ *   reportOut     out  what was found; not null
+ */
+QUORKIT_API QuorkitStatus quorkitCheckRegions(int32_t n, const double* vertices, int32_t m,
+                                              const int32_t* triangles, const int32_t* regions,
+                                              const double* values, QuorkitReport* reportOut);
 
 /* A mesh that the library made, with where it comes from. All arrays belong to it, are to be read
    only, and live until quorkitFreeMesh. */
@@ -329,6 +392,25 @@ QUORKIT_API QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver,
 QUORKIT_API QuorkitStatus quorkitSolve(const QuorkitSolver* solver, const double* prescribedValues,
                                        const double* sourceValues, double* fieldOut);
 
+/*
+ * Solves for several fields at once: column k of the result has every bit that quorkitSolve gives
+ * for column k of the inputs. The stored factor is read once for eight columns, so eight fields
+ * take two to four times as long as one. Typical columns are the fields of one region each, of
+ * which all other fields are sums: docs/solve.md shows how.
+ *
+ *   columnCount       0 or more
+ *   prescribedValues  in   columnCount * n values, column after column; only those of prescribed
+ *                          vertices are read
+ *   sourceValues      in   columnCount * n values, likewise; only those of free vertices are read;
+ *                          null for none
+ *   fieldsOut         out  columnCount * n values; may be either input
+ *
+ * After QUORKIT_OUT_OF_MEMORY nothing is written. Memory: 64 bytes per vertex.
+ */
+QUORKIT_API QuorkitStatus quorkitSolveMany(const QuorkitSolver* solver, int32_t columnCount,
+                                           const double* prescribedValues,
+                                           const double* sourceValues, double* fieldsOut);
+
 /* Releases a solver; null is ignored. Exactly once per solver. */
 QUORKIT_API void quorkitFreeSolver(QuorkitSolver* solver);
 
@@ -342,6 +424,56 @@ QUORKIT_API void quorkitFreeSolver(QuorkitSolver* solver);
  */
 QUORKIT_API QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_t m,
                                        const int32_t* triangles, double* areasOut);
+
+/*
+ * Computes the total flow through each region, such as the heat that a hot face gives off.
+ *
+ * The flow through vertex v is entry v of K u, where K is the stiffness matrix and u the field: the
+ * sum over the edges at v of the edge's weight times (u_v - u_w). It is positive where the region
+ * feeds the surface and negative where it drains it. A region's flow is the sum over its vertices.
+ * For a sheet of a thickness and a conductivity, multiply the flow by both to get watts.
+ *
+ * For a field of quorkitSolve, the flows of all prescribed regions sum to the source values of the
+ * free vertices, and to 0 without a source. Vertex regions that cover the whole mesh sum to 0. Both
+ * hold up to rounding. A flow is more exact than a sum of gradients along the region's border: its
+ * error shrinks with the square of the edge length where the field is smooth.
+ *
+ *   n, vertices   0 or more; 3n coordinates, in the range that quor.h gives for quorctorTagged
+ *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1, of a triangle all different
+ *   field         in   n values; NaN and infinity enter the arithmetic like any value
+ *   regions       in   n region numbers below regionCount; vertices of negative ones are in no
+ *                      region. Tags will do, with a regionCount of 4: flow 0 is then that of the
+ *                      free vertices
+ *   regionCount   0 or more; n, and vertex v in region v, gives the flow through each vertex
+ *   flowsOut      out  regionCount flows, 0 for a region without a vertex; must not overlap an
+ * input
+ *
+ * A degenerate triangle makes the flows of its corners' regions meaningless or NaN. Where regions
+ * touch, the flow grows without bound as the mesh gets finer: see quorkitCheckRegions. Allocates
+ * nothing.
+ */
+QUORKIT_API QuorkitStatus quorkitFlow(int32_t n, const double* vertices, int32_t m,
+                                      const int32_t* triangles, const double* field,
+                                      const int32_t* regions, int32_t regionCount,
+                                      double* flowsOut);
+
+/*
+ * Computes the gradient of a field in each triangle: the vector in the triangle's plane that points
+ * to where the field grows fastest, as long as it grows per unit of length. Heat flows against it.
+ * The field is linear inside a triangle, so its gradient is constant there. It is first-order exact
+ * at most: for the total flow through a region use quorkitFlow.
+ *
+ *   n, vertices   0 or more; 3n coordinates
+ *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
+ *   field         in   n values
+ *   gradientsOut  out  3m components, x y z per triangle; must not overlap an input
+ *
+ * A triangle without area gets NaN. NaN and infinite values enter the arithmetic like any other.
+ * No finite coordinates overflow or vanish, whatever their unit. Allocates nothing.
+ */
+QUORKIT_API QuorkitStatus quorkitGradients(int32_t n, const double* vertices, int32_t m,
+                                           const int32_t* triangles, const double* field,
+                                           double* gradientsOut);
 
 /*
  * A field as colours, for hosts that colour vertices: 256 colours from dark violet (low) to yellow

@@ -136,6 +136,33 @@ inline Welded weld(Span<double> points, Span<std::int32_t> triangles, double tol
   return welded;
 }
 
+/* What weldWithOrigins gives: a welded mesh, and the input triangle that each triangle was. */
+struct WeldedWithOrigins : Welded {
+  std::vector<std::int32_t> triangleOrigins;
+};
+
+/* quorkitWeldOrigins. */
+inline WeldedWithOrigins weldWithOrigins(Span<double> points, Span<std::int32_t> triangles,
+                                         double tolerance) {
+  const std::int32_t pointCount = quor::detail::count(points.size(), 3, "points");
+  const std::int32_t triangleCount = detail::triangleCount(triangles);
+  WeldedWithOrigins welded;
+  welded.vertices.resize(points.size());
+  welded.triangles.resize(triangles.size());
+  welded.pointMap.resize(points.size() / 3);
+  welded.triangleOrigins.resize(triangles.size() / 3);
+  std::int32_t vertices = 0;
+  std::int32_t kept = 0;
+  detail::require(quorkitWeldOrigins(pointCount, points.data(), triangleCount, triangles.data(),
+                                     welded.vertices.data(), welded.triangles.data(),
+                                     welded.pointMap.data(), welded.triangleOrigins.data(),
+                                     &vertices, &kept, tolerance));
+  welded.vertices.resize(3 * static_cast<std::size_t>(vertices));
+  welded.triangles.resize(3 * static_cast<std::size_t>(kept));
+  welded.triangleOrigins.resize(static_cast<std::size_t>(kept));
+  return welded;
+}
+
 /* quorkitCheck. No tags: what is prescribed is not looked at. */
 inline QuorkitReport check(Span<double> vertices, Span<std::int32_t> triangles,
                            Span<std::int32_t> tags = {}) {
@@ -147,6 +174,21 @@ inline QuorkitReport check(Span<double> vertices, Span<std::int32_t> triangles,
   detail::require(quorkitCheck(n, vertices.data(), detail::triangleCount(triangles),
                                triangles.data(), tags.size() != 0 ? tags.data() : nullptr,
                                &report));
+  return report;
+}
+
+/* quorkitCheckRegions. No values: any two regions differ. */
+inline QuorkitReport checkRegions(Span<double> vertices, Span<std::int32_t> triangles,
+                                  Span<std::int32_t> regions, Span<double> values = {}) {
+  const std::int32_t n = detail::vertexCount(vertices);
+  quor::detail::requireOnePerVertex(regions.size(), vertices.size() / 3, "regions");
+  if (values.size() != 0) {
+    quor::detail::requireOnePerVertex(values.size(), vertices.size() / 3, "values");
+  }
+  QuorkitReport report{};
+  detail::require(quorkitCheckRegions(n, vertices.data(), detail::triangleCount(triangles),
+                                      triangles.data(), regions.data(),
+                                      values.size() != 0 ? values.data() : nullptr, &report));
   return report;
 }
 
@@ -240,6 +282,25 @@ class Solver {
     return solveWith(prescribedValues, sourceValues.data());
   }
 
+  /* quorkitSolveMany: column after column, one value per vertex in each. No source: empty. */
+  std::vector<double> solveMany(Span<double> prescribedValues,
+                                Span<double> sourceValues = {}) const {
+    const auto n = static_cast<std::size_t>(info().vertexCount);
+    const std::size_t columns = n != 0 ? prescribedValues.size() / n : 0;
+    quor::detail::requireOnePerVertex(prescribedValues.size(), columns * n, "prescribed values");
+    if (sourceValues.size() != 0) {
+      quor::detail::requireOnePerVertex(sourceValues.size(), prescribedValues.size(),
+                                        "source values");
+    }
+    std::vector<double> fields(prescribedValues.size());
+    if (solver_) {
+      detail::require(quorkitSolveMany(
+          solver_.get(), quor::detail::count(columns, 1, "columns"), prescribedValues.data(),
+          sourceValues.size() != 0 ? sourceValues.data() : nullptr, fields.data()));
+    }
+    return fields;
+  }
+
  private:
   struct Free {
     void operator()(QuorkitSolver* solver) const { quorkitFreeSolver(solver); }
@@ -278,6 +339,35 @@ inline std::vector<double> areas(Span<double> vertices, Span<std::int32_t> trian
   detail::require(quorkitAreas(detail::vertexCount(vertices), vertices.data(),
                                detail::triangleCount(triangles), triangles.data(), areas.data()));
   return areas;
+}
+
+/*
+ * quorkitFlow.
+ *
+ *   regions  one region number per vertex; negative: none
+ *   regionCount  of the flows that are returned
+ */
+inline std::vector<double> flow(Span<double> vertices, Span<std::int32_t> triangles,
+                                Span<double> field, Span<std::int32_t> regions,
+                                std::int32_t regionCount) {
+  quor::detail::requireOnePerVertex(field.size(), vertices.size() / 3, "field values");
+  quor::detail::requireOnePerVertex(regions.size(), vertices.size() / 3, "regions");
+  std::vector<double> flows(regionCount > 0 ? static_cast<std::size_t>(regionCount) : 0);
+  detail::require(quorkitFlow(detail::vertexCount(vertices), vertices.data(),
+                              detail::triangleCount(triangles), triangles.data(), field.data(),
+                              regions.data(), regionCount, flows.data()));
+  return flows;
+}
+
+/* quorkitGradients: three components per triangle. */
+inline std::vector<double> gradients(Span<double> vertices, Span<std::int32_t> triangles,
+                                     Span<double> field) {
+  quor::detail::requireOnePerVertex(field.size(), vertices.size() / 3, "field values");
+  std::vector<double> gradients(triangles.size());
+  detail::require(quorkitGradients(detail::vertexCount(vertices), vertices.data(),
+                                   detail::triangleCount(triangles), triangles.data(), field.data(),
+                                   gradients.data()));
+  return gradients;
 }
 
 /* quorkitColours: four bytes per value. */

@@ -30,9 +30,10 @@ target_link_libraries(module_tests PRIVATE quor_objects GTest::gtest_main)
 
 # The kit, from outside, beside the library whose answers it gives.
 add_executable(kit_tests
-  kit/check_test.cpp kit/refine_test.cpp kit/solver_test.cpp kit/wrapper_test.cpp
-  kit/write_test.cpp)
-target_link_libraries(kit_tests PRIVATE quor::quorkit quor::quor GTest::gtest_main ${CMAKE_DL_LIBS})
+  kit/check_test.cpp kit/flow_test.cpp kit/refine_test.cpp kit/solver_test.cpp
+  kit/weld_origins_test.cpp kit/wrapper_test.cpp kit/write_test.cpp)
+target_link_libraries(kit_tests PRIVATE
+  quor::quorkit quor::quor Eigen3::Eigen GTest::gtest_main ${CMAKE_DL_LIBS})
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
   target_sources(kit_tests PRIVATE kit/host_test.cpp)
   target_compile_definitions(kit_tests PRIVATE QUORKIT_LIBRARY="$<TARGET_FILE:quorkit>"

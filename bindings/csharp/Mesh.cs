@@ -64,6 +64,15 @@ namespace Quor
         public Finding Pieces;
         /// <summary>Those without a prescribed vertex.</summary>
         public Finding UnprescribedPieces;
+        /// <summary>Edges of two or more triangles with a negative weight, each by its first
+        /// triangle.</summary>
+        public Finding NegativeWeights;
+        /// <summary>Edges of one triangle with a negative weight.</summary>
+        public Finding ObtuseBorders;
+        /// <summary>Prescribed vertices that no edge joins to another of their region.</summary>
+        public Finding IsolatedPrescribed;
+        /// <summary>Vertices that an edge joins to another region.</summary>
+        public Finding TouchingRegions;
     }
 
     /// <summary>A mesh that the library made of another: what <see cref="Mesh.Clean"/>,

@@ -1,5 +1,6 @@
 #include "kit/check.h"
 
+#include "kit/edge_weights.h"
 #include "kit/measure.h"
 #include "kit/triangle_shape.h"
 #include "util/disjoint_sets.h"
@@ -14,10 +15,6 @@
 namespace quorkit {
 namespace {
 
-bool isPrescribed(std::int32_t tag) {
-  return tag >= 1 && tag <= 3;
-}
-
 void count(QuorkitFinding& finding, std::int32_t index) {
   finding.first = finding.count == 0 ? index : finding.first;
   ++finding.count;
@@ -25,17 +22,21 @@ void count(QuorkitFinding& finding, std::int32_t index) {
 
 class Check {
  public:
-  Check(const MeshView& mesh, const std::int32_t* tags)
+  Check(const MeshView& mesh, const Prescription& prescription)
       : mesh_(mesh),
-        tags_(tags),
+        prescription_(prescription),
+        isSound_(mesh.triangleCount()),
         isUsed_(mesh.vertexCount()),
         isInPiece_(mesh.vertexCount()),
         parents_(quor::DisjointSets::singletons(mesh.n)),
+        isJoined_(prescription.isGiven() ? mesh.vertexCount() : 0),
+        isTouched_(isJoined_.size()),
         pieces_(parents_.data()) {
     for (QuorkitFinding* finding :
          {&report_.cornersOutOfRange, &report_.repeatedCorners, &report_.notFinite,
           &report_.flatTriangles, &report_.needles, &report_.unusedVertices,
-          &report_.prescribedVertices, &report_.pieces, &report_.unprescribedPieces}) {
+          &report_.prescribedVertices, &report_.pieces, &report_.unprescribedPieces,
+          &report_.isolatedPrescribed, &report_.touchingRegions}) {
       *finding = {0, -1};
     }
   }
@@ -45,9 +46,12 @@ class Check {
       look(t);
     }
     lookAtVertices();
-    if (tags_ != nullptr) {
-      lookAtTags();
+    if (prescription_.isGiven()) {
+      lookAtPrescribed();
     }
+    const NegativeWeights negative = negativeWeights(mesh_, isSound_);
+    report_.negativeWeights = negative.inside;
+    report_.obtuseBorders = negative.atBorder;
     return report_;
   }
 
@@ -74,6 +78,9 @@ class Check {
     pieces_.link(corner[0], corner[1]);
     pieces_.link(corner[1], corner[2]);
     isInPiece_[toSize(pieces_.root(corner[0]))] = true;
+    if (prescription_.isGiven()) {
+      lookAtEdges(corner);
+    }
     measure(t, {pointAt(mesh_.vertices, corner[0]), pointAt(mesh_.vertices, corner[1]),
                 pointAt(mesh_.vertices, corner[2])});
   }
@@ -90,9 +97,21 @@ class Check {
     if (shape.isNeedle()) {
       count(report_.needles, t);
     }
+    isSound_[toSize(t)] = true;
     const std::size_t e = shape.longest;
     report_.longestEdge = std::max(report_.longestEdge, distance(points[e], points[(e + 1) % 3]));
     report_.area += 0.5 * doubledArea(points[0], points[1], points[2]);
+  }
+
+  void lookAtEdges(const std::int32_t* corner) {
+    for (std::size_t k = 0; k < 3; ++k) {
+      const std::int32_t v = corner[k];
+      const std::int32_t w = corner[(k + 1) % 3];
+      if (prescription_.isPrescribed(v) && prescription_.isPrescribed(w)) {
+        auto& ends = prescription_.isOneRegion(v, w) ? isJoined_ : isTouched_;
+        ends[toSize(v)] = ends[toSize(w)] = true;
+      }
+    }
   }
 
   void lookAtVertices() {
@@ -121,12 +140,19 @@ class Check {
   /// Whether a vertex stands for a piece: it is the lowest of a set that has a triangle.
   bool isPiece(std::int32_t v) { return pieces_.root(v) == v && isInPiece_[toSize(v)]; }
 
-  void lookAtTags() {
+  void lookAtPrescribed() {
     std::vector<bool> hasPrescribed(mesh_.vertexCount());
     for (std::int32_t v = 0; v < mesh_.n; ++v) {
-      if (isPrescribed(tags_[v])) {
-        count(report_.prescribedVertices, v);
-        hasPrescribed[toSize(pieces_.root(v))] = true;
+      if (!prescription_.isPrescribed(v)) {
+        continue;
+      }
+      count(report_.prescribedVertices, v);
+      hasPrescribed[toSize(pieces_.root(v))] = true;
+      if (!isJoined_[toSize(v)]) {
+        count(report_.isolatedPrescribed, v);
+      }
+      if (isTouched_[toSize(v)]) {
+        count(report_.touchingRegions, v);
       }
     }
     for (std::int32_t v = 0; v < mesh_.n; ++v) {
@@ -137,18 +163,21 @@ class Check {
   }
 
   const MeshView& mesh_;
-  const std::int32_t* tags_;
+  const Prescription& prescription_;
+  std::vector<bool> isSound_;
   std::vector<bool> isUsed_;
   std::vector<bool> isInPiece_;  ///< of what once was a root of a set with a triangle
   std::vector<std::int32_t> parents_;
+  std::vector<bool> isJoined_;   ///< to another vertex of its region
+  std::vector<bool> isTouched_;  ///< by a vertex of another region
   quor::DisjointSets pieces_;
   QuorkitReport report_{};
 };
 
 }  // namespace
 
-QuorkitReport check(const MeshView& mesh, const std::int32_t* tags) {
-  return Check(mesh, tags).run();
+QuorkitReport check(const MeshView& mesh, const Prescription& prescription) {
+  return Check(mesh, prescription).run();
 }
 
 }  // namespace quorkit

@@ -7,13 +7,17 @@
 #include "kit/clean.h"
 #include "kit/colours.h"
 #include "kit/exception_guard.h"
+#include "kit/flow.h"
+#include "kit/gradients.h"
 #include "kit/mesh.h"
 #include "kit/obj_file.h"
 #include "kit/progress_reporter.h"
 #include "kit/refine.h"
 #include "kit/refine_to.h"
+#include "kit/triangle_origins.h"
 #include "operator/construct_tagged.h"
 #include "solve/field_solve.h"
+#include "solve/fields_solve.h"
 #include "util/integer_on_sphere.h"
 #include "weld/distinct_triangles.h"
 #include "weld/weld.h"
@@ -25,6 +29,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 struct QuorkitSolver {
   std::unique_ptr<const quor::SolverHandle> handle;
@@ -94,6 +99,37 @@ bool canBeRefined(const MeshView& mesh) {
          areFinite(mesh.vertices, 3 * mesh.vertexCount());
 }
 
+/// The outputs of a weld, and its tolerance.
+struct Weld {
+  double* vertices;
+  std::int32_t* triangles;
+  std::int32_t* pointMap;
+  std::int32_t* vertexCount;
+  std::int32_t* triangleCount;
+  double tolerance;
+
+  bool canBeMade(const MeshView& soup) const {
+    const bool hasCounts = vertexCount != nullptr && triangleCount != nullptr;
+    const bool hasVertices = soup.n <= 0 || (vertices != nullptr && pointMap != nullptr);
+    const bool hasTriangles = soup.m <= 0 || triangles != nullptr;
+    return hasCounts && hasVertices && hasTriangles && tolerance >= 0.0 && isMesh(soup);
+  }
+
+  void make(const MeshView& soup) const {
+    *vertexCount = 0;
+    *triangleCount = 0;
+    if (soup.n == 0) {
+      return;
+    }
+    std::uint64_t steps = 0;  // counted by the searches for themselves
+    quor::weldPoints(soup.n, soup.vertices, tolerance, pointMap, steps);
+    const std::int32_t count = quor::numberVertices(soup.n, soup.vertices, pointMap, vertices);
+    *triangleCount =
+        quor::keepDistinctTriangles(soup.m, soup.triangles, pointMap, count, triangles, steps);
+    *vertexCount = count;
+  }
+};
+
 /// Calls an operation that makes a mesh, unless the arguments are bad, and hands the mesh out.
 template <typename Operation>
 QuorkitStatus makeMesh(const QuorkitMesh** meshOut, bool isGood, const Operation& operation) {
@@ -150,28 +186,33 @@ QuorkitStatus quorkitWeld(int32_t pointCount, const double* points, int32_t tria
                           const int32_t* triangles, double* outVertices, int32_t* outTriangles,
                           int32_t* outPointMap, int32_t* outVertexCount, int32_t* outTriangleCount,
                           double tolerance) {
+  const Weld weld = {outVertices,    outTriangles,     outPointMap,
+                     outVertexCount, outTriangleCount, tolerance};
   const MeshView soup = {pointCount, points, triangleCount, triangles};
-  if (outVertexCount == nullptr || outTriangleCount == nullptr || !(tolerance >= 0.0) ||
-      !isMesh(soup)) {
+  return weld.canBeMade(soup) ? guarded([&] { weld.make(soup); }) : QUORKIT_BAD_ARGUMENT;
+}
+
+QuorkitStatus quorkitWeldOrigins(int32_t pointCount, const double* points, int32_t triangleCount,
+                                 const int32_t* triangles, double* outVertices,
+                                 int32_t* outTriangles, int32_t* outPointMap,
+                                 int32_t* outTriangleOrigins, int32_t* outVertexCount,
+                                 int32_t* outTriangleCount, double tolerance) {
+  const Weld weld = {outVertices,    outTriangles,     outPointMap,
+                     outVertexCount, outTriangleCount, tolerance};
+  const MeshView soup = {pointCount, points, triangleCount, triangles};
+  if (!weld.canBeMade(soup) || (outTriangleOrigins == nullptr && triangleCount > 0)) {
     return QUORKIT_BAD_ARGUMENT;
-  }
-  const bool hasVertices = outVertices != nullptr && outPointMap != nullptr;
-  if ((pointCount > 0 && !hasVertices) || (triangleCount > 0 && outTriangles == nullptr)) {
-    return QUORKIT_BAD_ARGUMENT;
-  }
-  *outVertexCount = 0;
-  *outTriangleCount = 0;
-  if (pointCount == 0) {
-    return QUORKIT_DONE;
   }
   return guarded([&] {
-    std::uint64_t steps = 0;  // counted by the searches for themselves
-    quor::weldPoints(pointCount, points, tolerance, outPointMap, steps);
-    const std::int32_t vertices =
-        quor::numberVertices(pointCount, points, outPointMap, outVertices);
-    *outTriangleCount = quor::keepDistinctTriangles(triangleCount, triangles, outPointMap, vertices,
-                                                    outTriangles, steps);
-    *outVertexCount = vertices;
+    *outVertexCount = 0;
+    *outTriangleCount = 0;
+    std::vector<std::int32_t> copy;  // of what is written over
+    if (outTriangles == triangles) {
+      copy.assign(triangles, triangles + 3 * soup.triangleCount());
+    }
+    weld.make(soup);
+    quorkit::triangleOrigins(copy.empty() ? triangles : copy.data(), outPointMap, *outTriangleCount,
+                             outTriangles, outTriangleOrigins);
   });
 }
 
@@ -181,7 +222,17 @@ QuorkitStatus quorkitCheck(int32_t n, const double* vertices, int32_t m, const i
   if (reportOut == nullptr || !areArrays(mesh)) {
     return QUORKIT_BAD_ARGUMENT;
   }
-  return guarded([&] { *reportOut = quorkit::check(mesh, tags); });
+  return guarded([&] { *reportOut = quorkit::check(mesh, {tags, nullptr, nullptr}); });
+}
+
+QuorkitStatus quorkitCheckRegions(int32_t n, const double* vertices, int32_t m,
+                                  const int32_t* triangles, const int32_t* regions,
+                                  const double* values, QuorkitReport* reportOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  if (reportOut == nullptr || (regions == nullptr && n > 0) || !areArrays(mesh)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  return guarded([&] { *reportOut = quorkit::check(mesh, {nullptr, regions, values}); });
 }
 
 void quorkitFreeMesh(const QuorkitMesh* mesh) {
@@ -281,6 +332,19 @@ QuorkitStatus quorkitSolve(const QuorkitSolver* solver, const double* prescribed
       [&] { quor::solveField(*solver->handle, prescribedValues, sourceValues, fieldOut); });
 }
 
+QuorkitStatus quorkitSolveMany(const QuorkitSolver* solver, int32_t columnCount,
+                               const double* prescribedValues, const double* sourceValues,
+                               double* fieldsOut) {
+  const bool areThere = prescribedValues != nullptr && fieldsOut != nullptr;
+  if (solver == nullptr || columnCount < 0 || (!areThere && columnCount > 0)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  return guarded([&] {
+    quor::solveFields(*solver->handle, toSize(columnCount), prescribedValues, sourceValues,
+                      fieldsOut);
+  });
+}
+
 void quorkitFreeSolver(QuorkitSolver* solver) {
   delete solver;
 }
@@ -292,6 +356,32 @@ QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_t m, const i
     return QUORKIT_BAD_ARGUMENT;
   }
   quorkit::areas(mesh, areasOut);
+  return QUORKIT_DONE;
+}
+
+QuorkitStatus quorkitFlow(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
+                          const double* field, const int32_t* regions, int32_t regionCount,
+                          double* flowsOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  const bool areThere = n == 0 || (field != nullptr && regions != nullptr);
+  if (regionCount < 0 || (flowsOut == nullptr && regionCount > 0) || !areThere || !isMesh(mesh) ||
+      !std::all_of(regions, regions + n,
+                   [regionCount](std::int32_t region) { return region < regionCount; })) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  quorkit::flows(mesh, field, regions, regionCount, flowsOut);
+  return QUORKIT_DONE;
+}
+
+QuorkitStatus quorkitGradients(int32_t n, const double* vertices, int32_t m,
+                               const int32_t* triangles, const double* field,
+                               double* gradientsOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  const bool areThere = m == 0 || (field != nullptr && gradientsOut != nullptr);
+  if (!areThere || !isMesh(mesh)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  quorkit::gradients(mesh, field, gradientsOut);
   return QUORKIT_DONE;
 }
 

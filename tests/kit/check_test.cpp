@@ -1,5 +1,6 @@
 // quorkitCheck and quorkitClean: what is wrong with a mesh, and what is left of it.
 
+#include "support/cotangent_stiffness.h"
 #include "support/kit.h"
 
 #include <algorithm>
@@ -31,7 +32,11 @@ Findings found(const QuorkitReport& report) {
                                       {"unused", report.unusedVertices},
                                       {"prescribed", report.prescribedVertices},
                                       {"piece", report.pieces},
-                                      {"unprescribed", report.unprescribedPieces}}) {
+                                      {"unprescribed", report.unprescribedPieces},
+                                      {"negative", report.negativeWeights},
+                                      {"obtuse", report.obtuseBorders},
+                                      {"isolated", report.isolatedPrescribed},
+                                      {"touching", report.touchingRegions}}) {
     EXPECT_EQ(finding.count == 0, finding.first == -1) << name;
     if (finding.count != 0) {
       all[name] = {finding.count, finding.first};
@@ -60,7 +65,7 @@ TEST(KitCheck, CountsEachFaultAndNamesTheFirst) {
       {"one prescribed",
        {square, {0, 1, 2, 0, 2, 3}},
        {0, 4, 3, -1},
-       {{"piece", {1, 0}}, {"prescribed", {1, 2}}}},
+       {{"isolated", {1, 2}}, {"piece", {1, 0}}, {"prescribed", {1, 2}}}},
       {"none prescribed",
        {square, {0, 1, 2, 0, 2, 3}},
        {0, 0, 4, 0},
@@ -85,7 +90,7 @@ TEST(KitCheck, CountsEachFaultAndNamesTheFirst) {
       {"a needle",
        {{0, 0, 0, 1, 0, 0, 0.4, thin, 0}, {2, 0, 1}},
        {},
-       {{"piece", {1, 0}}, {"needle", {1, 0}}}},
+       {{"piece", {1, 0}}, {"needle", {1, 0}}, {"obtuse", {1, 0}}}},
       {"flat, and as small as it gets",
        {{0, 0, 0, 1e-160, 0, 0, 0.5e-160, 1e-167, 0}, {0, 1, 2}},
        {},
@@ -101,15 +106,112 @@ TEST(KitCheck, CountsEachFaultAndNamesTheFirst) {
       {"two pieces, the second prescribed, and a vertex of none",
        {{9, 9, 9, 0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0}, {3, 2, 1, 4, 5, 6}},
        {1, 0, 0, 0, 0, 2, 0},
-       {{"piece", {2, 1}}, {"prescribed", {2, 0}}, {"unprescribed", {1, 1}}, {"unused", {1, 0}}}},
+       {{"isolated", {2, 0}},
+        {"piece", {2, 1}},
+        {"prescribed", {2, 0}},
+        {"unprescribed", {1, 1}},
+        {"unused", {1, 0}}}},
       {"joined at a vertex",
        {{0, 0, 0, 1, 0, 0, 0, 1, 0, -1, 0, 0, 0, -1, 0}, {0, 1, 2, 0, 3, 4}},
        {0, 0, 0, 0, 1},
-       {{"piece", {1, 0}}, {"prescribed", {1, 4}}}},
+       {{"isolated", {1, 4}}, {"piece", {1, 0}}, {"prescribed", {1, 4}}}},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(found(check(c.mesh, c.tags)), c.expected) << c.what;
   }
+}
+
+TEST(KitCheck, CountsNegativeWeightsInsideAndAtTheBorder) {
+  // Cotangents opposite the edge 0 1: -3/4 at 2 and at 3, 77/36 at 4, 5/12 at 5.
+  const std::vector<double> fan{0, 0, 0, 4, 0, 0, 2, 1, 0, 2, -1, 0, 2, 0, 9, 2, 0, 3};
+  const auto negative = [&](const std::vector<std::int32_t>& triangles) {
+    const QuorkitReport report = check({fan, triangles});
+    return std::array<std::int32_t, 4>{report.negativeWeights.count, report.negativeWeights.first,
+                                       report.obtuseBorders.count, report.obtuseBorders.first};
+  };
+  using Counts = std::array<std::int32_t, 4>;
+  EXPECT_EQ(negative({4, 2, 0, 0, 1, 2}), (Counts{0, -1, 1, 1}));
+  EXPECT_EQ(negative({4, 2, 0, 1, 0, 3, 0, 1, 2}), (Counts{1, 1, 0, -1}));
+  EXPECT_EQ(negative({0, 1, 2, 1, 0, 4}), (Counts{0, -1, 0, -1}));
+  EXPECT_EQ(negative({1, 0, 3, 0, 1, 2, 0, 1, 4}), (Counts{0, -1, 0, -1}));
+  EXPECT_EQ(negative({1, 0, 3, 0, 1, 2, 0, 1, 5}), (Counts{1, 0, 0, -1}));
+  // Right angles on both sides of a diagonal: rounding decides about the sign.
+  const Mesh tilted = gridMesh(40, 40, [](double u, double v) {
+    return std::array<double, 3>{0.6 * u - 0.8 * v + 3, 0.8 * u + 0.6 * v, 0.1};
+  });
+  EXPECT_EQ(found(check(tilted)), (Findings{{"piece", {1, 0}}}));
+}
+
+TEST(KitCheck, CountsTheNegativeEntriesOfTheMatrix) {
+  // Dense algebra on a mesh with triangles of every shape, two of them refused.
+  Mesh mesh = tangledMesh(60, 300, 9);
+  Eigen::MatrixXi triangles = Eigen::MatrixXi::Zero(mesh.n(), mesh.n());
+  for (std::size_t k = 0; k < mesh.triangles.size(); ++k) {
+    const std::int32_t a = mesh.triangles[k];
+    const std::int32_t b = mesh.triangles[k % 3 == 2 ? k - 2 : k + 1];
+    ++triangles(a, b);
+    ++triangles(b, a);
+  }
+  const Eigen::MatrixXd K = denseStiffness(mesh);
+  int inside = 0;
+  int atBorder = 0;
+  for (Eigen::Index a = 0; a < K.rows(); ++a) {
+    for (Eigen::Index b = 0; b < a; ++b) {
+      inside += K(a, b) > 1e-9 && triangles(a, b) > 1 ? 1 : 0;
+      atBorder += K(a, b) > 1e-9 && triangles(a, b) == 1 ? 1 : 0;
+    }
+  }
+  mesh.triangles.insert(mesh.triangles.end(), {0, 0, 1, 5, -1, 7});
+  const QuorkitReport report = check(mesh);
+  EXPECT_GT(inside, 10);
+  EXPECT_GT(atBorder, 10);
+  EXPECT_EQ(report.negativeWeights.count, inside);
+  EXPECT_EQ(report.obtuseBorders.count, atBorder);
+}
+
+TEST(KitCheck, TellsRegionsThatTouchFromThoseApart) {
+  // Four columns of vertices: a region, a free one, then two regions side by side.
+  const Mesh mesh = gridMesh(4, 3);
+  const std::vector<std::int32_t> regions{7, -1, 0, 3, 7, -1, 0, 3, 7, -1, 0, 3};
+  const auto look = [&](const std::vector<std::int32_t>& numbers, const double* values) {
+    QuorkitReport report{};
+    EXPECT_EQ(quorkitCheckRegions(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(),
+                                  numbers.data(), values, &report),
+              QUORKIT_DONE);
+    return found(report);
+  };
+  const Findings apart{{"piece", {1, 0}}, {"prescribed", {9, 0}}};
+  Findings touching = apart;
+  touching["touching"] = {6, 2};
+  EXPECT_EQ(look(regions, nullptr), touching);
+  std::vector<double> values{1, kNaN, 2, 5, 1, kNaN, 2, 5, 1, kNaN, 2, 5};
+  EXPECT_EQ(look(regions, values.data()), touching);
+  for (double& value : values) {
+    value = 2;
+  }
+  EXPECT_EQ(look(regions, values.data()), apart) << "they have one value";
+  for (double& value : values) {
+    value = kNaN;
+  }
+  EXPECT_EQ(look(regions, values.data()), touching);
+
+  // Vertex 5 alone among free ones; vertex 11 alone, beside another region.
+  std::vector<std::int32_t> alone(12, -1);
+  alone[5] = alone[11] = 1;
+  EXPECT_EQ(look(alone, nullptr),
+            (Findings{{"isolated", {2, 5}}, {"piece", {1, 0}}, {"prescribed", {2, 5}}}));
+  alone[10] = 2;
+  EXPECT_EQ(
+      look(alone, nullptr),
+      (Findings{
+          {"isolated", {3, 5}}, {"piece", {1, 0}}, {"prescribed", {3, 5}}, {"touching", {3, 5}}}));
+  EXPECT_EQ(look(std::vector<std::int32_t>(12, -1), nullptr),
+            (Findings{{"piece", {1, 0}}, {"unprescribed", {1, 0}}}));
+  QuorkitReport report{};
+  EXPECT_EQ(quorkitCheckRegions(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(),
+                                nullptr, nullptr, &report),
+            QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitCheckRegions(0, nullptr, 0, nullptr, nullptr, nullptr, &report), QUORKIT_DONE);
 }
 
 TEST(KitCheck, MeasuresWhatIsSound) {
@@ -213,6 +315,7 @@ TEST(KitClean, LeavesNoCrackWhereFlatTrianglesWere) {
     const Mesh result = plain(cleaned);
     Findings left = found(check(result));
     left.erase("needle");
+    left.erase("obtuse");
     EXPECT_EQ(left, (Findings{{"piece", {1, 0}}})) << what;
     EXPECT_EQ(result.n(), mesh.n()) << what;
     EXPECT_EQ(borderOf(result), borderOf(mesh)) << what;

@@ -34,7 +34,8 @@ class CReport(ctypes.Structure):
     _fields_ = [(name, c_double) for name in ("longest_edge", "area", "diagonal")] + [
         (name, CFinding) for name in (
             "corners_out_of_range", "repeated_corners", "not_finite", "flat_triangles", "needles",
-            "unused_vertices", "prescribed_vertices", "pieces", "unprescribed_pieces")]
+            "unused_vertices", "prescribed_vertices", "pieces", "unprescribed_pieces",
+            "negative_weights", "obtuse_borders", "isolated_prescribed", "touching_regions")]
 
 
 class CMesh(ctypes.Structure):

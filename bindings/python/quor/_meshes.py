@@ -40,6 +40,10 @@ class Report(NamedTuple):
     prescribed_vertices: Finding
     pieces: Finding  # each by its first vertex
     unprescribed_pieces: Finding
+    negative_weights: Finding  # edges of two or more triangles, each by its first triangle
+    obtuse_borders: Finding  # edges of one triangle
+    isolated_prescribed: Finding  # vertices
+    touching_regions: Finding  # vertices
 
 
 class CleanMesh(NamedTuple):
