@@ -1,5 +1,6 @@
 #include "solve/substitution.h"
 
+#include "solve/factor_view.h"
 #include "util/exact_arithmetic.h"
 #include "util/machine.h"
 
@@ -7,48 +8,9 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace quor {
 namespace {
-
-/// L and D as they lie in memory.
-struct FactorView {
-  explicit FactorView(const Factorization& factor)
-      : starts(factor.matrixL().nestedExpression().outerIndexPtr()),
-        rows(factor.matrixL().nestedExpression().innerIndexPtr()),
-        values(factor.matrixL().nestedExpression().valuePtr()),
-        diagonal(factor.diagonal().data()),
-        groups(factor.columnGroups()) {}
-
-  int count(int j) const { return starts[j + 1] - starts[j]; }
-
-  const int* starts;
-  const int* rows;
-  const double* values;
-  const double* diagonal;
-  const std::vector<std::uint8_t>& groups;
-};
-
-/// Columns first .. first+kColumns-1, each nested in the next. What they have in common are the
-/// rows of the last one.
-template <int kColumns>
-struct Group {
-  QUOR_ALWAYS_INLINE Group(const FactorView& factor, int first)
-      : rows(factor.rows + factor.starts[first + kColumns - 1]),
-        shared(factor.count(first + kColumns - 1)) {
-    QUOR_UNROLL
-    for (int c = 0; c < kColumns; ++c) {
-      inner.data()[c] = factor.values + factor.starts[first + c];
-      values.data()[c] = inner.data()[c] + (kColumns - 1 - c);
-    }
-  }
-
-  const int* rows;
-  int shared;                                    ///< number of rows
-  std::array<const double*, kColumns> inner{};   ///< of each column, the entries in later columns
-  std::array<const double*, kColumns> values{};  ///< of each column, the entries in the shared rows
-};
 
 /// Asks for memory ahead of its use, line by line upwards or downwards: 16 KB ahead, so that it has
 /// arrived when it is read. The processor itself foresees only longer pieces, and none downwards.
