@@ -6,7 +6,6 @@
 #include "operator/construct_tagged.h"
 #include "solve/field_solve.h"
 #include "util/integer_on_sphere.h"
-#include "weld/distinct_triangles.h"
 #include "weld/weld.h"
 
 #include <cstddef>
@@ -50,13 +49,13 @@ int32_t quorWeld(int32_t pointCount, const double* points, int32_t triangleCount
     return 0;
   }
   // From here on the count pointers must not be null, as documented.
-  std::uint64_t steps = 0;  // counted by the searches for themselves
-  quor::weldPoints(pointCount, points, tolerance, outPointMap, steps);
-  // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
-  *outVertexCount = quor::numberVertices(pointCount, points, outPointMap, outVertices);
-  // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
-  *outTriangleCount = quor::keepDistinctTriangles(triangleCount, triangles, outPointMap,
-                                                  *outVertexCount, outTriangles, steps);
+  const quor::WeldedCounts counts =
+      quor::weldMesh(pointCount, points, triangleCount, triangles, tolerance, outVertices,
+                     outTriangles, outPointMap);
+  // NOLINTBEGIN(clang-analyzer-core.NullDereference)
+  *outVertexCount = counts.vertices;
+  *outTriangleCount = counts.triangles;
+  // NOLINTEND(clang-analyzer-core.NullDereference)
   return 0;
 }
 

@@ -19,7 +19,6 @@
 #include "solve/field_solve.h"
 #include "solve/fields_solve.h"
 #include "util/integer_on_sphere.h"
-#include "weld/distinct_triangles.h"
 #include "weld/weld.h"
 
 #include <algorithm>
@@ -118,15 +117,10 @@ struct Weld {
   void make(const MeshView& soup) const {
     *vertexCount = 0;
     *triangleCount = 0;
-    if (soup.n == 0) {
-      return;
-    }
-    std::uint64_t steps = 0;  // counted by the searches for themselves
-    quor::weldPoints(soup.n, soup.vertices, tolerance, pointMap, steps);
-    const std::int32_t count = quor::numberVertices(soup.n, soup.vertices, pointMap, vertices);
-    *triangleCount =
-        quor::keepDistinctTriangles(soup.m, soup.triangles, pointMap, count, triangles, steps);
-    *vertexCount = count;
+    const quor::WeldedCounts counts = quor::weldMesh(soup.n, soup.vertices, soup.m, soup.triangles,
+                                                     tolerance, vertices, triangles, pointMap);
+    *vertexCount = counts.vertices;
+    *triangleCount = counts.triangles;
   }
 };
 

@@ -2,6 +2,7 @@
 
 #include "util/disjoint_sets.h"
 #include "util/machine.h"
+#include "weld/distinct_triangles.h"
 #include "weld/equal_points.h"
 #include "weld/near_points.h"
 #include "weld/point.h"
@@ -12,6 +13,19 @@
 #include <numeric>
 
 namespace quor {
+
+WeldedCounts weldMesh(std::int32_t pointCount, const double* points, std::int32_t triangleCount,
+                      const std::int32_t* triangles, double tolerance, double* outVertices,
+                      std::int32_t* outTriangles, std::int32_t* outPointMap) {
+  if (pointCount == 0) {
+    return {0, 0};
+  }
+  std::uint64_t steps = 0;
+  weldPoints(pointCount, points, tolerance, outPointMap, steps);
+  const std::int32_t vertices = numberVertices(pointCount, points, outPointMap, outVertices);
+  return {vertices, keepDistinctTriangles(triangleCount, triangles, outPointMap, vertices,
+                                          outTriangles, steps)};
+}
 
 void weldPoints(std::int32_t count, const double* points, double tolerance, std::int32_t* forest,
                 std::uint64_t& steps) {
