@@ -24,7 +24,7 @@ configure(-DQUOR_BUILD_BENCHMARKS=AUTO)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "a plain cmake stops:\n${said}")
 endif()
-says("without the command heatmap: no assimp, CLI11, nanoflann, nlohmann_json (scripts/setup build")
+says("without the command heatmap: no CLI11, nanoflann, nlohmann_json (scripts/setup build")
 says("without the tests in C++: no GTest (scripts/setup test")
 says("the benchmarks of weld, construct, solve and write: no assimp, CLI11, nanoflann, VTK, CHOLMOD")
 

@@ -1,10 +1,11 @@
 #include "destination.h"
 
+#include "files.h"
+#include "kit/new_file.h"
 #include "text.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <fstream>
 #include <stdexcept>
 #include <string_view>
@@ -35,45 +36,30 @@ std::string whyNotPng(const fs::path& ramp) {
   std::array<char, kSignature.size()> start{};
   std::ifstream file(ramp, std::ios::binary);
   if (!file) {
-    return "it is not yours to read";
+    return "permission denied";
   }
   file.read(start.data(), start.size());
-  return std::string_view(start.data(), start.size()) == kSignature ? "" : "it is no PNG image";
+  return std::string_view(start.data(), start.size()) == kSignature ? "" : "it is not a PNG image";
 }
 
 void requireRamp(const fs::path& ramp) {
   std::error_code ignored;
   std::string why;
   if (!fs::exists(ramp, ignored)) {
-    why = "there is no such file";
+    why = "no such file";
   } else if (!fs::is_regular_file(ramp, ignored)) {
-    why = "that is not a file";
+    why = "it is not a file";
   } else {
     why = whyNotPng(ramp);
   }
   if (!why.empty()) {
     refuse("cannot read the colour ramp " + ramp.string() + ": " + why +
-           ". --ramp names another image; quor comes with assets/viridis.PNG, installed as "
-           "share/quor/viridis.PNG");
-  }
-}
-
-// Why no file could be made, by the number that the system gives.
-std::string reason(int error) {
-  switch (error) {
-    case EACCES:
-    case EPERM:
-    case EROFS:
-      return "one needs permission to write there";
-    case ENAMETOOLONG:
-      return "the name is too long; choose another --name";
-    default:
-      return std::generic_category().message(error);
+           ". Give another image with --ramp, or none: quor installs share/quor/viridis.PNG");
   }
 }
 
 // The directory, or the first one above it that is there: a result could be written if a file can
-// be made in it, of a name as long as the longest of those that are needed.
+// be made in it, in the way in which results are.
 void requireWritable(const fs::path& directory, const std::string& name) {
   std::error_code error;
   fs::path there = fs::absolute(directory).lexically_normal();
@@ -84,17 +70,11 @@ void requireWritable(const fs::path& directory, const std::string& name) {
   if (!fs::is_directory(there, error)) {
     refuse(what + there.string() + " is not a directory");
   }
-  const fs::path probe = there / (name + ".obj.probe");
-  if (fs::exists(probe, error)) {
-    return;  // left by a process that was ended right here; not ours to touch
-  }
-  errno = 0;
-  const bool isMade = std::ofstream(probe).is_open();
-  const int why = errno;
-  fs::remove(probe, error);
-  if (!isMade) {
-    refuse(what + "no file " + quoted(name + ".obj") + " can be made in " + there.string() + ": " +
-           reason(why));
+  try {
+    const quorkit::NewFile probe(there / (name + ".json"));
+  } catch (const quorkit::FileError& failure) {
+    refuse(what + "no file " + quoted(name + ".json") + " can be made in " + there.string() + ": " +
+           reasonOf(failure.error()));
   }
 }
 

@@ -1,11 +1,9 @@
 #include "page.h"
 
-#include "whole_file.h"
+#include "files.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string_view>
 
@@ -14,13 +12,12 @@ namespace {
 
 constexpr std::string_view kMark = "<!-- result -->";
 
-std::string readWhole(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::string bytes((std::istreambuf_iterator<char>(stream)), {});
-  if (!stream.is_open() || stream.bad()) {
-    throw std::runtime_error("cannot read " + file.string());
+std::string readNamed(const std::filesystem::path& file) {
+  try {
+    return readWhole(file);
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error("cannot read " + file.string() + ": " + error.what());
   }
-  return bytes;
 }
 
 // RFC 4648, section 4: any bytes in 64 characters, none of which HTML knows.
@@ -50,32 +47,31 @@ std::string escaped(const std::string& attribute) {
   return text;
 }
 
-void writeFile(std::ostream& page, const std::filesystem::path& file) {
-  page << R"(<script type="text/plain" data-name=")" << escaped(file.filename().string()) << R"(">)"
-       << base64(readWhole(file)) << "</script>\n";
+std::string elementOf(const std::filesystem::path& file) {
+  return R"(<script type="text/plain" data-name=")" + escaped(file.filename().u8string()) +
+         R"(">)" + base64(readNamed(file)) + "</script>\n";
 }
 
 }  // namespace
 
 std::string readViewer(const std::filesystem::path& file) {
-  std::string viewer = readWhole(file);
+  std::string viewer = readNamed(file);
   if (viewer.find(kMark) == std::string::npos) {
-    throw std::runtime_error(file.string() + " is not the viewer's page");
+    throw std::runtime_error(file.string() + " is not the viewer's page: install quor again");
   }
   return viewer;
 }
 
 void writePage(const std::string& viewer, const std::filesystem::path& directory,
                const std::string& name) {
+  std::string elements;
+  for (const char* ending : {".obj", ".mtl", ".json"}) {
+    elements += elementOf(directory / (name + ending));
+  }
+  elements += elementOf(directory / "viridis.PNG");
   const std::size_t mark = viewer.find(kMark);
-  writeWhole(directory / (name + ".html"), [&](std::ostream& page) {
-    page << std::string_view(viewer).substr(0, mark);
-    for (const char* ending : {".obj", ".mtl", ".json"}) {
-      writeFile(page, directory / (name + ending));
-    }
-    writeFile(page, directory / "viridis.PNG");
-    page << std::string_view(viewer).substr(mark + kMark.size());
-  });
+  writeWhole(directory / (name + ".html"),
+             viewer.substr(0, mark) + elements + viewer.substr(mark + kMark.size()));
 }
 
 }  // namespace heatmap

@@ -1,177 +1,167 @@
 #include "prepare.h"
 
-#include "end_selection.h"
-#include "number.h"
-#include "singular_points.h"
+#include "components.h"
+#include "geometry.h"
+#include "kit_mesh.h"
 #include "text.h"
 
 #include <quorkit.hpp>
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <functional>
-#include <numeric>
-#include <optional>
+#include <cmath>
+#include <limits>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace heatmap {
 namespace {
 
-constexpr int kEdgesPerDiagonal = 32;
+constexpr double kTolerance = 1e-6;  // of the diagonal
+constexpr double kFar = 10.0;        // diagonals from zero
+// Parts of other sizes stay where they are.
+constexpr double kSmallest = 1e-15;
+constexpr double kLargest = 1e15;
+// Parts of the diagonal that neighbouring floats may be apart before a part is warned of, or
+// refused: far from zero a float cannot hold small details.
+constexpr double kCoarse = 1e-4;
+constexpr double kTooCoarse = 1e-2;
+// Share of the area that welding may take away before it is worth a warning.
+constexpr double kLostArea = 1e-4;
 
-Surface copyOf(const quor::kit::Mesh& mesh) {
-  const auto vertices = mesh.vertices();
-  const auto triangles = mesh.triangles();
-  return {{vertices.begin(), vertices.end()}, {triangles.begin(), triangles.end()}};
+// A round number near x, in steps of a power of ten that is at most `size`.
+double rounded(double x, double size) {
+  double step = 1.0;  // or the number of steps in one, where that is above 1
+  if (size >= 1.0) {
+    for (; 10.0 * step <= size; step *= 10.0) {
+    }
+    return std::round(x / step) * step;
+  }
+  for (; size * step < 1.0; step *= 10.0) {
+  }
+  return std::round(x * step) / step;
 }
 
-std::string counts(const Surface& mesh) {
-  return std::to_string(mesh.vertexCount()) + " vertices, " + std::to_string(mesh.triangleCount()) +
-         " triangles";
+// Moves the coordinates by round numbers, so that neither text with six digits nor the floats of a
+// viewer lose details.
+void center(Surface& surface) {
+  const Bounds bounds = boundsOf(surface);
+  const double diagonal = bounds.diagonal();
+  Position origin{};
+  for (std::size_t axis = 0; axis < 3 && diagonal > kSmallest && diagonal < kLargest; ++axis) {
+    const double middle = bounds.low[axis] + (bounds.high[axis] - bounds.low[axis]) / 2.0;
+    origin[axis] = std::fabs(middle) > kFar * diagonal ? rounded(middle, diagonal) : 0.0;
+  }
+  for (std::size_t k = 0; k < surface.vertices.size(); ++k) {
+    surface.vertices[k] -= origin[k % 3];
+  }
+  surface.origin = {origin[0], origin[1], origin[2]};
 }
 
-// Of the vertices from `first` on, which edges of the input they lie on: on that of both vertices
-// whose midpoint they are, if it is one.
-void findEdges(std::size_t first, const quor::kit::Mesh& mesh,
-               std::vector<std::array<std::int32_t, 2>>& edges) {
-  const auto origins = mesh.vertexOrigins();
-  for (std::size_t v = first; 2 * v < origins.size(); ++v) {
-    std::array<std::int32_t, 4> ends{};
-    const auto& a = edges[static_cast<std::size_t>(origins[2 * v])];
-    const auto& b = edges[static_cast<std::size_t>(origins[2 * v + 1])];
-    std::copy(a.begin(), a.end(), ends.begin());
-    std::copy(b.begin(), b.end(), ends.begin() + 2);
-    std::sort(ends.begin(), ends.end());
-    const bool isOnOne =
-        ends[0] != Refined::kInside && std::unique(ends.begin(), ends.end()) == ends.begin() + 2;
-    edges.push_back(isOnOne ? std::array{ends[0], ends[1]}
-                            : std::array{Refined::kInside, Refined::kInside});
+void requireDetails(const std::filesystem::path& file, const PartFile& part, Stages& stages) {
+  if (!part.isSinglePrecision) {
+    return;
+  }
+  const Bounds bounds = boundsOf(part.surface);
+  double largest = 0.0;
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    largest = std::max({largest, std::fabs(bounds.low[axis]), std::fabs(bounds.high[axis])});
+  }
+  const double spacing = largest * double{std::numeric_limits<float>::epsilon()};
+  const double diagonal = bounds.diagonal();
+  if (spacing <= kCoarse * diagonal) {
+    return;
+  }
+  const std::string what =
+      file.string() + ": the file holds single precision, in which neighbouring coordinates at " +
+      shortText(largest) + " are " + shortText(spacing, 2) +
+      " apart, and the part has a diagonal of " + shortText(diagonal) +
+      ": export it nearer to the origin, or as text";
+  if (spacing > kTooCoarse * diagonal) {
+    throw std::runtime_error(what);
+  }
+  stages.warn(what + "; details smaller than that are lost");
+}
+
+// Triangles with an area whose corners became one vertex.
+void warnOfLoss(const Surface& soup, const std::vector<std::int32_t>& map, double tolerance,
+                Stages& stages) {
+  double area = 0.0;
+  double lost = 0.0;
+  std::int32_t count = 0;
+  std::int32_t first = -1;
+  for (std::int32_t t = 0; t < soup.triangleCount(); ++t) {
+    const std::int32_t* const corner = soup.triangle(t);
+    const std::int32_t a = map[toSize(corner[0])];
+    const std::int32_t b = map[toSize(corner[1])];
+    const std::int32_t c = map[toSize(corner[2])];
+    const double own = areaOf(soup, t);
+    area += own;
+    if ((a == b || b == c || c == a) && own > 0.0) {
+      lost += own;
+      first = first < 0 ? t : first;
+      ++count;
+    }
+  }
+  if (lost > kLostArea * area) {
+    stages.warn("welding points nearer than " + shortText(tolerance) + " (--tolerance) took " +
+                shortText(100.0 * lost / area, 2) + " % of the area away, " +
+                std::to_string(count) + " triangles, the first at " +
+                placeText(soup, centerOf(soup, first)) +
+                ": give a smaller --tolerance unless these details may go");
   }
 }
 
-// Calls what refines a mesh. Throws std::runtime_error if there would be too many triangles.
-template <typename Refining>
-quor::kit::Mesh madeOrRefused(double length, const Refining& refining) {
-  try {
-    return refining();
-  } catch (const std::length_error&) {
-    throw std::runtime_error("edges of at most " + text(length) +
-                             " would make more triangles than fit: choose a larger --edge");
+Surface weld(const Surface& soup, double tolerance, Stages& stages) {
+  quor::Welded welded = quor::kit::weld(soup.vertices, soup.triangles, tolerance);
+  if (welded.triangles.empty()) {
+    throw std::runtime_error("no triangle is left after points nearer than " +
+                             shortText(tolerance) +
+                             " became one vertex, and the part reaches from " + boundsText(soup) +
+                             ": give a smaller --tolerance");
   }
+  warnOfLoss(soup, welded.pointMap, tolerance, stages);
+  return {std::move(welded.vertices), std::move(welded.triangles), soup.origin};
+}
+
+// Returns what went, in words.
+std::string clean(Surface& surface) {
+  const std::int32_t degenerate =
+      quor::kit::check(surface.vertices, surface.triangles).flatTriangles.count;
+  surface = copyOf(quor::kit::clean(surface.vertices, surface.triangles), surface.origin);
+  if (surface.triangles.empty()) {
+    throw std::runtime_error(
+        "no triangle of the part has an area: its points lie on one line, or are too near to each "
+        "other for their distance from the origin; export it again");
+  }
+  return "dropped " + std::to_string(degenerate) + " degenerate triangles";
 }
 
 }  // namespace
 
-std::string clean(Surface& mesh) {
-  const QuorkitReport report = quor::kit::check(mesh.vertices, mesh.triangles);
-  mesh = copyOf(quor::kit::clean(mesh.vertices, mesh.triangles));
-  return "dropped " + std::to_string(report.unusedVertices.count) + " unused vertices, " +
-         std::to_string(report.flatTriangles.count) + " flat triangles";
-}
+Surface preparePart(const std::filesystem::path& file, std::optional<double> tolerance,
+                    bool keepsLargest, Stages& stages) {
+  stages.begin("read");
+  PartFile part = readPart(file);
+  for (const std::string& warning : part.warnings) {
+    stages.warn(file.string() + ": " + warning);
+  }
+  requireDetails(file, part, stages);
+  center(part.surface);
+  stages.end(counts(part.surface));
 
-Edge parseEdge(const std::string& text) {
-  if (text == "none") {
-    return {Edge::kNone, 0.0};
-  }
-  const std::optional<double> length = parseFinite(text);
-  if (!length || !(*length > 0.0)) {
-    throw std::runtime_error("--edge " + text + " is neither a length above 0 nor none");
-  }
-  return {Edge::kLength, *length};
-}
+  stages.begin("weld");
+  const double near = tolerance ? *tolerance : kTolerance * boundsOf(part.surface).diagonal();
+  Surface surface = weld(part.surface, near, stages);
+  stages.end(counts(surface));
 
-Refined refine(const Surface& mesh, const Edge& edge) {
-  std::vector<std::array<std::int32_t, 2>> edges;
-  edges.reserve(mesh.vertices.size() / 3);
-  for (std::int32_t v = 0; v < mesh.vertexCount(); ++v) {
-    edges.push_back({v, v});
-  }
-  if (edge.kind == Edge::kNone) {
-    std::vector<std::int32_t> origins(mesh.triangles.size() / 3);
-    std::iota(origins.begin(), origins.end(), 0);
-    return {mesh, mesh, std::move(origins), std::move(edges), 0.0};
-  }
-  const double length =
-      edge.kind == Edge::kDefault ? boundsOf(mesh).diagonal() / kEdgesPerDiagonal : edge.length;
-  const auto even = madeOrRefused(
-      length, [&] { return quor::kit::refine(mesh.vertices, mesh.triangles, length); });
-  findEdges(edges.size(), even, edges);
-  const auto origins = even.triangleOrigins();
-  return {copyOf(even), mesh, {origins.begin(), origins.end()}, std::move(edges), length};
-}
-
-void refineNearSingularPoints(Refined& refined, const std::vector<Rule>& rules) {
-  if (refined.length == 0.0) {
-    return;
-  }
-  std::vector<bool> isFace(refined.input.triangles.size() / 3);
-  std::vector<bool> isVertex(refined.input.vertices.size() / 3);
-  const auto include = [](const std::vector<bool>& more, std::vector<bool>& all) {
-    std::transform(more.begin(), more.end(), all.begin(), all.begin(), std::logical_or<>());
-  };
-  for (const Rule& rule : rules) {
-    if (isEndOfAxis(rule)) {
-      const EndSelection selection = endSelection(refined.input, rule);
-      include(selection.isFace, isFace);
-      include(selection.isVertex, isVertex);
-    }
-  }
-  std::vector<Position> points = cornersOfSurface(refined.input);
-  const std::vector<Position> others = cornersOfPrescribed(refined.input, isFace, isVertex);
-  points.insert(points.end(), others.begin(), others.end());
-  const std::vector<double> sizes = sizesNear(points, refined.mesh, refined.length);
-  if (sizes.empty()) {
-    return;
-  }
-  const Surface& even = refined.mesh;
-  const auto graded = madeOrRefused(refined.length, [&] {
-    return quor::kit::refine(even.vertices, even.triangles, refined.length, sizes);
-  });
-  findEdges(refined.edges.size(), graded, refined.edges);
-  refined.mesh = copyOf(graded);
-  std::vector<std::int32_t> origins;
-  for (const std::int32_t origin : graded.triangleOrigins()) {
-    origins.push_back(refined.origins[static_cast<std::size_t>(origin)]);
-  }
-  refined.origins = std::move(origins);
-}
-
-std::vector<std::int32_t> select(const Refined& refined, const Rule& rule) {
-  if (!isEndOfAxis(rule)) {
-    return select(refined.mesh, rule);
-  }
-  const EndSelection selection = endSelection(refined.input, rule);
-  std::vector<bool> isSelected(refined.edges.size());
-  for (std::size_t v = 0; v < isSelected.size() && !selection.hasFaces; ++v) {
-    isSelected[v] =
-        std::all_of(refined.edges[v].begin(), refined.edges[v].end(), [&](std::int32_t end) {
-          return end != Refined::kInside && selection.isVertex[static_cast<std::size_t>(end)];
-        });
-  }
-  for (std::size_t k = 0; k < refined.mesh.triangles.size(); ++k) {
-    if (selection.isFace[static_cast<std::size_t>(refined.origins[k / 3])]) {
-      isSelected[static_cast<std::size_t>(refined.mesh.triangles[k])] = true;
-    }
-  }
-  std::vector<std::int32_t> selected;
-  for (std::int32_t vertex = 0; vertex < refined.mesh.vertexCount(); ++vertex) {
-    if (isSelected[static_cast<std::size_t>(vertex)]) {
-      selected.push_back(vertex);
-    }
-  }
-  return selected;
-}
-
-std::string describe(const Refined& refined, const Edge& edge) {
-  if (refined.length == 0.0) {
-    return counts(refined.mesh) + ", as they are";
-  }
-  std::array<char, 32> digits{};
-  std::snprintf(digits.data(), digits.size(), "%.4g", refined.length);
-  return counts(refined.mesh) + ", edges up to " + digits.data() +
-         (edge.kind == Edge::kDefault ? " (1/32 of the diagonal)" : "");
+  stages.begin("clean");
+  const std::int32_t smaller = keepsLargest ? keepLargestComponent(surface) : 0;
+  const std::string dropped = clean(surface);
+  stages.end(dropped + (keepsLargest
+                            ? ", " + std::to_string(smaller) + " triangles of smaller components"
+                            : ""));
+  return surface;
 }
 
 }  // namespace heatmap

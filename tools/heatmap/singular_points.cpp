@@ -1,6 +1,6 @@
 #include "singular_points.h"
 
-#include <nanoflann.hpp>
+#include "point_tree.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,19 +21,6 @@ double squaredDistance(const double* p, const double* q) {
   const double dz = p[2] - q[2];
   return dx * dx + dy * dy + dz * dz;
 }
-
-// What nanoflann wants to know of the points that it searches.
-struct PointCloud {
-  const std::vector<Position>& points;
-  std::size_t kdtree_get_point_count() const { return points.size(); }
-  double kdtree_get_pt(std::size_t i, std::size_t axis) const { return points[i][axis]; }
-  template <typename Box>
-  bool kdtree_get_bbox(Box& /*box*/) const {
-    return false;  // none is known beforehand
-  }
-};
-using Tree = nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<double, PointCloud>,
-                                                 PointCloud, 3, std::size_t>;
 
 // Of the sides at corner p.
 double angleAt(const double* p, const double* q, const double* r) {
@@ -92,7 +79,7 @@ std::vector<double> sizesNear(const std::vector<Position>& points, const Surface
   const double reach = (1.0 - kSmallest) * length / kGrowth;
   std::vector<double> sizes(mesh.vertices.size() / 3, std::numeric_limits<double>::infinity());
   const PointCloud cloud{points};
-  const Tree tree(3, cloud);
+  const PointTree tree(3, cloud);
   bool isAnySmall = false;
   for (std::size_t i = 0; i < sizes.size() && !points.empty(); ++i) {
     std::size_t nearest = 0;

@@ -20,6 +20,7 @@ Stages::~Stages() {
     std::printf("\n");
     std::fflush(stdout);
   }
+  showWarnings();
 }
 
 void Stages::begin(const char* name) {
@@ -52,6 +53,18 @@ void Stages::end(const std::string& result) {
   std::printf("%-64s %8.1f ms\n", result.c_str(), 1000.0 * seconds);
   std::fflush(stdout);
   name_ = nullptr;
+  showWarnings();
+}
+
+void Stages::warn(const std::string& warning) {
+  warnings_.push_back(warning);
+}
+
+void Stages::showWarnings() {
+  for (const std::string& warning : warnings_) {
+    std::fprintf(stderr, "heatmap: warning: %s\n", warning.c_str());
+  }
+  warnings_.clear();
 }
 
 }  // namespace heatmap

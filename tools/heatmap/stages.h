@@ -1,8 +1,9 @@
-// What the program is doing, told on the way.
+// Shows what the program is doing.
 #pragma once
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 namespace heatmap {
 
@@ -11,7 +12,7 @@ namespace heatmap {
 class Stages {
  public:
   Stages();
-  // Ends a line that was begun.
+  // Ends a line that was begun, and shows its warnings.
   ~Stages();
   Stages(const Stages&) = delete;
   Stages& operator=(const Stages&) = delete;
@@ -20,13 +21,18 @@ class Stages {
   // How much of the stage is done, 0 .. 1.
   void advance(double fraction);
   void end(const std::string& result);
+  // Says on the standard error output, once the line is complete, what should be known and done.
+  void warn(const std::string& warning);
 
  private:
+  void showWarnings();
+
   using Clock = std::chrono::steady_clock;
 
   bool isTerminal_;
   const char* name_ = nullptr;  // null between stages
   bool isBarShown_ = false;
+  std::vector<std::string> warnings_;  // of this stage
   Clock::time_point begin_;
 };
 

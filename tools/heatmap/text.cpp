@@ -23,15 +23,29 @@ std::string quoted(const std::string& given) {
   return '"' + given.substr(0, end) + (end < given.size() ? "...\"" : "\"");
 }
 
-std::string pointText(const double* point) {
-  std::array<char, 64> buffer{};
-  const int length = std::snprintf(buffer.data(), buffer.size(), "(%.6g, %.6g, %.6g)", point[0],
-                                   point[1], point[2]);
+std::string shortText(double value, int digits) {
+  std::array<char, 32> buffer{};
+  const int length = std::snprintf(buffer.data(), buffer.size(), "%.*g", digits, value);
   return {buffer.data(), static_cast<std::size_t>(length)};
 }
 
-std::string boundsText(const Bounds& bounds) {
-  return pointText(bounds.low.data()) + " to " + pointText(bounds.high.data());
+std::string counts(const Surface& surface) {
+  return std::to_string(surface.vertexCount()) + " vertices, " +
+         std::to_string(surface.triangleCount()) + " triangles";
+}
+
+std::string placeText(const Surface& surface, quor::Vec3 point) {
+  const quor::Vec3 p = surface.origin + point;
+  const int digits = surface.origin == quor::Vec3{0.0, 0.0, 0.0} ? 6 : 12;
+  // No minus in front of zero.
+  return "(" + shortText(p.x + 0.0, digits) + ", " + shortText(p.y + 0.0, digits) + ", " +
+         shortText(p.z + 0.0, digits) + ")";
+}
+
+std::string boundsText(const Surface& surface) {
+  const auto& [low, high] = boundsOf(surface);
+  return placeText(surface, {low[0], low[1], low[2]}) + " to " +
+         placeText(surface, {high[0], high[1], high[2]});
 }
 
 }  // namespace heatmap

@@ -13,10 +13,17 @@ std::string text(double value);
 // What somebody has typed, in quotes, and cut short if it is long.
 std::string quoted(const std::string& given);
 
-// "(1, 2.5, -3)", with six digits.
-std::string pointText(const double* point);
+// Cut to so many significant digits, at least: "31.4".
+std::string shortText(double value, int digits = 4);
 
-// "(0, 0, 0) to (50, 40, 26)", with six digits.
-std::string boundsText(const Bounds& bounds);
+// "8 vertices, 12 triangles"
+std::string counts(const Surface& surface);
+
+// "(1, 2.5, -3)", a place of the surface in the coordinates of the file: with six digits, and with
+// twelve far away from zero.
+std::string placeText(const Surface& surface, quor::Vec3 point);
+
+// "(0, 0, 0) to (50, 40, 26)", likewise.
+std::string boundsText(const Surface& surface);
 
 }  // namespace heatmap

@@ -16,7 +16,7 @@ UNPRIVILEGED = (["setpriv", "--bounding-set=-dac_override,-dac_read_search"]
 
 class Files(Case):
     def test_writes_what_viewers_look_for(self):
-        self.stdout_of(SINK, "--out", "new/dir", "--hot", "z-", "--cold", "z+", "--html")
+        self.stdout_of(SINK, "--out", "new/dir", "--hot", "z-", "--cold", "z+", "--html", "--edge", "none")
         directory = self.work / "new/dir"
         self.assertEqual(sorted(p.name for p in directory.iterdir()),
                          ["heatmap.html", "heatmap.json", "heatmap.mtl", "heatmap.obj", "viridis.PNG"])
@@ -73,18 +73,18 @@ class Refusals(Case):
     def test_ramps_that_are_none(self):
         self.write("empty.png", "")
         self.write("text.png", "not an image")
-        self.refuses_at_once(1, "colour ramp nowhere.png: there is no such file", SINK, "--out", "o",
+        self.refuses_at_once(1, "colour ramp nowhere.png: no such file. Give another image", SINK, "--out", "o",
                              "--ramp", "nowhere.png")
         for ramp in ("empty.png", "text.png"):
-            self.refuses_at_once(1, f"colour ramp {ramp}: it is no PNG", SINK, "--out", "o", "--ramp", ramp)
+            self.refuses_at_once(1, f"colour ramp {ramp}: it is not a PNG", SINK, "--out", "o", "--ramp", ramp)
 
     def test_permissions(self):
         secret = self.write("secret.obj", box((0, 0, 0), (1, 1, 1)))
         secret.chmod(0)
         (self.work / "locked_up").mkdir(mode=0o555)
-        for words, arguments in [("needs permission", [SINK, "--out", "locked_up"]),
-                                 ("secret.obj: it is not yours to read", ["secret.obj", "--out", "o"]),
-                                 ("ramp secret.obj: it is not yours to read",
+        for words, arguments in [("permission denied", [SINK, "--out", "locked_up"]),
+                                 ("secret.obj: permission denied", ["secret.obj", "--out", "o"]),
+                                 ("ramp secret.obj: permission denied",
                                   [SINK, "--out", "o", "--ramp", "secret.obj"])]:
             with self.subTest(words):
                 done = subprocess.run([*UNPRIVILEGED, HEATMAP, *arguments], cwd=self.work, capture_output=True,
@@ -104,7 +104,7 @@ class Refusals(Case):
         done = subprocess.run(["sh", "-c", 'ulimit -f 1024; trap "" XFSZ; exec "$@"', "sh", HEATMAP, "part.obj",
                                "--out", "small", "--html", "--edge", "1"], cwd=self.work, capture_output=True, check=False)
         self.assertEqual(done.returncode, 1, done.stderr)
-        self.assertIn("cannot write small/heatmap.html: no permission, or no space", done.stderr.decode())
+        self.assertIn("cannot write small/heatmap.html: the disk is full", done.stderr.decode())
         self.assertEqual((self.work / "small/heatmap.html").read_text(), "before")
         self.assertEqual([p.name for p in (self.work / "small").iterdir() if "part" in p.name], [])
 
