@@ -41,17 +41,37 @@ static class Part
         return ReadBinary(bytes) ?? ReadText(Encoding.ASCII.GetString(bytes));
     }
 
+    // Files have six digits and viewers floats, too few far away from zero: coordinates there become relative
+    // to whole numbers near the low corner, which are returned.
+    static double[] MoveNearZero(double[] points, double diagonal)
+    {
+        var origin = new double[3];
+        for (var axis = 0; axis < 3; axis++)
+        {
+            var low = points.Where((value, k) => k % 3 == axis).Min();
+            var size = Math.Abs(low);
+            origin[axis] = size > 10 * diagonal && size < 1e15 ? Math.Truncate(low) + 0.0 : 0.0;
+        }
+        for (var k = 0; k < points.Length; k++)
+            points[k] -= origin[k % 3];
+        return origin;
+    }
+
     // Welded, without flat triangles, and fine enough: no edge longer than a 32nd part of the diagonal.
-    static DerivedMesh Prepare(double[] points)
+    static DerivedMesh Prepare(double[] points, out double[] origin)
     {
         var triangles = Enumerable.Range(0, points.Length / 3).ToArray();  // each owns its points
-        var diagonal = Mesh.Look(points, triangles).Diagonal;
+        var report = Mesh.Look(points, triangles);
+        if (report.NotFinite.Count > 0)
+            throw new InvalidDataException("the part is damaged: a coordinate is not finite");
+        var diagonal = report.Diagonal;
+        origin = MoveNearZero(points, diagonal);
         var soup = Mesh.Weld(points, triangles, 1e-6 * diagonal);
         var clean = Mesh.Clean(soup.Vertices, soup.Triangles);
-        var mesh = Mesh.Refine(clean.Vertices, clean.Triangles, diagonal / 32);
-        if (mesh.Triangles.Length == 0)
-            throw new InvalidDataException("the part has no triangle with an area");
-        return mesh;
+        if (clean.Triangles.Length / 3 <= points.Length / 9 / 2)
+            throw new InvalidDataException(
+                "most triangles have no area: export the part again, near zero or as text");
+        return Mesh.Refine(clean.Vertices, clean.Triangles, diagonal / 32);
     }
 
     // The outermost 2 % at both ends of x: 1 and 2 are prescribed, 0 is free.
@@ -66,7 +86,8 @@ static class Part
     static void Colour(string path, string ramp)
     {
         var points = ReadStl(path);
-        var mesh = Prepare(points);
+        double[] origin;
+        var mesh = Prepare(points, out origin);
         var tags = TagEnds(mesh);
         var degrees = tags.Select(tag => tag == 1 ? 80.0 : 30.0).ToArray();  // read where prescribed
         double[] field;
@@ -74,7 +95,9 @@ static class Part
             field = solver.Solve(degrees);
         Mesh.Write(mesh.Vertices, mesh.Triangles, field, "part", ramp);
         File.WriteAllText("part.json", "{\"quor\": 1, \"field\": \"temperature\", \"unit\": \"°C\", "
-                                           + "\"minimum\": 30, \"maximum\": 80}\n");
+                                           + "\"minimum\": 30, \"maximum\": 80, \"origin\": ["
+                                           + string.Join(", ", origin.Select(x => x.ToString("F0",
+                                               CultureInfo.InvariantCulture))) + "]}\n");
         Console.WriteLine($"part.obj: {field.Length} vertices, {mesh.Triangles.Length / 3} triangles of "
                           + points.Length / 9);
     }

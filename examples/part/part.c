@@ -97,22 +97,41 @@ static double* read_stl(const char* path, int32_t* count) {
   return points;
 }
 
+/* Files have six digits and viewers floats, too few far away from zero: coordinates there become
+   relative to whole numbers near the low corner. */
+static void move_near_zero(double* points, int32_t n, double diagonal, double* origin) {
+  for (int axis = 0; axis < 3; ++axis) {
+    double low = points[axis];
+    for (int32_t i = 0; i < n; ++i) {
+      const double x = points[3 * (size_t)i + (size_t)axis];
+      low = x < low ? x : low;
+    }
+    const double size = low < 0 ? -low : low;
+    origin[axis] = size > 10 * diagonal && size < 1e15 ? (double)(int64_t)low : 0;
+    for (int32_t i = 0; i < n; ++i)
+      points[3 * (size_t)i + (size_t)axis] -= origin[axis];
+  }
+}
+
 /* Welded, without flat triangles, and fine enough: no edge longer than a 32nd part of the diagonal.
  */
-static const QuorkitMesh* prepare(double* points, int32_t m) {
-  int32_t n = 3 * m, *triangles = array((size_t)n, sizeof *triangles);
+static const QuorkitMesh* prepare(double* points, int32_t count, double* origin) {
+  int32_t n = 3 * count, m = count, *triangles = array((size_t)n, sizeof *triangles);
   int32_t* map = array((size_t)n, sizeof *map);
   for (int32_t i = 0; i < n; ++i) /* every triangle owns its points */
     triangles[i] = i;
   QuorkitReport report;
   done(quorkitCheck(n, points, m, triangles, NULL, &report));
+  require(report.notFinite.count == 0, "the part is damaged: a coordinate is not finite");
+  move_near_zero(points, n, report.diagonal, origin);
   done(
       quorkitWeld(n, points, m, triangles, points, triangles, map, &n, &m, 1e-6 * report.diagonal));
   const QuorkitMesh *clean, *mesh;
   done(quorkitClean(n, points, m, triangles, &clean));
+  require(clean->triangleCount > count / 2,
+          "most triangles have no area: export the part again, near zero or as text");
   done(quorkitRefine(clean->vertexCount, clean->vertices, clean->triangleCount, clean->triangles,
                      report.diagonal / 32, &mesh));
-  require(mesh->triangleCount > 0, "the part has no triangle with an area");
   quorkitFreeMesh(clean);
   free(triangles), free(map);
   return mesh;
@@ -137,7 +156,8 @@ int main(int argc, char** argv) {
   require(argc == 3, "usage: part FILE.stl viridis.PNG");
   int32_t count;
   double* points = read_stl(argv[1], &count);
-  const QuorkitMesh* mesh = prepare(points, count);
+  double origin[3];
+  const QuorkitMesh* mesh = prepare(points, count, origin);
   const int32_t n = mesh->vertexCount, m = mesh->triangleCount;
   int32_t* tags = array((size_t)n, sizeof *tags);
   double* field = array((size_t)n, sizeof *field);
@@ -152,10 +172,11 @@ int main(int argc, char** argv) {
   done(quorkitWrite(n, mesh->vertices, m, mesh->triangles, field, "part", argv[2], 0.001));
   FILE* legend = fopen("part.json", "w");
   require(legend != NULL, "cannot write part.json");
-  fputs(
+  fprintf(
+      legend,
       "{\"quor\": 1, \"field\": \"temperature\", \"unit\": \"°C\", \"minimum\": 30, \"maximum\": "
-      "80}\n",
-      legend);
+      "80, \"origin\": [%.0f, %.0f, %.0f]}\n",
+      origin[0], origin[1], origin[2]);
   fclose(legend);
   printf("part.obj: %d vertices, %d triangles of %d\n", (int)n, (int)m, (int)count);
   quorkitFreeSolver(solver);

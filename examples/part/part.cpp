@@ -1,10 +1,13 @@
 // part FILE.stl RAMP: a part from a CAD system, 80 degrees at the low end of x and 30 at the
 // other: from the triangles to a coloured OBJ, part.obj, with numbers on its legend, part.json.
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
 #include <numeric>
 #include <quorkit.hpp>
@@ -62,18 +65,40 @@ std::vector<double> readStl(const char* path) {
   return points.empty() ? readText(bytes) : points;
 }
 
+// Files have six digits and viewers floats, too few far away from zero: coordinates there become
+// relative to whole numbers near the low corner, which are returned.
+std::array<double, 3> moveNearZero(std::vector<double>& points, double diagonal) {
+  std::array<double, 3> origin{points[0], points[1], points[2]};
+  for (std::size_t k = 0; k < points.size(); ++k) {
+    origin[k % 3] = std::min(origin[k % 3], points[k]);
+  }
+  for (double& low : origin) {
+    const double size = std::abs(low);
+    low = size > 10 * diagonal && size < 1e15 ? std::trunc(low) + 0.0 : 0.0;
+  }
+  for (std::size_t k = 0; k < points.size(); ++k) {
+    points[k] -= origin[k % 3];
+  }
+  return origin;
+}
+
 // Welded, without flat triangles, and fine enough: no edge longer than a 32nd part of the diagonal.
-quor::kit::Mesh prepare(const std::vector<double>& points) {
+quor::kit::Mesh prepare(std::vector<double>& points, std::array<double, 3>& origin) {
   std::vector<std::int32_t> triangles(points.size() / 3);  // every triangle owns its points
   std::iota(triangles.begin(), triangles.end(), 0);
-  const double diagonal = quor::kit::check(points, triangles).diagonal;
+  const QuorkitReport report = quor::kit::check(points, triangles);
+  if (report.notFinite.count > 0) {
+    throw std::runtime_error("the part is damaged: a coordinate is not finite");
+  }
+  const double diagonal = report.diagonal;
+  origin = moveNearZero(points, diagonal);
   const quor::Welded soup = quor::kit::weld(points, triangles, 1e-6 * diagonal);
   const quor::kit::Mesh clean = quor::kit::clean(soup.vertices, soup.triangles);
-  quor::kit::Mesh mesh = quor::kit::refine(clean.vertices(), clean.triangles(), diagonal / 32);
-  if (mesh.triangles().size() == 0) {
-    throw std::runtime_error("the part has no triangle with an area");
+  if (clean.triangles().size() / 3 <= points.size() / 9 / 2) {
+    throw std::runtime_error(
+        "most triangles have no area: export the part again, near zero or as text");
   }
-  return mesh;
+  return quor::kit::refine(clean.vertices(), clean.triangles(), diagonal / 32);
 }
 
 // The outermost 2 % at both ends of x: 1 and 2 are prescribed, 0 is free.
@@ -97,8 +122,9 @@ int main(int argc, char** argv) try {
   if (argc != 3) {
     throw std::runtime_error("usage: part FILE.stl viridis.PNG");
   }
-  const std::vector<double> points = readStl(argv[1]);
-  const quor::kit::Mesh mesh = prepare(points);
+  std::vector<double> points = readStl(argv[1]);
+  std::array<double, 3> origin{};
+  const quor::kit::Mesh mesh = prepare(points, origin);
   const std::vector<std::int32_t> tags = tagEnds(mesh);
   if (quor::kit::check(mesh.vertices(), mesh.triangles(), tags).unprescribedPieces.count > 0) {
     throw std::runtime_error("a piece of the part reaches neither end of x");
@@ -111,7 +137,9 @@ int main(int argc, char** argv) try {
   const std::vector<double> field = solver.solve(degrees);
   quor::kit::write(mesh.vertices(), mesh.triangles(), field, "part", argv[2]);
   std::ofstream("part.json") << R"({"quor": 1, "field": "temperature", "unit": "°C", )"
-                             << R"("minimum": 30, "maximum": 80})" << '\n';
+                             << R"("minimum": 30, "maximum": 80, "origin": [)" << std::fixed
+                             << std::setprecision(0) << origin[0] << ", " << origin[1] << ", "
+                             << origin[2] << "]}\n";
   std::printf("part.obj: %zu vertices, %zu triangles of %zu\n", field.size(),
               mesh.triangles().size() / 3, points.size() / 9);
 } catch (const std::exception& error) {

@@ -31,13 +31,22 @@ except (OSError, ValueError) as error:
     sys.exit(f"part: {error}")
 triangles = np.arange(len(points)).reshape(-1, 3)  # every triangle owns its points
 
+# Files have six digits and viewers floats, too few far away from zero: coordinates there become relative to
+# whole numbers near the low corner.
+report = quor.check(points, triangles)
+if report.not_finite.count > 0:
+    sys.exit("part: the part is damaged: a coordinate is not finite")
+diagonal = report.diagonal
+low = points.min(axis=0)
+origin = np.where((abs(low) > 10 * diagonal) & (abs(low) < 1e15), np.trunc(low) + 0.0, 0.0)
+points -= origin
+
 # Welded, without flat triangles, and fine enough: no edge longer than a 32nd part of the diagonal.
-diagonal = quor.check(points, triangles).diagonal
 soup = quor.weld(points, triangles, 1e-6 * diagonal)
 clean = quor.clean(soup.vertices, soup.triangles)
+if len(clean.triangles) <= len(triangles) // 2:
+    sys.exit("part: most triangles have no area: export the part again, near zero or as text")
 mesh = quor.refine(clean.vertices, clean.triangles, diagonal / 32)
-if len(mesh.triangles) == 0:
-    sys.exit("part: the part has no triangle with an area")
 
 # The outermost 2 % at both ends of x: 1 and 2 are prescribed, 0 is free.
 x = mesh.vertices[:, 0]
@@ -49,5 +58,6 @@ with quor.Solver(mesh.vertices, mesh.triangles, tags) as solver:
     field = solver.solve(degrees)
 quor.write(mesh.vertices, mesh.triangles, field, "part", ramp=sys.argv[2])
 with open("part.json", "w", encoding="utf-8", newline="\n") as file:
-    file.write('{"quor": 1, "field": "temperature", "unit": "°C", "minimum": 30, "maximum": 80}\n')
+    file.write('{"quor": 1, "field": "temperature", "unit": "°C", "minimum": 30, "maximum": 80, '
+               f'"origin": [{origin[0]:.0f}, {origin[1]:.0f}, {origin[2]:.0f}]}}\n')
 print(f"part.obj: {len(mesh.vertices)} vertices, {len(mesh.triangles)} triangles of {len(triangles)}")

@@ -9,6 +9,11 @@ import numpy as np
 import quor
 from shared import RANDOM, bumpy_grid
 
+try:
+    import resource
+except ImportError:  # Windows
+    resource = None
+
 
 class Weld(unittest.TestCase):
     def test_agrees_with_comparing_all_pairs(self):
@@ -121,10 +126,14 @@ class Shown(unittest.TestCase):
                     quor.write(vertices, triangles, field, bad)
             with self.assertRaises(FileNotFoundError):
                 quor.write(vertices, triangles, field, path, Path(folder) / "none")
-            if os.path.exists("/dev/full"):
-                os.symlink("/dev/full", Path(folder) / "full.obj.part")
-                with self.assertRaises(OSError):
-                    quor.write(vertices, triangles, field, Path(folder) / "full")
+            if resource is not None:  # a disk that is full
+                limits = resource.getrlimit(resource.RLIMIT_FSIZE)
+                resource.setrlimit(resource.RLIMIT_FSIZE, (1000, limits[1]))
+                try:
+                    with self.assertRaises(OSError):
+                        quor.write(vertices, triangles, field, Path(folder) / "full")
+                finally:
+                    resource.setrlimit(resource.RLIMIT_FSIZE, limits)
             self.assertEqual([name for name in os.listdir(folder) if "part" in name], [])
 
     def test_all_integers_survive_the_sphere(self):
