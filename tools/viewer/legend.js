@@ -19,6 +19,7 @@ export function drawLegend(ramp, scale, words) {
   element('field').textContent = scale.field || (scale.isShare && !hasWords ? 'share of the range' : '');
   element('high').textContent = words.high ?? scale.format(scale.maximum);
   element('low').textContent = words.low ?? scale.format(scale.minimum);
+  element('error').textContent = hasWords ? '' : scale.errorText();
   drawBar(ramp, scale.uOf(scale.maximum), scale.uOf(scale.minimum));
   if (!hasWords) {
     scale.ticks().forEach((value) => addTick(scale, value));

@@ -71,7 +71,7 @@ function givenInfo() {
   const given = Object.fromEntries([...parameters].filter(([name]) => words.includes(name)));
   const [minimum, maximum] = ['minimum', 'maximum'].map((name) => parseFloat(parameters.get(name)));
   if (minimum < maximum) {
-    Object.assign(given, {minimum, maximum});
+    Object.assign(given, {minimum, maximum, error: undefined});  // which is that of other values
   }
   return given;
 }

@@ -4,8 +4,9 @@
 //   {"quor": 1, "title": "heat_sink", "field": "temperature", "unit": "°C", "minimum": 20,
 //    "maximum": 100}
 //
-// minimum and maximum are the values at the ends of the colours. Without the file, values are shares of
-// the range, 0 to 1.
+// minimum and maximum are the values at the ends of the colours. "error": 0.3 says by how much the field may
+// differ from the exact one, in its unit, and "errorExcept" where that does not hold. Without the file,
+// values are shares of the range, 0 to 1.
 
 const NEWEST = 1;
 // Isolines and the numbers on the legend divide the range into so many steps at most, and five at least.
@@ -33,8 +34,11 @@ export async function readInfo(source, name) {
     return refuse('was written for a newer viewer');
   }
   const {minimum, maximum} = info;
-  return Number.isFinite(minimum) && Number.isFinite(maximum) && minimum <= maximum
-    ? {info, notes: []} : refuse('has no minimum and maximum');
+  if (!Number.isFinite(minimum) || !Number.isFinite(maximum) || minimum > maximum) {
+    return refuse('has no minimum and maximum');
+  }
+  const notes = info.errorExcept ? [`* The error does not hold ${info.errorExcept}.`] : [];
+  return {info, notes};
 }
 
 export class Scale {
@@ -43,17 +47,21 @@ export class Scale {
   unit;
   minimum;
   maximum;
+  error;  // how far values may be off; 0 if nobody has said
+  errorExcept;  // where they may be off by more, in words
   isShare;  // nobody has said what the ends of the colours are
   #ends;
 
   // ends: the least and the largest u, those of the largest and the smallest value.
-  constructor(ends, {title = '', field = '', unit = '', minimum, maximum}) {
+  constructor(ends, {title = '', field = '', unit = '', minimum, maximum, error, errorExcept = ''}) {
     this.title = String(title);
     this.field = String(field);
     this.unit = String(unit);
     this.isShare = minimum === undefined;
     this.minimum = minimum ?? 0;
     this.maximum = maximum ?? 1;
+    this.error = error > 0 && Number.isFinite(error) ? error : 0;
+    this.errorExcept = String(errorExcept);
     this.#ends = ends;
   }
 
@@ -103,12 +111,26 @@ export class Scale {
     return power * [1, 2, 5, 10].find((factor) => factor * power * MOST_STEPS >= range);
   }
 
+  // How far values may be off, rounded up to two digits; '' if nobody has said.
+  errorText() {
+    if (!this.error) {
+      return '';
+    }
+    const step = 10 ** (Math.floor(Math.log10(this.error)) - 1);
+    const shown = Number((Math.ceil(this.error / step - 1e-9) * step).toPrecision(2));
+    return `\u00b1 ${this.#withUnit(String(shown))}${this.errorExcept ? ' *' : ''}`;
+  }
+
   // A value with as many digits as tell a thousandth of the range.
   format(value, withUnit = true) {
     const range = this.maximum - this.minimum;
     const decimals = range > 0 ? Math.max(0, Math.ceil(2.3 - Math.log10(range))) : 3;
     const number = decimals <= 6 && Math.abs(value) < 1e9
       ? String(Number(value.toFixed(decimals))) : String(Number(value.toPrecision(4)));
-    return (withUnit && this.unit ? `${number} ${this.unit}` : number).replace(/^-/, '\u2212');
+    return (withUnit ? this.#withUnit(number) : number).replace(/^-/, '\u2212');
+  }
+
+  #withUnit(number) {
+    return this.unit ? `${number} ${this.unit}` : number;
   }
 }

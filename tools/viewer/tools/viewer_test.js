@@ -192,6 +192,12 @@ const scales = [
   ['shared range', saying({...CELSIUS, minimum: -60}, within(0, 0.5)),
     ['temperature', '100 °C', '−60 °C'], ['100 °C'], ''],
   ['small numbers', saying({quor: 1, minimum: 1e-9, maximum: 3e-9}), ['3e-9', '1e-9'], ['3e-9', '1e-9'], ''],
+  ['an error', saying({...CELSIUS, error: 0.3}), ['temperature', '100 °C', '20 °C', '± 0.3 °C'], ['100 °C'], ''],
+  ['an error of many digits', saying({...CELSIUS, error: 0.031104}), ['temperature', '100 °C', '20 °C', '± 0.032 °C'],
+    ['100 °C'], ''],
+  ['an error that does not hold everywhere', saying({...CELSIUS, error: 20, errorExcept: 'within 2 of (1, 2, 3)'}),
+    ['temperature', '100 °C', '20 °C', '± 20 °C *'], ['100 °C'], '* The error does not hold within 2 of (1, 2, 3).'],
+  ['an error that is none', saying({...CELSIUS, error: '1e999'}), ['temperature', '100 °C', '20 °C'], ['100 °C'], ''],
   ['one of another program', saying({scale: 2}), SHARES, ['1', '0'], ''],
   ['a newer one', saying({...CELSIUS, quor: 2}), SHARES, ['1', '0'], 'for a newer viewer'],
   ['no numbers', saying({quor: 1, minimum: null}), SHARES, ['1', '0'], 'no minimum and maximum'],
@@ -206,7 +212,7 @@ test('says what the colours mean', async (t) => {
         await page.goto(`${address}?obj=${encodeURIComponent(name)}/${objName}&${ABOVE}`);
         assert.equal(await opened(page), 'ready');
         assert.ok((await page.textContent('#message')).includes(words));
-        const shown = await Promise.all(['field', 'high', 'low'].map((id) => page.textContent(`#${id}`)));
+        const shown = await Promise.all(['field', 'high', 'low', 'error'].map((id) => page.textContent(`#${id}`)));
         assert.deepEqual(shown.filter((part) => part), legend);
         assert.equal((await page.textContent('#status')).match(/\S+(?= triangles)/)[0].replace(',', ''),
           String(2 * SQUARES));
