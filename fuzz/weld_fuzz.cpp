@@ -2,8 +2,7 @@
 
 #include "input.h"
 #include "support/weld_oracle.h"
-#include "weld/distinct_triangles.h"
-#include "weld/weld.h"
+#include "support/weld_steps.h"
 
 #include <cstdlib>
 
@@ -27,15 +26,8 @@ Mesh readSoup(fuzz::Input& input) {
 
 /// No search may take many more steps than there are points and triangles; small tables and leaves
 /// may take some hundreds whatever they hold.
-bool isSlow(Mesh soup, double tolerance) {
-  std::vector<std::int32_t> map(std::size_t(soup.n()));
-  std::uint64_t steps = 0;
-  quor::weldPoints(soup.n(), soup.vertices.data(), tolerance, map.data(), steps);
-  const std::int32_t n =
-      quor::numberVertices(soup.n(), soup.vertices.data(), map.data(), soup.vertices.data());
-  quor::keepDistinctTriangles(soup.m(), soup.triangles.data(), map.data(), n, soup.triangles.data(),
-                              steps);
-  return steps > 32 * std::uint64_t(soup.n() + soup.m() + 64);
+bool isSlow(const Mesh& soup, double tolerance) {
+  return test::weldSteps(soup, tolerance) > 32 * std::uint64_t(soup.n() + soup.m() + 64);
 }
 
 }  // namespace

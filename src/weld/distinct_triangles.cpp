@@ -1,21 +1,39 @@
 #include "weld/distinct_triangles.h"
 
 #include "util/machine.h"
-#include "weld/hash_index.h"
 
 #include <algorithm>
-#include <array>
-#include <cstddef>
 #include <utility>
 #include <vector>
 
 namespace quor {
-namespace {
 
-using Triangle = std::array<std::int32_t, 3>;
+DistinctTriangles::DistinctTriangles(std::int32_t count, const std::int32_t* triangles,
+                                     const std::int32_t* vertexOfPoint, std::int32_t vertexCount,
+                                     std::int32_t* kept)
+    : count_(count),
+      triangles_(triangles),
+      vertexOfPoint_(vertexOfPoint),
+      kept_(kept),
+      index_(toSize(count), count),
+      homesPerVertex_(~std::uint64_t{0} / 3 / toSize(vertexCount)) {}
 
-/// The same for every order of the corners. Without branches, which would often go wrong.
-Triangle sorted(const std::int32_t* corners) {
+std::int32_t DistinctTriangles::keep() {
+  for (std::int32_t begin = 0; begin < count_; begin += std::min(kBlock, count_ - begin)) {
+    const std::int32_t end = begin + std::min(kBlock, count_ - begin);
+    rewrite(begin, end);
+    const std::size_t candidates = hashCandidates(begin, end);
+    const std::size_t looked = keepNew(candidates, end);
+    if (looked < candidates) {
+      keepNewBySorting(begin + toIndex(candidates_[looked]));
+      break;
+    }
+  }
+  return keptCount_;
+}
+
+/// Without branches, which would often go wrong.
+DistinctTriangles::Triangle DistinctTriangles::sorted(const std::int32_t* corners) {
   const std::int32_t a = corners[0];
   const std::int32_t b = corners[1];
   const std::int32_t c = corners[2];
@@ -26,155 +44,93 @@ Triangle sorted(const std::int32_t* corners) {
   return {lowest, a ^ b ^ c ^ lowest ^ highest, highest};
 }
 
-class TriangleFilter {
- public:
-  TriangleFilter(std::int32_t count, const std::int32_t* triangles,
-                 const std::int32_t* vertexOfPoint, std::int32_t vertexCount, std::int32_t* kept)
-      : count_(count),
-        triangles_(triangles),
-        vertexOfPoint_(vertexOfPoint),
-        kept_(kept),
-        index_(static_cast<std::size_t>(count), count),
-        homesPerVertex_(~std::uint64_t{0} / 3 / static_cast<std::uint64_t>(vertexCount)) {}
+/// Triangles that follow each other mostly have near vertices, and so homes near to each other, in
+/// a stretch of 1/4096 of the table that moves along with the mean of the three. The highest alone
+/// would crowd the table where some vertices have all triangles and come last, as the centres that
+/// a mesh of polygons gets when it is cut up.
+std::uint64_t DistinctTriangles::hashOf(const Triangle& key) const {
+  const auto word = [&key](std::size_t k) { return static_cast<std::uint64_t>(key[k]); };
+  const std::uint64_t mixed = mixHash(mixHash(0, word(0) << 32U | word(1)), word(2));
+  return (word(0) + word(1) + word(2)) * homesPerVertex_ + (mixed >> 12U);
+}
 
-  std::int32_t run() {
-    for (std::int32_t begin = 0; begin < count_; begin += std::min(kBlock, count_ - begin)) {
-      const std::int32_t end = begin + std::min(kBlock, count_ - begin);
-      rewrite(begin, end);
-      const std::size_t candidates = hashCandidates(begin, end);
-      const std::size_t looked = keepNew(candidates, end);
-      if (looked < candidates) {
-        keepNewBySorting(begin + static_cast<std::int32_t>(candidates_[looked]));
-        break;
-      }
-    }
-    return keptCount_;
+void DistinctTriangles::rewrite(std::int32_t begin, std::int32_t end) {
+  const std::int32_t* const points = cornersOf(begin);
+  const std::size_t count = 3 * toSize(end - begin);
+  for (std::size_t k = 0; k < count; ++k) {
+    corners_[k] = vertexOfPoint_[toSize(points[k])];
   }
+}
 
-  /// See HashIndex::steps.
-  std::uint64_t steps() const { return index_.steps(); }
-
- private:
-  static constexpr std::int32_t kBlock = 512;
-
-  void rewrite(std::int32_t begin, std::int32_t end) {
-    const std::int32_t* const points = cornersOf(begin);
-    const std::size_t count = 3 * static_cast<std::size_t>(end - begin);
-    for (std::size_t k = 0; k < count; ++k) {
-      corners_[k] = vertexOfPoint_[static_cast<std::size_t>(points[k])];
-    }
+/// @return the number of triangles of the block, now in candidates_, that did not collapse
+std::size_t DistinctTriangles::hashCandidates(std::int32_t begin, std::int32_t end) {
+  const std::int32_t nextBlock = std::min(kBlock, count_ - end);
+  std::size_t candidates = 0;
+  for (std::int32_t t = begin; t < end; ++t) {
+    prefetch(&vertexOfPoint_[toSize(*cornersOf(t + nextBlock))]);
+    const auto k = static_cast<std::uint32_t>(t - begin);
+    const Triangle key = sorted(&corners_[3 * toSize(k)]);
+    hashes_[candidates] = hashOf(key);
+    index_.prefetchSlot(hashes_[candidates]);
+    candidates_[candidates] = k;
+    candidates += toSize(static_cast<int>(key[0] != key[1]) & static_cast<int>(key[1] != key[2]));
   }
+  return candidates;
+}
 
-  /// @return the number of triangles of the block, now in candidates_, that did not collapse
-  std::size_t hashCandidates(std::int32_t begin, std::int32_t end) {
-    const std::int32_t nextBlock = std::min(kBlock, count_ - end);
-    std::size_t candidates = 0;
-    for (std::int32_t t = begin; t < end; ++t) {
-      prefetch(&vertexOfPoint_[static_cast<std::size_t>(*cornersOf(t + nextBlock))]);
-      const auto k = static_cast<std::uint32_t>(t - begin);
-      const Triangle key = sorted(&corners_[3 * std::size_t{k}]);
-      hashes_[candidates] = hashOf(key);
-      index_.prefetchSlot(hashes_[candidates]);
-      candidates_[candidates] = k;
-      candidates += static_cast<std::size_t>(static_cast<int>(key[0] != key[1]) &
-                                             static_cast<int>(key[1] != key[2]));
+/// @return how many candidates were looked for before the table was crowded
+std::size_t DistinctTriangles::keepNew(std::size_t candidates, std::int32_t end) {
+  for (std::size_t k = 0; k < candidates; ++k) {
+    if (index_.isCrowded(end)) {
+      return k;
     }
-    return candidates;
+    const std::int32_t* const corners = &corners_[3 * toSize(candidates_[k])];
+    const std::size_t slot = index_.locate(
+        hashes_[k], [&](std::int32_t earlier) { return sorted(kept(earlier)) == sorted(corners); });
+    if (index_.index(slot) != HashIndex::kNone) {
+      continue;
+    }
+    index_.fill(slot, hashes_[k], keptCount_);
+    for (std::size_t corner = 0; corner < 3; ++corner) {
+      kept(keptCount_)[corner] = corners[corner];
+    }
+    ++keptCount_;
   }
+  return candidates;
+}
 
-  /// @return how many candidates were looked for before the table was crowded
-  std::size_t keepNew(std::size_t candidates, std::int32_t end) {
-    for (std::size_t k = 0; k < candidates; ++k) {
-      if (index_.isCrowded(end)) {
-        return k;
-      }
-      const std::int32_t* const corners = &corners_[3 * std::size_t{candidates_[k]}];
-      const std::size_t slot = index_.locate(hashes_[k], [&](std::int32_t earlier) {
-        return sorted(kept(earlier)) == sorted(corners);
-      });
-      if (index_.index(slot) != HashIndex::kNone) {
-        continue;
-      }
-      index_.fill(slot, hashes_[k], keptCount_);
-      for (std::size_t corner = 0; corner < 3; ++corner) {
-        kept(keptCount_)[corner] = corners[corner];
-      }
-      ++keptCount_;
+/// Does without the table for all triangles from `begin` on: first keeps all of them, then drops
+/// those that follow an equal one in the order of their vertices.
+void DistinctTriangles::keepNewBySorting(std::int32_t begin) {
+  const std::int32_t distinct = keptCount_;
+  for (std::int32_t t = begin; t < count_; ++t) {
+    Triangle corners;
+    for (std::size_t k = 0; k < 3; ++k) {
+      corners[k] = vertexOfPoint_[toSize(cornersOf(t)[k])];
     }
-    return candidates;
-  }
-
-  /// Does without the table for all triangles from `begin` on: first keeps all of them, then drops
-  /// those that follow an equal one in the order of their vertices.
-  void keepNewBySorting(std::int32_t begin) {
-    const std::int32_t distinct = keptCount_;
-    for (std::int32_t t = begin; t < count_; ++t) {
-      Triangle corners;
-      for (std::size_t k = 0; k < 3; ++k) {
-        corners[k] = vertexOfPoint_[static_cast<std::size_t>(cornersOf(t)[k])];
-      }
-      if (corners[0] != corners[1] && corners[1] != corners[2] && corners[2] != corners[0]) {
-        std::copy(corners.begin(), corners.end(), kept(keptCount_++));
-      }
-    }
-    using Entry = std::pair<Triangle, std::int32_t>;
-    std::vector<Entry> entries;
-    entries.reserve(static_cast<std::size_t>(keptCount_));
-    for (std::int32_t t = 0; t < keptCount_; ++t) {
-      entries.emplace_back(sorted(kept(t)), t);
-    }
-    std::sort(entries.begin(), entries.end());
-    constexpr std::int32_t kDropped = -1;  // in place of a corner
-    for (std::size_t e = 1; e < entries.size(); ++e) {
-      if (entries[e].first == entries[e - 1].first) {
-        *kept(entries[e].second) = kDropped;
-      }
-    }
-    const std::int32_t all = std::exchange(keptCount_, distinct);
-    for (std::int32_t t = distinct; t < all; ++t) {
-      if (*kept(t) != kDropped) {
-        std::copy_n(kept(t), 3, kept(keptCount_++));
-      }
+    if (corners[0] != corners[1] && corners[1] != corners[2] && corners[2] != corners[0]) {
+      std::copy(corners.begin(), corners.end(), kept(keptCount_++));
     }
   }
-
-  /// Triangles that follow each other mostly have near vertices, and so homes near to each other,
-  /// in a stretch of 1/4096 of the table that moves along with the mean of the three. The highest
-  /// alone would crowd the table where some vertices have all triangles and come last, as the
-  /// centres that a mesh of polygons gets when it is cut up.
-  std::uint64_t hashOf(const Triangle& key) const {
-    const auto word = [&key](std::size_t k) { return static_cast<std::uint64_t>(key[k]); };
-    const std::uint64_t mixed = mixHash(mixHash(0, word(0) << 32U | word(1)), word(2));
-    return (word(0) + word(1) + word(2)) * homesPerVertex_ + (mixed >> 12U);
+  using Entry = std::pair<Triangle, std::int32_t>;
+  std::vector<Entry> entries;
+  entries.reserve(toSize(keptCount_));
+  for (std::int32_t t = 0; t < keptCount_; ++t) {
+    entries.emplace_back(sorted(kept(t)), t);
   }
-
-  const std::int32_t* cornersOf(std::int32_t t) const {
-    return triangles_ + 3 * static_cast<std::size_t>(t);
+  std::sort(entries.begin(), entries.end());
+  constexpr std::int32_t kDropped = -1;  // in place of a corner
+  for (std::size_t e = 1; e < entries.size(); ++e) {
+    if (entries[e].first == entries[e - 1].first) {
+      *kept(entries[e].second) = kDropped;
+    }
   }
-  std::int32_t* kept(std::int32_t t) const { return kept_ + 3 * static_cast<std::size_t>(t); }
-
-  std::int32_t count_;
-  const std::int32_t* triangles_;
-  const std::int32_t* vertexOfPoint_;
-  std::int32_t* kept_;
-  std::int32_t keptCount_ = 0;
-  HashIndex index_;
-  std::uint64_t homesPerVertex_;  ///< as a share of 2^64, for each of the three
-  // Of the block:
-  std::array<std::int32_t, std::size_t{3} * kBlock> corners_;
-  std::array<std::uint32_t, kBlock> candidates_;
-  std::array<std::uint64_t, kBlock> hashes_;
-};
-
-}  // namespace
-
-std::int32_t keepDistinctTriangles(std::int32_t count, const std::int32_t* triangles,
-                                   const std::int32_t* vertexOfPoint, std::int32_t vertexCount,
-                                   std::int32_t* kept, std::uint64_t& steps) {
-  TriangleFilter filter(count, triangles, vertexOfPoint, vertexCount, kept);
-  const std::int32_t keptCount = filter.run();
-  steps += filter.steps();
-  return keptCount;
+  const std::int32_t all = std::exchange(keptCount_, distinct);
+  for (std::int32_t t = distinct; t < all; ++t) {
+    if (*kept(t) != kDropped) {
+      std::copy_n(kept(t), 3, kept(keptCount_++));
+    }
+  }
 }
 
 }  // namespace quor

@@ -1,55 +1,42 @@
 #include "weld/equal_points.h"
 
-#include "weld/hashing.h"
+#include "util/index.h"
 #include "weld/point_pass.h"
-#include "weld/point_table.h"
+
+#include <cstddef>
+#include <utility>
 
 namespace quor {
-namespace {
 
-struct EqualHash {
-  /// Adding 0.0 turns -0.0 into 0.0: they are equal.
-  std::uint64_t operator()(Point p) const {
-    return mixHash(mixHash(mixHash(0, bitsOf(p[0] + 0.0)), bitsOf(p[1] + 0.0)), bitsOf(p[2] + 0.0));
-  }
-};
-
-}  // namespace
-
-std::vector<std::int32_t> linkEqualPoints(std::int32_t count, PointArray points,
-                                          DisjointSets forest, std::uint64_t& steps) {
-  std::vector<std::int32_t> distinct;
-  std::int32_t seen = 0;
-  {
-    PointTable table(count, points, EqualHash{});
-    PointPass pass(count, points, table);
-    seen = pass.run(forest, [&](std::int32_t i, std::uint64_t hash) {
-      if (areEqualsRare(static_cast<std::int64_t>(distinct.size()), i, count) ||
-          table.isCrowded(i)) {
-        return false;
-      }
-      const Point p = points[i];
-      const std::size_t slot =
-          table.locate(hash, [&](std::int32_t j) { return isEqual(points[j], p); });
-      const std::int32_t equal = table.index(slot);
-      if (equal != HashIndex::kNone) {
-        forest.parent(i) = equal;
-      } else if (isFinite(p)) {
-        distinct.push_back(i);
-        table.add(slot, hash, i);
-      }
-      return true;
-    });
-    steps += table.steps();
-  }  // neither table is needed any longer
-  distinct.reserve(distinct.size() + static_cast<std::size_t>(count - seen));
-  for (std::int32_t i = seen; i < count; ++i) {
-    forest.parent(i) = i;
-    if (isFinite(points[i])) {
-      distinct.push_back(i);
+std::vector<std::int32_t> EqualPoints::link() {
+  PointPass pass(count_, points_, table_);
+  const std::int32_t seen =
+      pass.run(forest_, [this](std::int32_t i, std::uint64_t hash) { return visit(i, hash); });
+  distinct_.reserve(distinct_.size() + toSize(count_ - seen));
+  for (std::int32_t i = seen; i < count_; ++i) {
+    forest_.parent(i) = i;
+    if (isFinite(points_[i])) {
+      distinct_.push_back(i);
     }
   }
-  return distinct;
+  return std::move(distinct_);
+}
+
+bool EqualPoints::visit(std::int32_t i, std::uint64_t hash) {
+  if (areEqualsRare(toIndex(distinct_.size()), i, count_) || table_.isCrowded(i)) {
+    return false;
+  }
+  const Point p = points_[i];
+  const std::size_t slot =
+      table_.locate(hash, [&](std::int32_t j) { return isEqual(points_[j], p); });
+  const std::int32_t equal = table_.index(slot);
+  if (equal != HashIndex::kNone) {
+    forest_.parent(i) = equal;
+  } else if (isFinite(p)) {
+    distinct_.push_back(i);
+    table_.add(slot, hash, i);
+  }
+  return true;
 }
 
 }  // namespace quor

@@ -6,7 +6,6 @@
 #include "weld/hash_index.h"
 #include "weld/near_points.h"
 #include "weld/sparse_cells.h"
-#include "weld/weld.h"
 
 #include <gtest/gtest.h>
 
@@ -17,9 +16,12 @@ namespace {
 /// The vertex of each point once the forest is complete.
 std::vector<std::int32_t> mapOf(const std::vector<double>& points,
                                 std::vector<std::int32_t> forest) {
-  std::vector<double> vertices(points.size());
-  quor::numberVertices(std::int32_t(forest.size()), points.data(), forest.data(), vertices.data());
-  return forest;
+  quor::DisjointSets trees(forest.data());
+  std::vector<std::int32_t> roots;
+  for (std::int32_t i = 0; i < std::int32_t(forest.size()); ++i) {
+    roots.push_back(trees.root(i));
+  }
+  return weldedByRoots({points, {}}, roots).map;
 }
 
 TEST(WeldSearch, BothSearchesMatchBruteForce) {
@@ -40,13 +42,13 @@ TEST(WeldSearch, BothSearchesMatchBruteForce) {
 
       std::vector<std::int32_t> forest(std::size_t(n), -1);
       const quor::DisjointSets trees(forest.data());
-      std::uint64_t steps = 0;
-      quor::linkNearPoints(quor::linkEqualPoints(n, array, trees, steps), array, trees,
-                           squaredTolerance, steps);
+      const std::vector<std::int32_t> distinct = quor::EqualPoints(n, array, trees).link();
+      quor::NearPoints(distinct, array, trees, squaredTolerance).link();
       ASSERT_EQ(mapOf(points, forest), expected) << "tree: " << nasty.name << ", round " << round;
 
       forest.assign(std::size_t(n), -1);
-      if (quor::linkInSparseCells(n, array, trees, tolerance, steps)) {
+      if (quor::CellNumbers(tolerance).isUsable() &&
+          quor::SparseCells(n, array, trees, tolerance).link()) {
         ASSERT_EQ(mapOf(points, forest), expected)
             << "cells: " << nasty.name << ", round " << round;
         ++inCells;
@@ -65,9 +67,9 @@ TEST(WeldSearch, EqualPointsLeaveTheFirstOfEach) {
   points[0] = kNaN;
   points[3] = points[6] = kInfinity;
   std::vector<std::int32_t> forest(points.size() / 3);
-  std::uint64_t steps = 0;
-  const std::vector<std::int32_t> distinct = quor::linkEqualPoints(
-      5000, quor::PointArray(points.data()), quor::DisjointSets(forest.data()), steps);
+  const std::vector<std::int32_t> distinct =
+      quor::EqualPoints(5000, quor::PointArray(points.data()), quor::DisjointSets(forest.data()))
+          .link();
   EXPECT_TRUE(std::is_sorted(distinct.begin(), distinct.end()));
   EXPECT_EQ(distinct.size(), 7U * 7U * 7U);
   std::set<std::array<double, 3>> seen;

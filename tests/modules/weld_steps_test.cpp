@@ -1,9 +1,8 @@
 // Soups made to be slow to weld, with full knowledge of the source: none takes many steps a point.
 
+#include "support/weld_steps.h"
 #include "soups/slow_soups.h"
 #include "support/weld_oracle.h"
-#include "weld/distinct_triangles.h"
-#include "weld/weld.h"
 
 #include <gtest/gtest.h>
 
@@ -12,16 +11,7 @@ using namespace test;
 namespace {
 
 double stepsPerPoint(const bench::Soup& soup, double tolerance) {
-  std::vector<double> vertices(soup.points.size());
-  std::vector<std::int32_t> forest(std::size_t(soup.pointCount()));
-  std::vector<std::int32_t> triangles(soup.triangles.size());
-  std::uint64_t steps = 0;
-  quor::weldPoints(soup.pointCount(), soup.points.data(), tolerance, forest.data(), steps);
-  const std::int32_t n =
-      quor::numberVertices(soup.pointCount(), soup.points.data(), forest.data(), vertices.data());
-  quor::keepDistinctTriangles(soup.triangleCount(), soup.triangles.data(), forest.data(), n,
-                              triangles.data(), steps);
-  return double(steps) / soup.pointCount();
+  return double(weldSteps({soup.points, soup.triangles}, tolerance)) / soup.pointCount();
 }
 
 void expectFewSteps(const std::vector<bench::SlowSoup>& soups, double limit) {
