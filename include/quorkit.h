@@ -508,12 +508,12 @@ QUORKIT_API QuorkitStatus quorkitColours(int32_t n, const double* field, double 
  *                 copy. A file that is already there is replaced, unless it is the ramp itself.
  *   margin    fraction of the field's range, 0 .. 1; 0 for none, 0.001 for viewers that repeat
  *
- * Numbers have six significant digits. Neither locale nor current directory matters beyond the
- * path. All files are written whole under names of their own, `path`.obj.part and so on, and only
- * then renamed, the OBJ last: after QUORKIT_FILE (no such directory, not allowed, disk full, ramp
- * unreadable) the parts are gone, and an OBJ that was there is as it was; a material or ramp may be
- * new if renaming was what failed. Two calls at a time must not write the same path, nor two with a
- * ramp into the same directory.
+ * Numbers have six significant digits. Coordinates have more, up to 17, where an edge is so short
+ * that its ends would coincide. Neither locale nor current directory matters beyond the path. All
+ * files are written whole under names of their own and only then renamed, the OBJ last: after
+ * QUORKIT_FILE (no such directory, not allowed, disk full, ramp unreadable) the parts are gone, and
+ * an OBJ that was there is as it was; a material or ramp may be new if renaming was what failed.
+ * Two calls at a time must not write the same path, nor two with a ramp into the same directory.
  */
 QUORKIT_API QuorkitStatus quorkitWrite(int32_t n, const double* vertices, int32_t m,
                                        const int32_t* triangles, const double* field,

@@ -9,8 +9,8 @@ namespace quor {
 namespace {
 
 /// The C library's text, with a point where its locale has another decimal separator.
-char* writeWithPrintf(char* first, double number) {
-  const int length = std::snprintf(first, kLongestNumber, "%g", number);
+char* writeWithPrintf(char* first, double number, int digits) {
+  const int length = std::snprintf(first, kLongestNumber, "%.*g", digits, number);
   char* const last = first + length;
   if (!std::isfinite(number)) {
     return last;
@@ -28,14 +28,15 @@ char* writeWithPrintf(char* first, double number) {
 
 }  // namespace
 
-char* writeNumber(char* first, double number) {
+char* writeNumber(char* first, double number, int digits) {
 #if defined(__cpp_lib_to_chars)
   if (std::isfinite(number)) {
-    return std::to_chars(first, first + kLongestNumber, number, std::chars_format::general, 6).ptr;
+    return std::to_chars(first, first + kLongestNumber, number, std::chars_format::general, digits)
+        .ptr;
   }
 #endif
   // How an infinity and a NaN are spelt is the C library's affair, here as in a stream.
-  return writeWithPrintf(first, number);
+  return writeWithPrintf(first, number, digits);
 }
 
 }  // namespace quor

@@ -8,9 +8,13 @@ namespace quor {
 /// Room for any number that writeNumber writes.
 constexpr std::size_t kLongestNumber = 24;
 
-/// Writes six significant digits, as printf's %g does, whatever the locale.
-/// @param first  room for kLongestNumber characters
+/// What every number has unless more are asked for.
+constexpr int kFewestDigits = 6;
+
+/// Writes a number as printf's %g does, whatever the locale.
+/// @param first   room for kLongestNumber characters
+/// @param digits  significant ones, 1 .. 17
 /// @return the end of what was written; no zero follows it
-char* writeNumber(char* first, double number);
+char* writeNumber(char* first, double number, int digits = kFewestDigits);
 
 }  // namespace quor

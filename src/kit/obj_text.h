@@ -4,6 +4,7 @@
 #include "export/number_text.h"
 #include "export/obj_lines.h"
 #include "kit/mesh.h"
+#include "kit/position_digits.h"
 #include "kit/texture_scale.h"
 
 #include <array>
@@ -28,7 +29,7 @@ class TextBlocks {
   }
   TextBlocks& operator<<(double number) {
     std::array<char, quor::kLongestNumber> digits{};
-    text_.append(digits.data(), quor::writeNumber(digits.data(), number));
+    text_.append(digits.data(), quor::writeNumber(digits.data(), number, digits_));
     return *this;
   }
   TextBlocks& operator<<(std::int64_t number) {
@@ -37,6 +38,8 @@ class TextBlocks {
                  std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
     return *this;
   }
+  /// How many significant digits numbers have from here on.
+  void useDigits(int digits) { digits_ = digits; }
   void endLine() {
     text_ += '\n';
     if (text_.size() >= kBlock - kLongestLine) {
@@ -56,9 +59,11 @@ class TextBlocks {
 
   Sink sink_;
   std::string text_;
+  int digits_ = quor::kFewestDigits;
 };
 
-/// Composes the text that wobj writes, with a margin and without NaN. See quorkitWrite.
+/// Composes the text that wobj writes, with a margin, without NaN, and with more digits where edges
+/// are short. See quorkitWrite.
 /// @param mesh    finite coordinates, corners in range, at least one vertex
 /// @param field   n finite values
 /// @param name    of the material file, as it is to stand in the text
@@ -70,7 +75,9 @@ void composeObj(const MeshView& mesh, const double* field, std::string_view name
   TextBlocks<Sink> lines(std::move(sink));
   (lines << "mtllib " << name).endLine();
   (lines << "usemtl Heat").endLine();
+  lines.useDigits(positionDigits(mesh));
   quor::writePositions(lines, mesh.vertices, mesh.vertexCount());
+  lines.useDigits(quor::kFewestDigits);
   quor::writeTextureCoordinates(lines, field, mesh.vertexCount(),
                                 TextureScale(field, mesh.vertexCount(), margin));
   quor::writeFaces(lines, mesh.triangles, mesh.triangleCount());

@@ -130,6 +130,37 @@ TEST_F(KitWrite, WritesTheTextOfWobj) {
   EXPECT_EQ(files("sub"), (std::vector<std::string>{"plain.mtl", "plain.obj"}));
 }
 
+TEST_F(KitWrite, KeepsTheEndsOfEveryEdgeApart) {
+  // Six digits are enough for an edge of 2e-5 of a coordinate; each further digit for a tenth of
+  // that.
+  struct Case {
+    double place, edge;
+    const char* end;
+  };
+  for (const Case& c : {Case{4e6, 80.5, "4.00008e+06"},
+                        {4e6, 79.5, "4000080"},
+                        {4649776, 1e-3, "4649776.001"},
+                        {-500000, 0.5, "-499999.5"},
+                        {1e-300, 1e-306, "1.000001e-300"},
+                        {1, 0x1p-52, "1.0000000000000002"}}) {
+    mesh_ = {{c.place, 0, 0, c.place + c.edge, 0, 0, c.place, c.place, 0, c.place, 0, 0},
+             {0, 1, 2, 0, 3, 2}};
+    field_ = {0, 1, 2, 0};
+    ASSERT_EQ(write(directory_ / "digits"), QUORKIT_DONE);
+    std::istringstream text(readFile(directory_ / "digits.obj"));
+    std::vector<std::string> x;
+    for (std::string word; text >> word && word != "vt";) {
+      if (word == "v") {
+        text >> x.emplace_back();
+      }
+    }
+    ASSERT_EQ(x.size(), 4U);
+    EXPECT_EQ(x[1], c.end);
+    EXPECT_NE(x[0], x[1]);
+    EXPECT_EQ(x[0], x[3]);
+  }
+}
+
 TEST_F(KitWrite, KeepsTheEndsOffTheEndsOfTheRamp) {
   const auto high = std::max_element(field_.begin(), field_.end()) - field_.begin();
   const auto low = std::min_element(field_.begin(), field_.end()) - field_.begin();
