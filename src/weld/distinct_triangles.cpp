@@ -3,6 +3,7 @@
 #include "util/machine.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 #include <vector>
 
@@ -62,6 +63,12 @@ void DistinctTriangles::rewrite(std::int32_t begin, std::int32_t end) {
   }
 }
 
+DistinctTriangles::Triangle DistinctTriangles::rewritten(std::int32_t t) const {
+  const std::int32_t* const points = cornersOf(t);
+  return {vertexOfPoint_[toSize(points[0])], vertexOfPoint_[toSize(points[1])],
+          vertexOfPoint_[toSize(points[2])]};
+}
+
 /// @return the number of triangles of the block, now in candidates_, that did not collapse
 std::size_t DistinctTriangles::hashCandidates(std::int32_t begin, std::int32_t end) {
   const std::int32_t nextBlock = std::min(kBlock, count_ - end);
@@ -99,37 +106,30 @@ std::size_t DistinctTriangles::keepNew(std::size_t candidates, std::int32_t end)
   return candidates;
 }
 
-/// Does without the table for all triangles from `begin` on: first keeps all of them, then drops
-/// those that follow an equal one in the order of their vertices.
+/// Does without the table for all triangles from `begin` on. Writes only those that it keeps.
 void DistinctTriangles::keepNewBySorting(std::int32_t begin) {
-  const std::int32_t distinct = keptCount_;
-  for (std::int32_t t = begin; t < count_; ++t) {
-    Triangle corners;
-    for (std::size_t k = 0; k < 3; ++k) {
-      corners[k] = vertexOfPoint_[toSize(cornersOf(t)[k])];
-    }
-    if (corners[0] != corners[1] && corners[1] != corners[2] && corners[2] != corners[0]) {
-      std::copy(corners.begin(), corners.end(), kept(keptCount_++));
-    }
-  }
+  assert(keptCount_ <= begin);  // so what is kept is never written over what is still to be read
   using Entry = std::pair<Triangle, std::int32_t>;
   std::vector<Entry> entries;
-  entries.reserve(toSize(keptCount_));
+  entries.reserve(toSize(keptCount_) + toSize(count_ - begin));
   for (std::int32_t t = 0; t < keptCount_; ++t) {
     entries.emplace_back(sorted(kept(t)), t);
   }
-  std::sort(entries.begin(), entries.end());
-  constexpr std::int32_t kDropped = -1;  // in place of a corner
-  for (std::size_t e = 1; e < entries.size(); ++e) {
-    if (entries[e].first == entries[e - 1].first) {
-      *kept(entries[e].second) = kDropped;
+  for (std::int32_t t = begin; t < count_; ++t) {
+    const Triangle key = sorted(rewritten(t).data());
+    if (key[0] != key[1] && key[1] != key[2]) {
+      entries.emplace_back(key, t);
     }
   }
-  const std::int32_t all = std::exchange(keptCount_, distinct);
-  for (std::int32_t t = distinct; t < all; ++t) {
-    if (*kept(t) != kDropped) {
-      std::copy_n(kept(t), 3, kept(keptCount_++));
-    }
+  std::sort(entries.begin(), entries.end());  // of equal ones the first comes first
+  entries.erase(std::unique(entries.begin(), entries.end(),
+                            [](const Entry& a, const Entry& b) { return a.first == b.first; }),
+                entries.end());
+  std::sort(entries.begin(), entries.end(),
+            [](const Entry& a, const Entry& b) { return a.second < b.second; });
+  for (auto entry = entries.begin() + keptCount_; entry != entries.end(); ++entry) {
+    const Triangle corners = rewritten(entry->second);
+    std::copy(corners.begin(), corners.end(), kept(keptCount_++));
   }
 }
 

@@ -32,12 +32,13 @@ class DistinctTriangles {
   std::uint64_t steps() const { return index_.steps(); }
 
  private:
-  /// Three vertices, mostly in ascending order: then the same for every order of the corners.
   using Triangle = std::array<std::int32_t, 3>;
   static constexpr std::int32_t kBlock = 512;
 
+  /// The same for every order of the corners.
   static Triangle sorted(const std::int32_t* corners);
   std::uint64_t hashOf(const Triangle& key) const;
+  Triangle rewritten(std::int32_t t) const;
   void rewrite(std::int32_t begin, std::int32_t end);
   std::size_t hashCandidates(std::int32_t begin, std::int32_t end);
   std::size_t keepNew(std::size_t candidates, std::int32_t end);

@@ -78,8 +78,8 @@ bool linkLeaf(const BoxTree& tree, const BoxTree::Node& leaf, DisjointSets fores
   for (std::int32_t i = range.begin; i + 1 < range.end; ++i) {
     const auto k = static_cast<unsigned>(i - range.begin);
     const Range later{i + 1, range.end};
-    clusters.unite(
-        k, tree.columns.nearTo(tree.columns.point(i).data(), later, squaredTolerance) << (k + 1));
+    clusters.unite(k, tree.columns.nearTo(tree.columns.point(i).data(), later, squaredTolerance)
+                          << (k + 1));
   }
   for (Mask rest = clusters.united(); rest != 0;) {
     const Mask cluster = clusters.of(lowestBit(rest));

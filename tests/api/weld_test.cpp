@@ -10,31 +10,6 @@ using namespace test;
 
 namespace {
 
-/// Calls quorWeld with outputs that have the documented room, and checks that what lies behind the
-/// written part is untouched.
-Welded weld(const Mesh& soup, double tolerance) {
-  constexpr double untouched = 12345.678;
-  constexpr std::int32_t untouchedIndex = -77;
-  Welded welded;
-  welded.vertices.assign(soup.vertices.size() + 1, untouched);
-  welded.triangles.assign(soup.triangles.size() + 1, untouchedIndex);
-  welded.map.assign(std::size_t(soup.n()) + 1, untouchedIndex);
-  std::int32_t vertexCount = -5;
-  std::int32_t triangleCount = -5;
-  welded.result = quorWeld(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(),
-                           welded.vertices.data(), welded.triangles.data(), welded.map.data(),
-                           &vertexCount, &triangleCount, tolerance);
-  const auto isUntouched = [&](auto& array, std::size_t written, auto value) {
-    EXPECT_TRUE(std::all_of(array.begin() + std::ptrdiff_t(written), array.end(),
-                            [&](auto x) { return x == value; }));
-    array.resize(written);
-  };
-  isUntouched(welded.vertices, 3 * std::size_t(vertexCount), untouched);
-  isUntouched(welded.triangles, 3 * std::size_t(triangleCount), untouchedIndex);
-  isUntouched(welded.map, std::size_t(soup.n()), untouchedIndex);
-  return welded;
-}
-
 /// Adds random triangles, repeats among them.
 Mesh withTriangles(std::vector<double> points, Random& random) {
   Mesh soup{std::move(points), {}};
@@ -155,7 +130,7 @@ TEST(Weld, Examples) {
        {0, 0}},
   };
   for (const Case& c : cases) {
-    EXPECT_TRUE(same(weld(c.soup, c.tolerance), {0, c.vertices, c.triangles, c.map})) << c.why;
+    EXPECT_TRUE(same(welded(c.soup, c.tolerance), {0, c.vertices, c.triangles, c.map})) << c.why;
   }
 }
 
@@ -167,7 +142,7 @@ TEST(Weld, MatchesBruteForceOnManySmallNastyInputs) {
       const int count = 2 + below(random, 60);
       std::vector<double> points = nasty.points(random, count, tolerance);
       const Mesh soup = withTriangles(std::move(points), random);
-      ASSERT_TRUE(same(weld(soup, tolerance), bruteForceWeld(soup, tolerance)))
+      ASSERT_TRUE(same(welded(soup, tolerance), bruteForceWeld(soup, tolerance)))
           << nasty.name << ", round " << round << ", tolerance " << tolerance;
     }
   }
@@ -180,7 +155,7 @@ TEST(Weld, MatchesBruteForceWhereTheTreeIsDeep) {
       double tolerance = 0;
       std::vector<double> points = nasty.points(random, 1500, tolerance);
       const Mesh soup = withTriangles(std::move(points), random);
-      ASSERT_TRUE(same(weld(soup, tolerance * scale), bruteForceWeld(soup, tolerance * scale)))
+      ASSERT_TRUE(same(welded(soup, tolerance * scale), bruteForceWeld(soup, tolerance * scale)))
           << nasty.name << ", tolerance " << tolerance * scale;
     }
   }
@@ -228,7 +203,7 @@ TEST(Weld, MatchesAGridOnManyPoints) {
                             "clusters", "a volume"}) {
     const Mesh soup{manyPoints(shape, count, random), {}};
     for (const double tolerance : {0.25, 0.97, 1.02}) {
-      ASSERT_TRUE(same(weld(soup, tolerance), gridWeld(soup, tolerance)))
+      ASSERT_TRUE(same(welded(soup, tolerance), gridWeld(soup, tolerance)))
           << shape << ", tolerance " << tolerance;
     }
   }
@@ -246,20 +221,20 @@ TEST(Weld, LongChainInRandomOrderIsOneVertex) {
                           {std::cos(i * 0.01), std::sin(i * 0.01), i * 0.001});
   }
   const double link = std::hypot(2 * std::sin(0.005), 0.001);
-  EXPECT_EQ(weld(chain, link * 1.001).vertices.size(), 3U);
-  EXPECT_EQ(weld(chain, link * 0.999).vertices.size(), 3U * count);
+  EXPECT_EQ(welded(chain, link * 1.001).vertices.size(), 3U);
+  EXPECT_EQ(welded(chain, link * 0.999).vertices.size(), 3U * count);
 }
 
 TEST(Weld, SoupBecomesTheMeshAgain) {
   // Large enough for the table to grow and for more than one level of everything.
   const Mesh mesh = bumpyMesh(120, 90, 11);
   const Mesh soup = soupOf(mesh);
-  const Welded welded = weld(soup, 1e-9);
-  EXPECT_EQ(welded.vertices.size(), mesh.vertices.size());
-  EXPECT_EQ(welded.triangles.size(), mesh.triangles.size());
-  for (std::size_t i = 0; i < welded.map.size(); ++i) {
+  const Welded result = welded(soup, 1e-9);
+  EXPECT_EQ(result.vertices.size(), mesh.vertices.size());
+  EXPECT_EQ(result.triangles.size(), mesh.triangles.size());
+  for (std::size_t i = 0; i < result.map.size(); ++i) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
-      ASSERT_EQ(welded.vertices[3 * std::size_t(welded.map[i]) + axis],
+      ASSERT_EQ(result.vertices[3 * std::size_t(result.map[i]) + axis],
                 soup.vertices[3 * i + axis]);
     }
   }
@@ -267,17 +242,17 @@ TEST(Weld, SoupBecomesTheMeshAgain) {
 
 TEST(Weld, WorksInPlace) {
   const Mesh soup = soupOf(bumpyMesh(20, 20, 12));
-  const Welded expected = weld(soup, 1e-9);
-  Mesh inPlace = soup;
-  std::vector<std::int32_t> map(std::size_t(soup.n()));
-  std::int32_t vertexCount = 0;
-  std::int32_t triangleCount = 0;
-  quorWeld(soup.n(), inPlace.vertices.data(), soup.m(), inPlace.triangles.data(),
-           inPlace.vertices.data(), inPlace.triangles.data(), map.data(), &vertexCount,
-           &triangleCount, 1e-9);
-  inPlace.vertices.resize(3 * std::size_t(vertexCount));
-  inPlace.triangles.resize(3 * std::size_t(triangleCount));
-  EXPECT_TRUE(same({0, inPlace.vertices, inPlace.triangles, map}, expected));
+  EXPECT_TRUE(same(weldedInPlace(soup, 1e-9), bruteForceWeld(soup, 1e-9)));
+  Random random(24);
+  for (const Nasty& nasty : kNasty) {
+    for (int round = 0; round < 100; ++round) {
+      double tolerance = 0;
+      std::vector<double> points = nasty.points(random, 2 + below(random, 60), tolerance);
+      const Mesh mesh = withTriangles(std::move(points), random);
+      ASSERT_TRUE(same(weldedInPlace(mesh, tolerance), bruteForceWeld(mesh, tolerance)))
+          << nasty.name << ", round " << round;
+    }
+  }
 }
 
 TEST(Weld, EqualHashesDoNotMakeEqualPoints) {
@@ -293,7 +268,7 @@ TEST(Weld, EqualHashesDoNotMakeEqualPoints) {
   }
   const std::vector<double> once = lattice.vertices;
   lattice.vertices.insert(lattice.vertices.end(), once.begin(), once.end());
-  EXPECT_EQ(weld(lattice, 1e-150).vertices, once);
+  EXPECT_EQ(welded(lattice, 1e-150).vertices, once);
 }
 
 }  // namespace

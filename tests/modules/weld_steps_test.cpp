@@ -54,4 +54,24 @@ TEST(WeldSteps, WhatIsMadeToBeSlowIsWeldedByTheRule) {
   }
 }
 
+TEST(WeldSteps, TrianglesThatCrowdTheTableAreSortedAndNothingIsWrittenBehindTheKeptOnes) {
+  const auto& soups = bench::soupsSlowInTables();
+  const auto crafted = std::find_if(soups.begin(), soups.end(), [](const bench::SlowSoup& slow) {
+    return slow.name == "triangles of one home";
+  });
+  ASSERT_NE(crafted, soups.end());
+  double tolerance = 0;
+  const bench::Soup soup = crafted->make(64000, tolerance);
+  Mesh mesh{soup.points, soup.triangles};
+  // Repeats: all of them the other way round; and a collapsed one.
+  mesh.triangles.insert(mesh.triangles.end(), soup.triangles.rbegin(), soup.triangles.rend());
+  mesh.triangles.insert(mesh.triangles.end(), {5, 6, 5});
+  std::vector<std::int32_t> roots(std::size_t(mesh.n()));
+  std::iota(roots.begin(), roots.end(), 0);
+  const Welded expected = weldedByRoots(mesh, roots);
+  ASSERT_EQ(expected.triangles, soup.triangles);
+  EXPECT_TRUE(same(welded(mesh, tolerance), expected));
+  EXPECT_TRUE(same(weldedInPlace(mesh, tolerance), expected));
+}
+
 }  // namespace

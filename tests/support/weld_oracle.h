@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <numeric>
 #include <set>
 #include <unordered_map>
@@ -19,20 +20,49 @@ struct Welded {
   std::vector<double> vertices;
   std::vector<std::int32_t> triangles;
   std::vector<std::int32_t> map;
+  bool isBehindWritten = false;  ///< whether quorWeld wrote behind what it counted
 };
+
+/// Leaves what was written, and says whether anything else differs from what was there before.
+template <typename Value>
+bool isChangedBehind(std::vector<Value>& array, std::int32_t written,
+                     const std::vector<Value>& before) {
+  const std::ptrdiff_t kept = std::ptrdiff_t{3} * written;
+  if (written < 0 || kept > std::ptrdiff_t(array.size())) {
+    return true;
+  }
+  const bool isChanged = std::memcmp(array.data() + kept, before.data() + kept,
+                                     (array.size() - std::size_t(kept)) * sizeof(Value)) != 0;
+  array.resize(std::size_t(kept));
+  return isChanged;
+}
+
+/// Calls quorWeld with outputs that hold something already.
+inline Welded weldedInto(const Mesh& soup, double tolerance, std::vector<double> vertices,
+                         std::vector<std::int32_t> triangles, bool isInPlace) {
+  Welded welded{99, vertices, triangles, std::vector<std::int32_t>(std::size_t(soup.n()) + 1, -77)};
+  std::int32_t n = -5;
+  std::int32_t m = -5;
+  welded.result =
+      quorWeld(soup.n(), isInPlace ? welded.vertices.data() : soup.vertices.data(), soup.m(),
+               isInPlace ? welded.triangles.data() : soup.triangles.data(), welded.vertices.data(),
+               welded.triangles.data(), welded.map.data(), &n, &m, tolerance);
+  welded.isBehindWritten = isChangedBehind(welded.vertices, n, vertices);
+  welded.isBehindWritten |= isChangedBehind(welded.triangles, m, triangles);
+  welded.isBehindWritten |= welded.map.back() != -77;
+  welded.map.pop_back();
+  return welded;
+}
 
 /// What quorWeld makes of a soup.
 inline Welded welded(const Mesh& soup, double tolerance) {
-  Welded result{99, soup.vertices, soup.triangles,
-                std::vector<std::int32_t>(soup.vertices.size() / 3)};
-  std::int32_t n = 0;
-  std::int32_t m = 0;
-  result.result = quorWeld(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(),
-                           result.vertices.data(), result.triangles.data(), result.map.data(), &n,
-                           &m, tolerance);
-  result.vertices.resize(3 * std::size_t(n));
-  result.triangles.resize(3 * std::size_t(m));
-  return result;
+  return weldedInto(soup, tolerance, std::vector<double>(soup.vertices.size() + 1, 12345.678),
+                    std::vector<std::int32_t>(soup.triangles.size() + 1, -77), false);
+}
+
+/// The same, where the outputs are the inputs.
+inline Welded weldedInPlace(const Mesh& soup, double tolerance) {
+  return weldedInto(soup, tolerance, soup.vertices, soup.triangles, true);
 }
 
 /// Whether the rule makes one vertex of points i and j.
@@ -143,8 +173,8 @@ inline Welded gridWeld(const Mesh& soup, double tolerance) {
 }
 
 inline bool same(const Welded& a, const Welded& b) {
-  return a.result == b.result && sameBits(a.vertices, b.vertices) && a.triangles == b.triangles &&
-         a.map == b.map;
+  return a.result == b.result && a.isBehindWritten == b.isBehindWritten &&
+         sameBits(a.vertices, b.vertices) && a.triangles == b.triangles && a.map == b.map;
 }
 
 }  // namespace test
