@@ -414,6 +414,119 @@ QUORKIT_API QuorkitStatus quorkitSolveMany(const QuorkitSolver* solver, int32_t 
 /* Releases a solver; null is ignored. Exactly once per solver. */
 QUORKIT_API void quorkitFreeSolver(QuorkitSolver* solver);
 
+/* What quorkitSolveWithin is asked for. Set it to zero first: zero means none, or the default. */
+typedef struct QuorkitProblem {
+  int32_t n;                /* number of vertices, 1 or more                                      */
+  const double* vertices;   /* 3n finite coordinates                                              */
+  int32_t m;                /* number of triangles, 1 or more                                     */
+  const int32_t* triangles; /* 3m vertex indices in 0 .. n-1, of a triangle all different         */
+
+  const double*
+      triangleValues;         /* m values of prescribed triangles, NaN for free ones; null: none */
+  int32_t edgeCount;          /* number of prescribed edges                                      */
+  const int32_t* edges;       /* 2 * edgeCount vertices, the ends of edges of the mesh           */
+  const double* edgeValues;   /* edgeCount values                                                */
+  const double* vertexValues; /* n values of prescribed vertices, NaN for free ones; null: none  */
+
+  const double* sources; /* m source densities, per area; null: none                             */
+  const int32_t* faces;  /* m face numbers, any; edges between two stay; null: all are one face  */
+  double tolerance;      /* the largest error, above 0                                           */
+  int32_t isShareOfSpan; /* 1: the tolerance is a share of the field's span; 0: in its unit      */
+  int32_t triangleLimit; /* the most triangles of the result; 0: 4,000,000                       */
+} QuorkitProblem;
+
+/* Why quorkitSolveWithin has no field. */
+enum {
+  QUORKIT_SOLVED = 0,
+  QUORKIT_ISOLATED_VERTEX = 1, /* `vertex` has a value, but no edge at it is prescribed           */
+  QUORKIT_UNPRESCRIBED = 2,    /* nothing is prescribed on the component of `vertex`              */
+  QUORKIT_NOT_SOLVABLE = 3     /* the equations have no finite solution: clean the mesh           */
+};
+
+/* What quorkitSolveWithin made. All arrays belong to it and live until quorkitFreeSolution. */
+typedef struct QuorkitSolution {
+  int32_t outcome; /* QUORKIT_SOLVED, or why there is no field: then all counts are 0            */
+  int32_t vertex;  /* the vertex of the input that the outcome names, or -1                       */
+  int32_t vertexCount;
+  int32_t triangleCount;
+  const double* vertices;         /* 3 * vertexCount; those of the input come first, bit for bit  */
+  const int32_t* triangles;       /* 3 * triangleCount                                            */
+  const int32_t* triangleOrigins; /* triangleCount: an input triangle of the same face            */
+  const int32_t* vertexOrigins; /* 2 * vertexCount: the vertices whose midpoint each was made as */
+  const double* field;          /* vertexCount values                                           */
+  double error;                 /* the estimated largest error, in the unit of the field        */
+  double tolerance;             /* what was asked for, in the unit of the field                 */
+  int32_t isReached;            /* 1 if the error is at most the tolerance                      */
+  int32_t rounds;               /* how often it was solved                                      */
+  int32_t jumpCount;            /* vertices where regions of different values meet              */
+  const int32_t* jumps;         /* jumpCount ascending input vertices                           */
+  double jumpRadius;            /* no error is promised nearer to them than this                */
+} QuorkitSolution;
+
+/*
+ * Solves for a field and refines the mesh until the estimated error is at most a tolerance
+ * everywhere. The field is that of Laplace's or Poisson's equation on the surface of the input
+ * mesh.
+ *
+ * What is prescribed is bound to the input and does not move when the mesh is refined:
+ *
+ *   triangleValues  the triangle has this value everywhere, with its edges and corners
+ *   edgeValues      the edge has this value along its whole length
+ *   vertexValues    an edge of the mesh between two vertices with values is prescribed, linearly
+ *                   between them
+ *
+ * A vertex with a value and no such edge has no solution: the field around a single point depends
+ * on the mesh, however fine it is. The outcome is then QUORKIT_ISOLATED_VERTEX. Borders without
+ * values are insulated.
+ *
+ * Where regions of different values meet, no continuous field exists. The field there is that of
+ * the mesh, and nothing is promised within jumpRadius of the jumps, a hundredth of the diagonal.
+ *
+ * The error is estimated from two solutions, on the mesh and on a finer one, and is meant to be one
+ * to four times the true largest error at any point of the surface. It is not a proof. The
+ * equations use the weights of the intrinsic Delaunay triangulation, so the shape of the triangles
+ * does not spoil the field, and it never leaves the range of the prescribed values without a
+ * source.
+ *
+ *   problem      in   see QuorkitProblem
+ *   progress     called now and then, see QuorkitProgress; null for none
+ *   context      handed to progress
+ *   solutionOut  out  the solution, to be released with quorkitFreeSolution; null unless the status
+ *                     is QUORKIT_DONE; not null
+ *
+ * A source density is positive where it lowers the field, as in quorkitSolve. If the span is asked
+ * for, it is that of the field: the largest value minus the smallest. A degenerate triangle is a
+ * bad argument: quorkitClean removes them. If the limit ends the refinement, the solution is the
+ * best one so far, with its error, and isReached is 0. The same input gives the same bits.
+ */
+QUORKIT_API QuorkitStatus quorkitSolveWithin(const QuorkitProblem* problem,
+                                             QuorkitProgress progress, void* context,
+                                             const QuorkitSolution** solutionOut);
+
+/* Releases a solution; null is ignored. Exactly once per solution. */
+QUORKIT_API void quorkitFreeSolution(const QuorkitSolution* solution);
+
+/*
+ * Flips edges inside flat faces until the triangles there are Delaunay: of all triangulations of
+ * these vertices the one with the largest smallest angle. The surface stays what it is. Long
+ * slivers of a CAD tessellation become as well shaped as their vertices allow.
+ *
+ * An edge is flipped if its two triangles have the same face number, the four corners are within a
+ * millionth of their longest distance of one plane, and the angles opposite to the edge add up to
+ * more than pi. Edges of one triangle, or of more than two, stay.
+ *
+ *   n, vertices   0 or more; 3n finite coordinates
+ *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1, of a triangle all different
+ *   faces         in   m face numbers, any; edges between two of them stay; null: all are one face
+ *   meshOut       out  the mesh, to be released with quorkitFreeMesh; not null
+ *
+ * In the mesh, vertices keep their numbers and bits, and both vertexOrigins of a vertex are itself.
+ * The origin of a flipped triangle is one of the input triangles of the same face.
+ */
+QUORKIT_API QuorkitStatus quorkitFlip(int32_t n, const double* vertices, int32_t m,
+                                      const int32_t* triangles, const int32_t* faces,
+                                      const QuorkitMesh** meshOut);
+
 /*
  * The area that belongs to each vertex: a third of each of its triangles. A source of density f
  * (watts per area, say) is f times this; their sum is the area of the mesh.

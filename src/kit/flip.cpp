@@ -29,12 +29,12 @@ bool isFlatAndConvex(const Pair& p) {
   const double squared[] = {dot(upper, upper), dot(lower, lower), dot(left, left),
                             dot(right, right)};
   const double smallest = std::sqrt(*std::min_element(std::begin(squared), std::end(squared)));
-  const double size = std::sqrt(std::max({dot(p.j, p.j), dot(p.k, p.k), dot(p.l, p.l),
-                                          squaredDistance(p.k, p.l), squaredDistance(p.j, p.k),
-                                          squaredDistance(p.j, p.l)}));
+  const double size =
+      std::sqrt(std::max({dot(p.j, p.j), dot(p.k, p.k), dot(p.l, p.l), squaredDistance(p.k, p.l),
+                          squaredDistance(p.j, p.k), squaredDistance(p.j, p.l)}));
   const double volume = std::abs(dot(p.l, upper));  // six times that of the tetrahedron
-  // The height over a triangle is the volume divided by twice its area. The new triangles must not be
-  // degenerate either.
+  // The height over a triangle is the volume divided by twice its area. The new triangles must not
+  // be degenerate either.
   return volume <= kFlat * size * smallest && smallest > kFlat * size * size &&
          dot(upper, lower) > 0.0 && dot(upper, left) > 0.0 && dot(upper, right) > 0.0;
 }
@@ -152,10 +152,9 @@ class Flipping {
     const auto outer = [this](std::int32_t to, std::int32_t at) {
       return Outer{to, from(at), pairs_[toSize(at)], isFixed_[toSize(at)]};
     };
-    const std::array<Outer, 4> moves = {outer(nextSide(side), previousSide(side)),
-                                        outer(previousSide(side), nextSide(other)),
-                                        outer(nextSide(other), previousSide(other)),
-                                        outer(previousSide(other), nextSide(side))};
+    const std::array<Outer, 4> moves = {
+        outer(nextSide(side), previousSide(side)), outer(previousSide(side), nextSide(other)),
+        outer(nextSide(other), previousSide(other)), outer(previousSide(other), nextSide(side))};
     corners_[toSize(side)] = moves[2].from;
     corners_[toSize(other)] = moves[0].from;
     for (const Outer& move : moves) {
@@ -183,6 +182,17 @@ void flipFlatEdges(const double* vertices, std::int32_t n, std::vector<std::int3
   assert(isFixed.size() == triangles.size());
   assert(labels.empty() || 3 * labels.size() == triangles.size());
   Flipping(vertices, n, triangles, labels, isFixed).run();
+}
+
+MeshData flip(const MeshView& mesh, const std::int32_t* faces) {
+  MeshData flipped = copyOf(mesh);
+  std::vector<std::int32_t> labels;
+  if (faces != nullptr) {
+    labels.assign(faces, faces + mesh.triangleCount());
+  }
+  std::vector<bool> isFixed(flipped.triangles.size());
+  flipFlatEdges(mesh.vertices, mesh.n, flipped.triangles, labels, isFixed);
+  return flipped;
 }
 
 }  // namespace quorkit

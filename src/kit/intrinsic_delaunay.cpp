@@ -147,9 +147,9 @@ class Triangulation {
   /// pair keep their places and become the diagonal.
   void turn(std::int32_t side, std::int32_t other, double diagonal, double leftArea,
             double rightArea) {
-    const std::int32_t right = nextSide(side);         // from j to k
-    const std::int32_t left = previousSide(side);      // from k to i
-    const std::int32_t otherLeft = nextSide(other);    // from i to l
+    const std::int32_t right = nextSide(side);            // from j to k
+    const std::int32_t left = previousSide(side);         // from k to i
+    const std::int32_t otherLeft = nextSide(other);       // from i to l
     const std::int32_t otherRight = previousSide(other);  // from l to j
     const std::int32_t k = from(left);
     const std::int32_t l = from(otherRight);

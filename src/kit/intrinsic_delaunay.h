@@ -26,11 +26,11 @@ struct WeightedEdge {
 /// well shaped as elements on these vertices can be, whatever the shape of the mesh's triangles.
 /// Edges between two vertices may occur twice. Each adds its weight.
 ///
-/// Every flip lowers the Dirichlet energy of every function on the vertices (Rippa 1990; Bobenko and
-/// Springborn), so none comes twice and flipping ends. Rounding could break that for angles that add
-/// up to nearly pi; these are left, and a count of flips ends whatever rounding may do: what is left
-/// then is a triangulation all the same, with some negative weights.
-/// Throws std::bad_alloc.
+/// Every flip lowers the Dirichlet energy of every function on the vertices (Rippa 1990; Bobenko
+/// and Springborn), so none comes twice and flipping ends. Rounding could break that for angles
+/// that add up to nearly pi; these are left, and a count of flips ends whatever rounding may do:
+/// what is left then is a triangulation all the same, with some negative weights. Throws
+/// std::bad_alloc.
 /// @param mesh   finite, corners different and in range, no triangle degenerate
 /// @param fixed  3m: which sides are not to be flipped; see edge_pairs.h
 std::vector<WeightedEdge> intrinsicDelaunayEdges(const MeshView& mesh,

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <numeric>
 #include <vector>
 
 namespace quorkit {
@@ -32,5 +33,19 @@ struct MeshData {
   std::vector<std::int32_t> vertexMap;
   double longestEdge = 0.0;
 };
+
+/// A mesh whose triangles and vertices are their own origins. Throws std::bad_alloc.
+inline MeshData copyOf(const MeshView& mesh) {
+  MeshData copy;
+  copy.vertices.assign(mesh.vertices, mesh.vertices + 3 * mesh.vertexCount());
+  copy.triangles.assign(mesh.triangles, mesh.triangles + 3 * mesh.triangleCount());
+  copy.triangleOrigins.resize(mesh.triangleCount());
+  std::iota(copy.triangleOrigins.begin(), copy.triangleOrigins.end(), 0);
+  copy.vertexOrigins.resize(2 * mesh.vertexCount());
+  for (std::size_t k = 0; k < copy.vertexOrigins.size(); ++k) {
+    copy.vertexOrigins[k] = toIndex(k / 2);
+  }
+  return copy;
+}
 
 }  // namespace quorkit

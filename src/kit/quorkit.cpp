@@ -3,10 +3,12 @@
 
 #include "api/solver_handle.h"
 #include "kit/areas.h"
+#include "kit/boundary_values.h"
 #include "kit/check.h"
 #include "kit/clean.h"
 #include "kit/colours.h"
 #include "kit/exception_guard.h"
+#include "kit/flip.h"
 #include "kit/flow.h"
 #include "kit/gradients.h"
 #include "kit/mesh.h"
@@ -14,7 +16,9 @@
 #include "kit/progress_reporter.h"
 #include "kit/refine.h"
 #include "kit/refine_to.h"
+#include "kit/solve_within.h"
 #include "kit/triangle_origins.h"
+#include "kit/triangle_shape.h"
 #include "operator/construct_tagged.h"
 #include "solve/field_solve.h"
 #include "solve/fields_solve.h"
@@ -57,6 +61,33 @@ struct OwnedMesh : QuorkitMesh {
   quorkit::MeshData data;
 };
 
+/// A solution as it is handed out, with what it points to.
+struct OwnedSolution : QuorkitSolution {
+  explicit OwnedSolution(quorkit::Solution&& solution)
+      : QuorkitSolution(), data(std::move(solution)) {
+    outcome = static_cast<std::int32_t>(data.refusal);
+    vertex = data.refusedVertex;
+    vertexCount = toIndex(data.field.size());
+    triangleCount = toIndex(data.mesh.triangles.size() / 3);
+    vertices = data.mesh.vertices.data();
+    triangles = data.mesh.triangles.data();
+    triangleOrigins = data.mesh.triangleOrigins.data();
+    vertexOrigins = data.mesh.vertexOrigins.data();
+    field = data.field.data();
+    error = data.error;
+    tolerance = data.tolerance;
+    isReached = data.isReached ? 1 : 0;
+    rounds = data.rounds;
+    jumpCount = toIndex(data.jumps.size());
+    jumps = data.jumps.data();
+    jumpRadius = data.jumpRadius;
+  }
+  quorkit::Solution data;
+};
+static_assert(static_cast<int>(quorkit::Refusal::kIsolatedVertex) == QUORKIT_ISOLATED_VERTEX &&
+              static_cast<int>(quorkit::Refusal::kUnprescribed) == QUORKIT_UNPRESCRIBED &&
+              static_cast<int>(quorkit::Refusal::kNotSolvable) == QUORKIT_NOT_SOLVABLE);
+
 bool areArrays(const MeshView& mesh) {
   return mesh.n >= 0 && mesh.m >= 0 && (mesh.vertices != nullptr || mesh.n == 0) &&
          (mesh.triangles != nullptr || mesh.m == 0);
@@ -87,6 +118,19 @@ bool areCornersDifferent(const MeshView& mesh) {
   for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
     const std::int32_t* const c = mesh.triangles + 3 * t;
     if (c[0] == c[1] || c[1] == c[2] || c[2] == c[0]) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool hasNoDegenerateTriangle(const MeshView& mesh) {
+  for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
+    const std::int32_t* const c = mesh.triangles + 3 * t;
+    if (quorkit::shapeOf({quorkit::pointAt(mesh.vertices, c[0]),
+                          quorkit::pointAt(mesh.vertices, c[1]),
+                          quorkit::pointAt(mesh.vertices, c[2])})
+            .isFlat()) {
       return false;
     }
   }
@@ -337,6 +381,76 @@ QuorkitStatus quorkitSolveMany(const QuorkitSolver* solver, int32_t columnCount,
     quor::solveFields(*solver->handle, toSize(columnCount), prescribedValues, sourceValues,
                       fieldsOut);
   });
+}
+
+/// Finite, or NaN where that means none.
+bool areValues(const double* values, std::size_t count, bool mayBeMissing) {
+  return values == nullptr || std::all_of(values, values + count, [=](double value) {
+           return std::isfinite(value) || (mayBeMissing && std::isnan(value));
+         });
+}
+
+bool isProblem(const QuorkitProblem& problem, const quorkit::Problem& checked) {
+  const MeshView& mesh = checked.mesh;
+  if (mesh.n < 1 || mesh.m < 1 || !canBeRefined(mesh) || !hasNoDegenerateTriangle(mesh) ||
+      !(problem.tolerance > 0.0) || !std::isfinite(problem.tolerance) ||
+      problem.triangleLimit < 0 || problem.edgeCount < 0 ||
+      (problem.edgeCount > 0 && (problem.edges == nullptr || problem.edgeValues == nullptr))) {
+    return false;
+  }
+  return areValues(problem.triangleValues, mesh.triangleCount(), true) &&
+         areValues(problem.vertexValues, mesh.vertexCount(), true) &&
+         areValues(problem.sources, mesh.triangleCount(), false) &&
+         (problem.edgeCount == 0 ||
+          areValues(problem.edgeValues, toSize(problem.edgeCount), false)) &&
+         quorkit::areEdges(checked);
+}
+
+QuorkitStatus quorkitSolveWithin(const QuorkitProblem* problem, QuorkitProgress progress,
+                                 void* context, const QuorkitSolution** solutionOut) {
+  if (solutionOut == nullptr) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  *solutionOut = nullptr;
+  if (problem == nullptr) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  constexpr std::int32_t kUsualLimit = 4000000;
+  quorkit::Problem checked;
+  checked.mesh = {problem->n, problem->vertices, problem->m, problem->triangles};
+  checked.triangleValues = problem->triangleValues;
+  checked.edgeCount = problem->edgeCount;
+  checked.edges = problem->edges;
+  checked.edgeValues = problem->edgeValues;
+  checked.vertexValues = problem->vertexValues;
+  checked.sources = problem->sources;
+  checked.faces = problem->faces;
+  checked.tolerance = problem->tolerance;
+  checked.isShareOfSpan = problem->isShareOfSpan != 0;
+  checked.triangleLimit = std::min(
+      problem->triangleLimit == 0 ? kUsualLimit : problem->triangleLimit, quorkit::kMostTriangles);
+  return guarded([&]() -> QuorkitStatus {
+    if (!isProblem(*problem, checked)) {
+      return QUORKIT_BAD_ARGUMENT;
+    }
+    quorkit::ProgressReporter reporter(progress, context);
+    reporter.begin();
+    auto solution =
+        std::make_unique<OwnedSolution>(quorkit::solveWithin(checked, reporter.whole()));
+    reporter.end();
+    *solutionOut = solution.release();
+    return QUORKIT_DONE;
+  });
+}
+
+void quorkitFreeSolution(const QuorkitSolution* solution) {
+  delete static_cast<const OwnedSolution*>(solution);
+}
+
+QuorkitStatus quorkitFlip(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
+                          const int32_t* faces, const QuorkitMesh** meshOut) {
+  const MeshView mesh = {n, vertices, m, triangles};
+  return makeMesh(meshOut, canBeRefined(mesh), [&] { return quorkit::flip(mesh, faces); });
 }
 
 void quorkitFreeSolver(QuorkitSolver* solver) {

@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -44,15 +43,7 @@ Extent extentOf(const MeshView& mesh) {
 }
 
 MeshData copyOf(const MeshView& mesh, double longestEdge) {
-  MeshData copy;
-  copy.vertices.assign(mesh.vertices, mesh.vertices + 3 * mesh.vertexCount());
-  copy.triangles.assign(mesh.triangles, mesh.triangles + 3 * mesh.triangleCount());
-  copy.triangleOrigins.resize(mesh.triangleCount());
-  std::iota(copy.triangleOrigins.begin(), copy.triangleOrigins.end(), 0);
-  copy.vertexOrigins.resize(2 * mesh.vertexCount());
-  for (std::size_t k = 0; k < copy.vertexOrigins.size(); ++k) {
-    copy.vertexOrigins[k] = toIndex(k / 2);
-  }
+  MeshData copy = copyOf(mesh);
   copy.longestEdge = longestEdge;
   return copy;
 }

@@ -13,8 +13,8 @@ namespace {
 constexpr double kPi = 3.14159265358979323846;
 
 /// The angle of a direction above the x axis, x + iy with y >= 0, by nothing but exactly rounded
-/// operations, so that it is the same everywhere. Good to 1e-9: the angle is halved until the series
-/// is short.
+/// operations, so that it is the same everywhere. Good to 1e-9: the angle is halved until the
+/// series is short.
 double angleOf(double x, double y) {
   const double length = std::sqrt(x * x + y * y);
   if (!(length > 0.0)) {
@@ -46,9 +46,9 @@ enum class Bound { kNone, kPrescribed, kBorder };
 /// Goes around vertices, sector by sector.
 class Sectors {
  public:
-  Sectors(const MeshView& mesh, const Prescription& prescription)
+  Sectors(const MeshView& mesh, const BoundaryValues& values)
       : mesh_(mesh),
-        prescription_(prescription),
+        values_(values),
         pairs_(pairSides(mesh)),
         isSeen_(3 * mesh.triangleCount()),
         exponent_(mesh.vertexCount(), 2.0) {
@@ -64,7 +64,7 @@ class Sectors {
  private:
   /// What bounds a sector at a side.
   Bound boundAt(std::int32_t side) const {
-    if (prescription_.isPrescribed(mesh_.triangles[side], mesh_.triangles[nextSide(side)])) {
+    if (values_.isPrescribed(mesh_.triangles[side], mesh_.triangles[nextSide(side)])) {
       return Bound::kPrescribed;
     }
     return pairs_[toSize(side)] == kNoSide ? Bound::kBorder : Bound::kNone;
@@ -104,7 +104,7 @@ class Sectors {
   }
 
   const MeshView& mesh_;
-  const Prescription& prescription_;
+  const BoundaryValues& values_;
   std::vector<std::int32_t> pairs_;
   std::vector<bool> isSeen_;  ///< corners, by the side that leads from them
   std::vector<double> exponent_;
@@ -112,9 +112,8 @@ class Sectors {
 
 }  // namespace
 
-std::vector<SingularVertex> singularVertices(const MeshView& mesh,
-                                             const Prescription& prescription) {
-  const Sectors sectors(mesh, prescription);
+std::vector<SingularVertex> singularVertices(const MeshView& mesh, const BoundaryValues& values) {
+  const Sectors sectors(mesh, values);
   std::vector<SingularVertex> found;
   for (std::int32_t v = 0; v < mesh.n; ++v) {
     if (sectors.exponent(toSize(v)) < kRegular) {

@@ -1,8 +1,8 @@
 // Where a field bends without limit, and how sharply.
 #pragma once
 
+#include "kit/boundary_values.h"
 #include "kit/mesh.h"
-#include "kit/prescription.h"
 
 #include <cstdint>
 #include <vector>
@@ -23,14 +23,12 @@ struct SingularVertex {
 ///   2 pi / w  in a whole cone without an edge of either kind,
 ///   pi / w    between two prescribed edges, or between two of the border,
 ///   pi / 2w   between a prescribed edge and one of the border.
-/// (P. Grisvard, Elliptic Problems in Nonsmooth Domains, 1985.) The sharpest sector counts. All other
-/// points, midpoints of refinement among them, are regular.
-/// Throws std::bad_alloc.
-/// @param mesh          of the input: finite, corners different and in range, none degenerate
-/// @param prescription  of the input, not followed yet
+/// (P. Grisvard, Elliptic Problems in Nonsmooth Domains, 1985.) The sharpest sector counts. All
+/// other points, midpoints of refinement among them, are regular. Throws std::bad_alloc.
+/// @param mesh    of the input: finite, corners different and in range, none degenerate
+/// @param values  of the input, not followed yet
 /// @return ascending, those with an exponent below kRegular
-std::vector<SingularVertex> singularVertices(const MeshView& mesh,
-                                             const Prescription& prescription);
+std::vector<SingularVertex> singularVertices(const MeshView& mesh, const BoundaryValues& values);
 
 constexpr double kRegular = 0.97;  ///< curved surfaces have vertices a little below 1 everywhere
 

@@ -1,9 +1,9 @@
 #include "kit/solve_within.h"
 
+#include "kit/boundary_values.h"
 #include "kit/edge_pairs.h"
 #include "kit/flip.h"
 #include "kit/nested_fields.h"
-#include "kit/prescription.h"
 #include "kit/refine.h"
 #include "kit/singular_vertices.h"
 
@@ -26,6 +26,10 @@ constexpr double kLongest = 1e300;  // no edge is split for its length alone
 /// The error that is told, as a part of the largest difference between the two fields. Where the
 /// field is smooth the fine one's true error is a third of it; twice that is told.
 constexpr double kTold = 2.0 / 3.0;
+
+/// At a singular vertex of exponent a halving the elements leaves 2^-a of the error, so that the
+/// fine one's is 1 / (2^a - 1) of the difference. This times as much is told.
+constexpr double kSafetyAtSingular = 1.25;
 
 double diagonalOf(const MeshView& mesh) {
   Vec3 low = pointAt(mesh.vertices, mesh.triangles[0]);
@@ -71,6 +75,21 @@ double inverted(double ratio, double exponent) {
   return power;
 }
 
+/// 2^exponent for exponents in 0 .. 1, by square roots.
+double powerOfTwo(double exponent) {
+  double power = 1.0;
+  double root = 2.0;
+  for (int bit = 0; bit < 24; ++bit) {
+    root = std::sqrt(root);
+    exponent *= 2.0;
+    if (exponent >= 1.0) {
+      power *= root;
+      exponent -= 1.0;
+    }
+  }
+  return power;
+}
+
 /// Of a triangle: its longest side, and the cotangents of its angles.
 struct Shape {
   double longest = 0.0;
@@ -93,17 +112,7 @@ Shape shapeAt(const MeshView& mesh, std::size_t t) {
 class Refinement {
  public:
   explicit Refinement(const Problem& problem)
-      : problem_(problem), level_{{}, Prescription(problem)} {
-    const MeshView& mesh = problem.mesh;
-    MeshData& data = level_.mesh;
-    data.vertices.assign(mesh.vertices, mesh.vertices + 3 * mesh.vertexCount());
-    data.triangles.assign(mesh.triangles, mesh.triangles + 3 * mesh.triangleCount());
-    data.triangleOrigins.resize(mesh.triangleCount());
-    std::iota(data.triangleOrigins.begin(), data.triangleOrigins.end(), 0);
-    for (std::int32_t v = 0; v < mesh.n; ++v) {
-      data.vertexOrigins.insert(data.vertexOrigins.end(), {v, v});
-    }
-  }
+      : problem_(problem), level_{copyOf(problem.mesh), BoundaryValues(problem)} {}
 
   Solution run(const quor::Progress& progress) {
     if (isRefused()) {
@@ -114,11 +123,10 @@ class Refinement {
     double share = 0.0;
     for (int round = 0; round < kMostRounds; ++round) {
       const double next = share + 0.4 * (1.0 - share);
-      std::optional<NestedFields> nested =
-          solveNested(problem_, level_, singular_, problem_.triangleLimit, exempt_,
-                      progress.part(share, next));
+      const NestedFields nested =
+          solveNested(problem_, level_, exempt_, progress.part(share, next));
       share = next;
-      if (!nested || !take(*nested) || solution_.isReached || !refineWhereNeeded(*nested)) {
+      if (!take(nested) || solution_.isReached || !refineWhereNeeded(nested)) {
         break;
       }
     }
@@ -127,11 +135,11 @@ class Refinement {
 
  private:
   bool isRefused() {
-    const Prescription& prescription = level_.prescription;
-    solution_.refusedVertex = prescription.isolatedVertex();
+    const BoundaryValues& values = level_.values;
+    solution_.refusedVertex = values.isolatedVertex();
     solution_.refusal = Refusal::kIsolatedVertex;
     if (solution_.refusedVertex < 0) {
-      solution_.refusedVertex = unprescribedVertex(problem_.mesh, prescription.values());
+      solution_.refusedVertex = unprescribedVertex(problem_.mesh, values.perVertex());
       solution_.refusal = Refusal::kUnprescribed;
     }
     if (solution_.refusedVertex < 0) {
@@ -142,15 +150,20 @@ class Refinement {
 
   void prepare() {
     diagonal_ = diagonalOf(problem_.mesh);
-    singular_ = singularVertices(problem_.mesh, level_.prescription);
-    solution_.jumps = level_.prescription.jumps();
+    singular_ = singularVertices(problem_.mesh, level_.values);
+    toldAt_.assign(problem_.mesh.vertexCount(), kTold);
+    for (const SingularVertex& s : singular_) {
+      toldAt_[toSize(s.vertex)] =
+          std::max(kTold, kSafetyAtSingular / (powerOfTwo(s.exponent) - 1.0));
+    }
+    solution_.jumps = level_.values.jumps();
     solution_.jumpRadius = solution_.jumps.empty() ? 0.0 : 0.01 * diagonal_;
     for (const std::int32_t v : solution_.jumps) {
       exempt_.centers.push_back(pointAt(problem_.mesh.vertices, v));
     }
     exempt_.radius = solution_.jumpRadius;
     flip();
-    constexpr double kFirst = 1.0 / 16.0;
+    constexpr double kFirst = 1.0 / 12.0;
     refineTo({kFirst * diagonal_});
   }
 
@@ -163,9 +176,8 @@ class Refinement {
     }
     std::vector<bool> isFixed(3 * m);
     for (std::size_t side = 0; side < 3 * m; ++side) {
-      isFixed[side] = level_.prescription.isPrescribed(
-          level_.mesh.triangles[side],
-          level_.mesh.triangles[toSize(nextSide(toIndex(side)))]);
+      isFixed[side] = level_.values.isPrescribed(
+          level_.mesh.triangles[side], level_.mesh.triangles[toSize(nextSide(toIndex(side)))]);
     }
     flipFlatEdges(level_.mesh.vertices.data(), level_.view().n, level_.mesh.triangles, labels,
                   isFixed);
@@ -211,7 +223,7 @@ class Refinement {
     }
     std::copy(level_.mesh.vertexOrigins.begin(), level_.mesh.vertexOrigins.end(),
               refined->vertexOrigins.begin());
-    level_.prescription.follow(*refined, refined->triangleOrigins);
+    level_.values.follow(*refined, refined->triangleOrigins);
     level_.mesh = std::move(*refined);
     flip();
     return true;
@@ -219,24 +231,40 @@ class Refinement {
 
   /// Makes a field the solution.
   /// @return whether it is one
-  bool take(NestedFields& nested) {
+  bool take(const NestedFields& nested) {
     const auto [low, high] = std::minmax_element(nested.field.begin(), nested.field.end());
     if (!nested.isRegular || !std::isfinite(*low) || !std::isfinite(*high)) {
       solution_.refusal = Refusal::kNotSolvable;
       return false;
     }
-    double largest = 0.0;
-    for (const double difference : nested.difference) {
-      largest = std::max(largest, std::abs(difference));
-    }
     solution_.tolerance =
         problem_.isShareOfSpan ? problem_.tolerance * (*high - *low) : problem_.tolerance;
-    solution_.error = kTold * largest;
+    solution_.error = errorOf(nested);
     solution_.isReached = solution_.error <= solution_.tolerance;
     ++solution_.rounds;
     solution_.field = nested.field;
     solution_.mesh = nested.fine.mesh;
     return true;
+  }
+
+  /// The largest difference, at each place times what the error is told to be of it.
+  double errorOf(const NestedFields& nested) const {
+    double error = 0.0;
+    for (std::size_t k = 0; k < nested.fine.mesh.triangles.size(); ++k) {
+      const std::size_t v = toSize(nested.fine.mesh.triangles[k]);
+      error = std::max(error, toldPart(k / 12) * std::abs(nested.difference[v]));
+    }
+    return error;
+  }
+
+  /// What the error in a coarse triangle is told to be, as a part of the difference there.
+  double toldPart(std::size_t t) const {
+    double part = kTold;
+    for (std::size_t k = 3 * t; k < 3 * t + 3; ++k) {
+      const std::size_t v = toSize(level_.mesh.triangles[k]);
+      part = v < toldAt_.size() ? std::max(part, toldAt_[v]) : part;
+    }
+    return part;
   }
 
   /// @return whether there was anything to refine, and room
@@ -269,8 +297,7 @@ class Refinement {
   /// Whether a triangle is so small, and so near a jump, that refining it is for nothing.
   bool isExempt(const Shape& shape, std::size_t t) const {
     return !exempt_.centers.empty() && shape.longest < 0.125 * exempt_.radius &&
-           exempt_.contains(
-               pointAt(level_.mesh.vertices.data(), level_.mesh.triangles[3 * t]));
+           exempt_.contains(pointAt(level_.mesh.vertices.data(), level_.mesh.triangles[3 * t]));
   }
 
   /// Where the fine field leaves the plane through its values at a triangle's corners.
@@ -287,7 +314,7 @@ class Refinement {
     }
     std::vector<double> most(level_.view().triangleCount(), 0.0);
     for (std::size_t k = 0; k < nested.fine.mesh.triangles.size(); ++k) {
-      double& at = most[toSize(nested.coarseTriangles[k / 3])];
+      double& at = most[k / 12];
       at = std::max(at, std::abs(surplus_[toSize(nested.fine.mesh.triangles[k])]));
     }
     std::vector<double> exponents(n, 2.0);
@@ -295,14 +322,15 @@ class Refinement {
       exponents[toSize(s.vertex)] = s.exponent;
     }
     for (std::size_t t = 0; t < most.size(); ++t) {
-      if (!(most[t] > allowed)) {
+      const double here = allowed * kTold / toldPart(t);
+      if (!(most[t] > here)) {
         continue;
       }
       const Shape shape = shapeAt(level_.view(), t);
       if (isExempt(shape, t)) {
         continue;
       }
-      const double ratio = allowed / most[t];
+      const double ratio = here / most[t];
       shorten(t, 0.999 * shape.longest * std::clamp(std::sqrt(ratio), 0.25, 0.7), sizes);
       for (std::size_t k = 3 * t; k < 3 * t + 3; ++k) {
         const std::size_t v = toSize(level_.mesh.triangles[k]);
@@ -314,8 +342,8 @@ class Refinement {
     }
   }
 
-  /// Where the difference at the worst vertex comes from: the product of the surplus of the field and
-  /// that of the response to a source there, in the energy of each triangle.
+  /// Where the difference at the worst vertex comes from: the product of the surplus of the field
+  /// and that of the response to a source there, in the energy of each triangle.
   void sizeByResponse(const NestedFields& nested, double target, std::vector<double>& sizes) {
     const double worst = std::abs(nested.difference[toSize(nested.worstVertex)]);
     const double wanted = 0.5 * target;
@@ -348,7 +376,8 @@ class Refinement {
     std::sort(order.begin(), order.end(), [&](std::int32_t a, std::int32_t b) {
       return shares[toSize(a)] != shares[toSize(b)] ? shares[toSize(a)] > shares[toSize(b)] : a < b;
     });
-    // Halving a triangle leaves a quarter of its share; the sum may be larger than what it explains.
+    // Halving a triangle leaves a quarter of its share; the sum may be larger than what it
+    // explains.
     const double enough = std::max(0.3, wanted / worst) * sum;
     double left = sum;
     for (std::size_t k = 0; k < m && left > enough; ++k) {
@@ -371,14 +400,14 @@ class Refinement {
       if (p == q || q >= n) {
         continue;  // no midpoint of a coarse edge
       }
-      const std::size_t t = toSize(nested.coarseTriangles[k / 3]);
+      const std::size_t t = k / 12;
       for (std::size_t e = 0; e < 3; ++e) {
         const std::int32_t a = level_.mesh.triangles[3 * t + e];
         const std::int32_t b = level_.mesh.triangles[3 * t + (e + 1) % 3];
         if (std::min(a, b) == p && std::max(a, b) == q) {
           mids[3 * t + e] = surplus_[v];
-          responses[3 * t + e] = nested.green[v] - 0.5 * nested.green[toSize(p)] -
-                                 0.5 * nested.green[toSize(q)];
+          responses[3 * t + e] =
+              nested.green[v] - 0.5 * nested.green[toSize(p)] - 0.5 * nested.green[toSize(q)];
         }
       }
     }
@@ -388,6 +417,7 @@ class Refinement {
   Level level_;
   Solution solution_;
   std::vector<SingularVertex> singular_;
+  std::vector<double> toldAt_;  ///< per input vertex, see toldPart
   std::vector<std::int32_t> labels_;
   std::vector<double> surplus_;
   Exemption exempt_;

@@ -17,9 +17,9 @@ namespace quorkit {
 /// Why a problem has no answer.
 enum class Refusal {
   kNone,
-  kIsolatedVertex,   ///< a vertex has a value and no prescribed edge
-  kUnprescribed,     ///< a component has no prescribed edge
-  kNotSolvable,      ///< the factorization failed, or the field is not finite
+  kIsolatedVertex,  ///< a vertex has a value and no prescribed edge
+  kUnprescribed,    ///< a component has no prescribed edge
+  kNotSolvable,     ///< the factorization failed, or the field is not finite
 };
 
 /// A field with what is known of it.

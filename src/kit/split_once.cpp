@@ -25,8 +25,7 @@ MeshData splitOnce(const MeshView& mesh) {
       const std::int32_t next = mesh.triangles[3 * t + (k + 1) % 3];
       const EdgeMidpoints::Found found = midpoints.find(corners[k], next);
       if (found.isNew) {
-        const Vec3 p =
-            midpoint(pointAt(mesh.vertices, corners[k]), pointAt(mesh.vertices, next));
+        const Vec3 p = midpoint(pointAt(mesh.vertices, corners[k]), pointAt(mesh.vertices, next));
         split.vertices.insert(split.vertices.end(), {p.x, p.y, p.z});
       }
       corners[3 + k] = found.vertex;

@@ -11,12 +11,12 @@
 namespace quorkit {
 
 /// The prescribed edges of a mesh, with a value at each end, and the prescribed triangles. They are
-/// bound to the input: a midpoint is prescribed if its edge is, or if it lies in a triangle that is,
-/// and never because both ends of its edge are.
-class Prescription {
+/// bound to the input: a midpoint is prescribed if its edge is, or if it lies in a triangle that
+/// is, and never because both ends of its edge are.
+class BoundaryValues {
  public:
   /// Throws std::bad_alloc.
-  explicit Prescription(const Problem& problem);
+  explicit BoundaryValues(const Problem& problem);
 
   /// Follows a refinement of the mesh. Throws std::bad_alloc.
   /// @param refined  of the mesh that this belongs to, with vertexOrigins
@@ -25,7 +25,7 @@ class Prescription {
 
   /// Per vertex its value, NaN where it is free. Where regions of different values meet it is the
   /// middle of the lowest and the highest.
-  const std::vector<double>& values() const { return values_; }
+  const std::vector<double>& perVertex() const { return values_; }
 
   /// Whether an edge of the mesh is prescribed along its whole length.
   bool isPrescribed(std::int32_t u, std::int32_t v) const {
@@ -55,5 +55,9 @@ class Prescription {
   std::vector<std::int32_t> jumps_;
   std::int32_t isolatedVertex_ = -1;
 };
+
+/// Whether the prescribed edges have ends in range and are edges of the mesh. Throws
+/// std::bad_alloc.
+bool areEdges(const Problem& problem);
 
 }  // namespace quorkit

@@ -1,10 +1,11 @@
-#include "kit/prescription.h"
+#include "kit/boundary_values.h"
 
 #include <algorithm>
 #include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <utility>
 
 namespace quorkit {
 namespace {
@@ -13,12 +14,12 @@ constexpr double kFree = std::numeric_limits<double>::quiet_NaN();
 
 }  // namespace
 
-std::uint64_t Prescription::keyOf(std::int32_t u, std::int32_t v) {
+std::uint64_t BoundaryValues::keyOf(std::int32_t u, std::int32_t v) {
   const auto [low, high] = std::minmax(u, v);
   return static_cast<std::uint64_t>(low) << 32U | static_cast<std::uint64_t>(high);
 }
 
-Prescription::Prescription(const Problem& problem)
+BoundaryValues::BoundaryValues(const Problem& problem)
     : triangleValues_(problem.triangleValues), values_(problem.mesh.vertexCount(), kFree) {
   const MeshView& mesh = problem.mesh;
   if (problem.vertexValues != nullptr) {
@@ -37,12 +38,12 @@ Prescription::Prescription(const Problem& problem)
   setVertexValues(problem);
 }
 
-void Prescription::addEdge(std::int32_t u, std::int32_t v, double atU, double atV) {
+void BoundaryValues::addEdge(std::int32_t u, std::int32_t v, double atU, double atV) {
   const EdgeValues values = u < v ? EdgeValues{atU, atV} : EdgeValues{atV, atU};
   edges_.insert({keyOf(u, v), values});  // between two regions the first one's values stay
 }
 
-void Prescription::addVertexValues(const Problem& problem) {
+void BoundaryValues::addVertexValues(const Problem& problem) {
   const MeshView& mesh = problem.mesh;
   for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
     for (std::size_t e = 0; e < 3; ++e) {
@@ -57,7 +58,7 @@ void Prescription::addVertexValues(const Problem& problem) {
   }
 }
 
-void Prescription::setVertexValues(const Problem& problem) {
+void BoundaryValues::setVertexValues(const Problem& problem) {
   std::vector<double> lowest(values_.size(), std::numeric_limits<double>::infinity());
   std::vector<double> highest(values_.size(), -std::numeric_limits<double>::infinity());
   const auto take = [&](std::size_t vertex, double value) {
@@ -87,7 +88,7 @@ void Prescription::setVertexValues(const Problem& problem) {
   }
 }
 
-void Prescription::follow(const MeshData& refined, const std::vector<std::int32_t>& origins) {
+void BoundaryValues::follow(const MeshData& refined, const std::vector<std::int32_t>& origins) {
   const std::size_t before = values_.size();
   const std::size_t n = refined.vertexOrigins.size() / 2;
   values_.resize(n, kFree);
@@ -112,6 +113,28 @@ void Prescription::follow(const MeshData& refined, const std::vector<std::int32_
       atCorner = std::isnan(atCorner) ? value : atCorner;
     }
   }
+}
+
+bool areEdges(const Problem& problem) {
+  if (problem.edgeCount == 0) {
+    return true;
+  }
+  using Edge = std::pair<std::int32_t, std::int32_t>;
+  const MeshView& mesh = problem.mesh;
+  std::vector<Edge> edges;
+  edges.reserve(3 * mesh.triangleCount());
+  for (std::size_t k = 0; k < 3 * mesh.triangleCount(); ++k) {
+    const std::int32_t next = mesh.triangles[k / 3 * 3 + (k + 1) % 3];
+    edges.push_back(std::minmax(mesh.triangles[k], next));
+  }
+  std::sort(edges.begin(), edges.end());
+  for (std::size_t e = 0; e < toSize(problem.edgeCount); ++e) {
+    const Edge edge = std::minmax(problem.edges[2 * e], problem.edges[2 * e + 1]);
+    if (!std::binary_search(edges.begin(), edges.end(), edge)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace quorkit
