@@ -4,7 +4,7 @@
 // tessellation. Its field on the raw mesh and on the refined one is compared with that of a mesh
 // with ten times shorter edges, at all vertices of that: there it is interpolated.
 
-#include "../tools/heatmap/singular_points.h"
+#include "solve/singular_points.h"
 
 #include <quorkit.hpp>
 

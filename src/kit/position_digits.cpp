@@ -20,8 +20,9 @@ double largest(quor::Vec3 p) {
 }  // namespace
 
 int positionDigits(const MeshView& mesh) {
-  // Text of d digits rounds a number x to a multiple of at most |x| * 10^(1-d). Two numbers that are
-  // no nearer than that stay different. Twice that leaves room for the rounding of the quotient.
+  // Text of d digits rounds a number x to a multiple of at most |x| * 10^(1-d). Two numbers that
+  // are no nearer than that stay different. Twice that leaves room for the rounding of the
+  // quotient.
   double least = std::numeric_limits<double>::infinity();
   for (std::size_t k = 0; k < 3 * mesh.triangleCount(); ++k) {
     const std::size_t next = k % 3 == 2 ? k - 2 : k + 1;

@@ -1,7 +1,7 @@
 // The command line.
 #pragma once
 
-#include "rule.h"
+#include "regions/rule.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 // The values that a command line prescribes.
 #pragma once
 
-#include "rule.h"
+#include "regions/rule.h"
 
 #include <optional>
 #include <vector>

@@ -1,7 +1,7 @@
 // Numbers and places as messages show them.
 #pragma once
 
-#include "surface.h"
+#include "part/surface.h"
 
 #include <string>
 

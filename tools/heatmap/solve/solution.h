@@ -1,0 +1,31 @@
+// The field between the regions of a part.
+#pragma once
+
+#include "part/surface.h"
+#include "regions/region.h"
+#include "stages.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace heatmap {
+
+// A mesh with one value per vertex.
+struct Solution {
+  Surface mesh;
+  std::vector<double> field;
+  // By how much the field may differ from the exact one of the same surface; nothing if that was
+  // not estimated.
+  std::optional<double> error;
+  std::string errorExcept;  // where that does not hold, in words; empty if it holds everywhere
+};
+
+// Splits edges down to a length, shorter near the corners at which a field bends most, and solves.
+// Shows each step. Throws Interrupted on Ctrl-C, and std::runtime_error if that would make too many
+// triangles or the mesh is too bad to solve on.
+//
+//   length  nothing to solve on the triangles as they are
+Solution solveOnEdges(const Regions& regions, std::optional<double> length, Stages& stages);
+
+}  // namespace heatmap
