@@ -24,12 +24,12 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kLongest = 1e300;  // no edge is split for its length alone
 
 /// The error that is told, as a part of the largest difference between the two fields. Where the
-/// field is smooth the fine one's true error is a third of it; twice that is told.
-constexpr double kTold = 2.0 / 3.0;
+/// field is smooth the fine one's true error is a third of it; more than twice that is told.
+constexpr double kTold = 0.75;
 
 /// At a singular vertex of exponent a halving the elements leaves 2^-a of the error, so that the
 /// fine one's is 1 / (2^a - 1) of the difference. This times as much is told.
-constexpr double kSafetyAtSingular = 1.25;
+constexpr double kSafetyAtSingular = 1.4;
 
 double diagonalOf(const MeshView& mesh) {
   Vec3 low = pointAt(mesh.vertices, mesh.triangles[0]);
@@ -109,6 +109,36 @@ Shape shapeAt(const MeshView& mesh, std::size_t t) {
   return shape;
 }
 
+/// Makes sizes that do not jump from place to place, however thin the triangles between are: at
+/// most kGrowth of the distance larger than another. A long needle that begins where the mesh has
+/// to be fine would miss, between its ends and its middle, how the field bends there.
+void spreadSizes(const MeshView& mesh, std::vector<double>& sizes) {
+  constexpr double kGrowth = 1.0;
+  constexpr int kSweeps = 3;  // there and back: far enough for what is near
+  std::vector<double> sides(3 * mesh.triangleCount());
+  const auto end = [&mesh](std::size_t side) {
+    return mesh.triangles[side / 3 * 3 + (side + 1) % 3];
+  };
+  for (std::size_t side = 0; side < sides.size(); ++side) {
+    sides[side] =
+        distance(pointAt(mesh.vertices, mesh.triangles[side]), pointAt(mesh.vertices, end(side)));
+  }
+  const auto spread = [&](std::size_t side) {
+    double& u = sizes[toSize(mesh.triangles[side])];
+    double& v = sizes[toSize(end(side))];
+    u = std::min(u, v + kGrowth * sides[side]);
+    v = std::min(v, u + kGrowth * sides[side]);
+  };
+  for (int sweep = 0; sweep < kSweeps; ++sweep) {
+    for (std::size_t side = 0; side < sides.size(); ++side) {
+      spread(side);
+    }
+    for (std::size_t side = sides.size(); side-- > 0;) {
+      spread(side);
+    }
+  }
+}
+
 class Refinement {
  public:
   explicit Refinement(const Problem& problem)
@@ -126,7 +156,7 @@ class Refinement {
       const NestedFields nested =
           solveNested(problem_, level_, exempt_, progress.part(share, next));
       share = next;
-      if (!take(nested) || solution_.isReached || !refineWhereNeeded(nested)) {
+      if (!take(nested) || isGoodEnough() || !refineWhereNeeded(nested)) {
         break;
       }
     }
@@ -151,10 +181,10 @@ class Refinement {
   void prepare() {
     diagonal_ = diagonalOf(problem_.mesh);
     singular_ = singularVertices(problem_.mesh, level_.values);
-    toldAt_.assign(problem_.mesh.vertexCount(), kTold);
+    localAt_.assign(problem_.mesh.vertexCount(), 0.0);
     for (const SingularVertex& s : singular_) {
-      toldAt_[toSize(s.vertex)] =
-          std::max(kTold, kSafetyAtSingular / (powerOfTwo(s.exponent) - 1.0));
+      localAt_[toSize(s.vertex)] =
+          std::max(0.0, kSafetyAtSingular / (powerOfTwo(s.exponent) - 1.0) - kTold);
     }
     solution_.jumps = level_.values.jumps();
     solution_.jumpRadius = solution_.jumps.empty() ? 0.0 : 0.01 * diagonal_;
@@ -162,6 +192,7 @@ class Refinement {
       exempt_.centers.push_back(pointAt(problem_.mesh.vertices, v));
     }
     exempt_.radius = solution_.jumpRadius;
+    sizes_.assign(problem_.mesh.vertexCount(), kInfinity);
     flip();
     constexpr double kFirst = 1.0 / 12.0;
     refineTo({kFirst * diagonal_});
@@ -224,9 +255,30 @@ class Refinement {
     std::copy(level_.mesh.vertexOrigins.begin(), level_.mesh.vertexOrigins.end(),
               refined->vertexOrigins.begin());
     level_.values.follow(*refined, refined->triangleOrigins);
+    sizeNewVertices(*refined);
     level_.mesh = std::move(*refined);
     flip();
     return true;
+  }
+
+  /// The size at a midpoint, as refining has it.
+  void sizeNewVertices(const MeshData& refined) {
+    std::size_t v = sizes_.size();
+    sizes_.resize(refined.vertexOrigins.size() / 2, kInfinity);
+    for (; v < sizes_.size(); ++v) {
+      const std::int32_t p = refined.vertexOrigins[2 * v];
+      const std::int32_t q = refined.vertexOrigins[2 * v + 1];
+      const double edge =
+          distance(pointAt(refined.vertices.data(), p), pointAt(refined.vertices.data(), q));
+      sizes_[v] = std::min(sizes_[toSize(p)], sizes_[toSize(q)]) + 0.25 * edge;
+    }
+  }
+
+  /// The first mesh knows nothing of the field: it has to be good by a margin.
+  bool isGoodEnough() const {
+    return solution_.isReached &&
+           (solution_.rounds > 1 || solution_.error <= 0.5 * solution_.tolerance ||
+            solution_.error == 0.0);
   }
 
   /// Makes a field the solution.
@@ -239,30 +291,50 @@ class Refinement {
     }
     solution_.tolerance =
         problem_.isShareOfSpan ? problem_.tolerance * (*high - *low) : problem_.tolerance;
+    setSurplus(nested);
     solution_.error = errorOf(nested);
-    solution_.isReached = solution_.error <= solution_.tolerance;
+    // A constant field has no span to share, and no error but rounding.
+    constexpr double kRounding = 1e-12;
+    const double rounding = kRounding * std::max(std::abs(*low), std::abs(*high));
     ++solution_.rounds;
+    solution_.isReached = solution_.error <= std::max(solution_.tolerance, rounding);
     solution_.field = nested.field;
     solution_.mesh = nested.fine.mesh;
     return true;
   }
 
-  /// The largest difference, at each place times what the error is told to be of it.
+  /// How far the field is from the plane through its values at the corners of each coarse triangle.
+  void setSurplus(const NestedFields& nested) {
+    surplus_.assign(nested.field.begin(), nested.field.end());
+    const std::vector<std::int32_t>& origins = nested.fine.mesh.vertexOrigins;
+    const std::size_t n = level_.view().vertexCount();
+    std::vector<double> plane(nested.field.begin(), nested.field.end());
+    for (std::size_t v = n; v < plane.size(); ++v) {
+      plane[v] = 0.5 * plane[toSize(origins[2 * v])] + 0.5 * plane[toSize(origins[2 * v + 1])];
+    }
+    for (std::size_t v = 0; v < plane.size(); ++v) {
+      surplus_[v] = nested.field[v] - plane[v];
+    }
+  }
+
+  /// What the error is told to be: a part of the difference, and at singular vertices a part of its
+  /// surplus as well, which is what is local of it.
   double errorOf(const NestedFields& nested) const {
     double error = 0.0;
     for (std::size_t k = 0; k < nested.fine.mesh.triangles.size(); ++k) {
       const std::size_t v = toSize(nested.fine.mesh.triangles[k]);
-      error = std::max(error, toldPart(k / 12) * std::abs(nested.difference[v]));
+      error = std::max(error, kTold * std::abs(nested.difference[v]) +
+                                  localPart(k / 12) * std::abs(surplus_[v]));
     }
     return error;
   }
 
-  /// What the error in a coarse triangle is told to be, as a part of the difference there.
-  double toldPart(std::size_t t) const {
-    double part = kTold;
+  /// The part of the surplus that is told as an error in a coarse triangle besides.
+  double localPart(std::size_t t) const {
+    double part = 0.0;
     for (std::size_t k = 3 * t; k < 3 * t + 3; ++k) {
       const std::size_t v = toSize(level_.mesh.triangles[k]);
-      part = v < toldAt_.size() ? std::max(part, toldAt_[v]) : part;
+      part = v < localAt_.size() ? std::max(part, localAt_[v]) : part;
     }
     return part;
   }
@@ -274,17 +346,16 @@ class Refinement {
       allowed_ *= 0.5;
     }
     lastError_ = solution_.error;
-    std::vector<double> sizes(level_.view().vertexCount(), kInfinity);
-    sizeBySurplus(nested, allowed_ * target, sizes);
-    sizeByResponse(nested, target, sizes);
+    sizeBySurplus(nested, allowed_ * target, sizes_);
+    sizeByResponse(nested, target, sizes_);
     const double smallest = 1e-9 * diagonal_;
-    bool isAny = false;
-    for (double& size : sizes) {
+    for (double& size : sizes_) {
       size = std::max(size, smallest);
-      isAny |= size < kInfinity;
     }
+    spreadSizes(level_.view(), sizes_);
+    const std::vector<double> sizes = sizes_;  // those of new vertices follow
     const std::size_t before = level_.mesh.triangles.size();
-    return isAny && refineTo({kLongest, sizes.data()}) && level_.mesh.triangles.size() > before;
+    return refineTo({kLongest, sizes.data()}) && level_.mesh.triangles.size() > before;
   }
 
   void shorten(std::size_t t, double size, std::vector<double>& sizes) const {
@@ -302,16 +373,7 @@ class Refinement {
 
   /// Where the fine field leaves the plane through its values at a triangle's corners.
   void sizeBySurplus(const NestedFields& nested, double allowed, std::vector<double>& sizes) {
-    surplus_.assign(nested.field.begin(), nested.field.end());
-    const std::vector<std::int32_t>& origins = nested.fine.mesh.vertexOrigins;
     const std::size_t n = level_.view().vertexCount();
-    std::vector<double> plane(nested.field.begin(), nested.field.end());
-    for (std::size_t v = n; v < plane.size(); ++v) {
-      plane[v] = 0.5 * plane[toSize(origins[2 * v])] + 0.5 * plane[toSize(origins[2 * v + 1])];
-    }
-    for (std::size_t v = 0; v < plane.size(); ++v) {
-      surplus_[v] = nested.field[v] - plane[v];
-    }
     std::vector<double> most(level_.view().triangleCount(), 0.0);
     for (std::size_t k = 0; k < nested.fine.mesh.triangles.size(); ++k) {
       double& at = most[k / 12];
@@ -322,7 +384,7 @@ class Refinement {
       exponents[toSize(s.vertex)] = s.exponent;
     }
     for (std::size_t t = 0; t < most.size(); ++t) {
-      const double here = allowed * kTold / toldPart(t);
+      const double here = allowed * kTold / (kTold + localPart(t));
       if (!(most[t] > here)) {
         continue;
       }
@@ -417,9 +479,10 @@ class Refinement {
   Level level_;
   Solution solution_;
   std::vector<SingularVertex> singular_;
-  std::vector<double> toldAt_;  ///< per input vertex, see toldPart
+  std::vector<double> localAt_;  ///< per input vertex, see localPart
   std::vector<std::int32_t> labels_;
   std::vector<double> surplus_;
+  std::vector<double> sizes_;  ///< asked for so far at each vertex, infinite where nothing was
   Exemption exempt_;
   double diagonal_ = 0.0;
   double allowed_ = 0.5;  ///< surplus, as a part of the difference that is aimed at
