@@ -414,6 +414,43 @@ QUORKIT_API QuorkitStatus quorkitSolveMany(const QuorkitSolver* solver, int32_t 
 /* Releases a solver; null is ignored. Exactly once per solver. */
 QUORKIT_API void quorkitFreeSolver(QuorkitSolver* solver);
 
+/* What quorkitFaces found. All arrays belong to it and live until quorkitFreeFaces. */
+typedef struct QuorkitFaces {
+  int32_t faceCount;
+  int32_t chainCount;
+  int32_t edgeCount;
+  const int32_t* faces;  /* m: the face of each triangle, 0 .. faceCount-1                        */
+  const int32_t* edges;  /* 2 * edgeCount: the ends of each feature edge, the lower vertex first  */
+  const int32_t* chains; /* edgeCount: the chain of each feature edge, 0 .. chainCount-1          */
+} QuorkitFaces;
+
+/*
+ * Finds the faces and edges of a part in its bare triangles, as its CAD system would call them.
+ *
+ * Planes come first. Connected triangles within 0.1 degrees of one plane are a plane of the part if
+ * nothing goes on smoothly at their border, or if they are 2.5 times as large as whatever does and
+ * reach 2.5 times as far. Everything else is curved: triangles that share an edge are of one face
+ * if their normals differ by less than the angle. So fillets do not join a whole part.
+ *
+ * An edge between two faces, of one triangle, or of more than two is a feature edge. Feature edges
+ * form a chain as long as exactly two meet at a vertex and turn by less than the angle. Faces and
+ * chains are numbered in the order of their first triangles and edges.
+ *
+ *   n, vertices   0 or more; 3n finite coordinates
+ *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1, of a triangle all different; weld a
+ * soup first angle         in degrees, above 0 and below 90; 30 suits most parts facesOut      out
+ * the faces, to be released with quorkitFreeFaces; not null
+ *
+ * This is a good guess, not a proof: tessellations do not say where a face ends. Pass the numbers
+ * of your CAD system instead where you have them.
+ */
+QUORKIT_API QuorkitStatus quorkitFaces(int32_t n, const double* vertices, int32_t m,
+                                       const int32_t* triangles, double angle,
+                                       const QuorkitFaces** facesOut);
+
+/* Releases faces; null is ignored. Exactly once each. */
+QUORKIT_API void quorkitFreeFaces(const QuorkitFaces* faces);
+
 /* What quorkitSolveWithin is asked for. Set it to zero first: zero means none, or the default. */
 typedef struct QuorkitProblem {
   int32_t n;                /* number of vertices, 1 or more                                      */

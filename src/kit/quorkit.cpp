@@ -8,6 +8,7 @@
 #include "kit/clean.h"
 #include "kit/colours.h"
 #include "kit/exception_guard.h"
+#include "kit/faces.h"
 #include "kit/flip.h"
 #include "kit/flow.h"
 #include "kit/gradients.h"
@@ -59,6 +60,19 @@ struct OwnedMesh : QuorkitMesh {
     longestEdge = data.longestEdge;
   }
   quorkit::MeshData data;
+};
+
+/// Faces as they are handed out, with what they point to.
+struct OwnedFaces : QuorkitFaces {
+  explicit OwnedFaces(quorkit::Faces&& found) : QuorkitFaces(), data(std::move(found)) {
+    faceCount = data.faceCount;
+    chainCount = data.chainCount;
+    edgeCount = toIndex(data.chainOf.size());
+    faces = data.faceOf.data();
+    edges = data.edges.data();
+    chains = data.chainOf.data();
+  }
+  quorkit::Faces data;
 };
 
 /// A solution as it is handed out, with what it points to.
@@ -445,6 +459,29 @@ QuorkitStatus quorkitSolveWithin(const QuorkitProblem* problem, QuorkitProgress 
 
 void quorkitFreeSolution(const QuorkitSolution* solution) {
   delete static_cast<const OwnedSolution*>(solution);
+}
+
+QuorkitStatus quorkitFaces(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
+                           double angle, const QuorkitFaces** facesOut) {
+  if (facesOut == nullptr) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  *facesOut = nullptr;
+  const MeshView mesh = {n, vertices, m, triangles};
+  if (!(angle > 0.0 && angle < 90.0) || !canBeRefined(mesh)) {
+    return QUORKIT_BAD_ARGUMENT;
+  }
+  return guarded([&] {
+    constexpr double kUsual = 30.0;
+    constexpr double kUsualCosine = 0.86602540378443865;  // the same everywhere
+    constexpr double kDegree = 0.017453292519943295;
+    const double cosine = angle == kUsual ? kUsualCosine : std::cos(kDegree * angle);
+    *facesOut = std::make_unique<OwnedFaces>(quorkit::findFaces(mesh, cosine)).release();
+  });
+}
+
+void quorkitFreeFaces(const QuorkitFaces* faces) {
+  delete static_cast<const OwnedFaces*>(faces);
 }
 
 QuorkitStatus quorkitFlip(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
