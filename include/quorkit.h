@@ -256,8 +256,8 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  * its midpoint; a triangle with one, two or three such edges becomes two, three or four triangles,
  * in the second case by the shorter diagonal; and so on until none is left. Whether an edge is
  * split depends on its two ends alone, so all its triangles, one, two or more, split it alike: the
- * mesh has no hanging vertices unless the input had some. An edge so short that its midpoint rounds
- * to an end is left.
+ * mesh has no hanging vertices unless the input had some. An edge
+ * of at most sixteen rounding steps of its largest coordinate is left.
  *
  * Input vertices keep their numbers and bits. New ones follow, each after the two whose midpoint it
  * is. Parts of a triangle have its orientation and are together, in the input's order.

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <stdexcept>
 #include <vector>
 
 namespace quorkit {
@@ -46,6 +48,9 @@ inline Vec3 midpoint(Vec3 p, Vec3 q) {
   return {0.5 * p.x + 0.5 * q.x, 0.5 * p.y + 0.5 * q.y, 0.5 * p.z + 0.5 * q.z};
 }
 
+/// No edge of at most so many steps of rounding of its coordinates is split.
+constexpr double kStepsOfRounding = 16.0;
+
 /// Divides triangles by depth, the parts of each in the order of their patterns. Whether an edge is
 /// split, and where, depends on its ends alone and is the same either way round.
 class Division {
@@ -55,6 +60,8 @@ class Division {
   /// @param number  (corner, corner, midpoint) -> index of the midpoint's vertex
   /// @param emit    (corners) -> whether to go on; gets every part that is not divided any more
   /// @return whether it came to an end
+  /// Throws std::length_error if it goes too deep. No edge of a finite triangle can be halved so
+  /// often; parts that stopped shrinking would.
   template <typename Number, typename Emit>
   bool divide(const SizedTriangle& triangle, const Number& number, const Emit& emit) {
     waiting_.assign(1, triangle);
@@ -81,6 +88,9 @@ class Division {
           corners[3 + e].index = number(p, q, corners[3 + e].point);
         }
       }
+      if (waiting_.size() > std::size_t{3} * kMostDepth) {
+        throw std::length_error("too many triangles");
+      }
       const SplitPattern& pattern = kPatterns[sides][isOtherShorter(sides, corners) ? 1 : 0];
       for (std::size_t part = pattern.count; part-- > 0;) {
         const auto& c = pattern.parts[part];
@@ -100,14 +110,21 @@ class Division {
     return patterns;
   }();
 
-  /// An edge whose midpoint rounds to an end cannot be split.
+  /// An edge of a few steps of rounding is left: parts would take any shape, and not get smaller.
+  /// Below the smallest normal number there are no such steps, but a midpoint may round to an end.
   static bool isSplit(const SizedCorner& p, const SizedCorner& q) {
-    const double size = std::min(p.size, q.size);
-    if (!(squaredDistance(p.point, q.point) > size * size)) {
+    const double least = std::max(std::min(p.size, q.size), fewSteps(p.point, q.point));
+    if (!(squaredDistance(p.point, q.point) > least * least)) {
       return false;
     }
     const Vec3 middle = midpoint(p.point, q.point);
     return middle != p.point && middle != q.point;
+  }
+
+  static double fewSteps(Vec3 p, Vec3 q) {
+    const double largest = std::max(
+        {std::abs(p.x), std::abs(p.y), std::abs(p.z), std::abs(q.x), std::abs(q.y), std::abs(q.z)});
+    return kStepsOfRounding * std::numeric_limits<double>::epsilon() * largest;
   }
 
   /// The size at the midpoint of an edge: grows by half of the distance from the smaller end.
@@ -127,6 +144,9 @@ class Division {
     return squaredDistance(corners[quad.j].point, corners[quad.q].point) <
            squaredDistance(corners[quad.i].point, corners[quad.p].point);
   }
+
+  /// Between the largest and the smallest number there are 2,098 halvings.
+  static constexpr std::size_t kMostDepth = 4096;
 
   double longest_;
   std::vector<SizedTriangle> waiting_;  ///< parts that are begun and not yet emitted

@@ -108,8 +108,7 @@ class FaceFinder {
     double depth = 0.0;
     for (const std::int32_t t : region.triangles) {
       for (std::int32_t k = 3 * t; k < 3 * t + 3; ++k) {
-        depth = std::max(depth,
-                         dot(pointAt(mesh_.vertices, mesh_.triangles[k]) - origin, inward));
+        depth = std::max(depth, dot(pointAt(mesh_.vertices, mesh_.triangles[k]) - origin, inward));
       }
     }
     return depth / std::sqrt(dot(along, along));
@@ -132,10 +131,10 @@ class FaceFinder {
     }
   }
 
-  /// A flat region is a plane of the part, and no facet of a curved face, if nothing goes on smoothly
-  /// at its border, or if it is much larger and reaches much further than whatever does: the facets of
-  /// one face are alike. Where a curved face is cut, needles lie between two facets, so what goes on
-  /// is looked at as far as the normal stays near.
+  /// A flat region is a plane of the part, and no facet of a curved face, if nothing goes on
+  /// smoothly at its border, or if it is much larger and reaches much further than whatever does:
+  /// the facets of one face are alike. Where a curved face is cut, needles lie between two facets,
+  /// so what goes on is looked at as far as the normal stays near.
   void markPlanes() {
     std::vector<std::size_t> seenFrom(regions_.size(), regions_.size());
     for (std::size_t r = 0; r < regions_.size(); ++r) {

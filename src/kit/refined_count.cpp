@@ -41,7 +41,7 @@ double sizeOf(const SizedTriangle& c) {
 /// where the lengths' own squares are not, sides are not split as their lengths say.
 /// @param size  of the triangle: edges of its steps of rounding have no midpoint
 bool hasMoreAlongSide(const SizedTriangle& c, double size, double longest, double most) {
-  const double step = 4.0 * std::numeric_limits<double>::epsilon();
+  const double step = kStepsOfRounding * std::numeric_limits<double>::epsilon();
   const double shortest = std::max(longest, step * size);
   if (size == 0.0 || !std::isfinite(longest * longest) ||
       shortest * shortest < std::numeric_limits<double>::min()) {

@@ -121,13 +121,45 @@ TEST(KitRefine, SplitsIntoTheFewestPartsOfTheirPatterns) {
   }
 }
 
-TEST(KitRefine, LeavesEdgesThatHaveNoMidpoint) {
-  // Corners two steps of rounding apart: hardly more than one midpoint each.
-  const double step = std::numeric_limits<double>::epsilon();
-  const Mesh mesh{{1, 1, 0, 1 + 2 * step, 1, 0, 1, 1 + 2 * step, 0}, {0, 1, 2}};
-  const KitMesh refined = refine(mesh, 1e-300);
-  EXPECT_GE(refined->triangleCount, 4);
-  EXPECT_LE(refined->triangleCount, 16);
+TEST(KitRefine, LeavesEdgesOfAtMostSixteenStepsOfRounding) {
+  const double step = std::numeric_limits<double>::epsilon();  // of coordinates a little below 2
+  const auto sliver = [&](int steps) {
+    return Mesh{{1.5, 0, 0, 1.5, 24 * step * steps / 16, 0, 1.5, 0, 1e-20}, {0, 1, 2}};
+  };
+  EXPECT_EQ(refine(sliver(16), 1e-300)->triangleCount, 1);
+  EXPECT_EQ(refine(sliver(17), 1e-300)->triangleCount, 4);
+}
+
+TEST(KitRefine, EndsWhereSizesAreBelowTheStepsOfRounding) {
+  const Mesh triangle{{0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2}};
+  for (const double size : {1e-17, 1e-30, 5e-324}) {
+    const std::vector<double> sizes{kInfinity, size, kInfinity};
+    const QuorkitMesh* made = nullptr;
+    ASSERT_EQ(quorkitRefineGraded(3, triangle.vertices.data(), 1, triangle.triangles.data(), 1,
+                                  sizes.data(), &made),
+              QUORKIT_DONE);
+    const KitMesh refined(made);
+    EXPECT_LT(refined->triangleCount, 10000) << size;
+    EXPECT_GT(refined->triangleCount, 100) << size;
+  }
+}
+
+TEST(KitRefine, EndsOnTrianglesOfAFewStepsOfRounding) {
+  std::mt19937 random(11);
+  for (int i = 0; i < 300; ++i) {
+    const double size = std::ldexp(1.0, int(random() % 60) - 30);
+    const double step = std::nextafter(size, 2 * size) - size;
+    Mesh mesh{{}, {0, 1, 2}};
+    for (int k = 0; k < 9; ++k) {
+      mesh.vertices.push_back(size + step * int(random() % 40));
+    }
+    for (const double longest : {1e-3 * step, 0.5 * step, step, 3 * step}) {
+      const KitMesh refined = refine(mesh, longest);
+      ASSERT_NE(refined, nullptr);
+      EXPECT_LE(refined->triangleCount, 64);
+    }
+    EXPECT_LE(refineTo(mesh, 1000)->triangleCount, 1000);
+  }
 }
 
 TEST(KitRefine, RefusesWhatDoesNotFitBeforeItStarts) {

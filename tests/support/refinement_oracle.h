@@ -75,7 +75,12 @@ inline std::string faultOfRefinement(const Mesh& input, const QuorkitMesh& refin
       for (std::size_t axis = 0; axis < 3; ++axis) {
         middle[axis] = 0.5 * p[axis] + 0.5 * q[axis];
       }
-      const bool isSplittable = middle != p && middle != q;
+      double largest = 0;
+      for (std::size_t axis = 0; axis < 3; ++axis) {
+        largest = std::max({largest, std::abs(p[axis]), std::abs(q[axis])});
+      }
+      const double few = 16 * std::numeric_limits<double>::epsilon() * largest;
+      const bool isSplittable = middle != p && middle != q && squaredLength(mesh, u, v) > few * few;
       if (squaredLength(mesh, u, v) > limit && isSplittable) {
         return "an edge is too long";
       }
