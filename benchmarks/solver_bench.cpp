@@ -109,7 +109,7 @@ PlainAssembly ourAssembly(const TaggedMesh& mesh) {
   a.triangles = std::make_shared<const std::vector<std::int32_t>>(
       quor::reorderTriangles(mesh.m(), mesh.triangles.data(), partition.callerToSolver));
   a.tags = mesh.tags;
-  if (quor::checkMesh(mesh.n(), *a.triangles) != QUOR_SUCCESS) {
+  if (quor::checkMesh(mesh.n(), *a.triangles) != quor::MeshFault::none) {
     throw std::runtime_error("the mesh is rejected");
   }
   const quor::StiffnessBlocks blocks =

@@ -4,6 +4,7 @@
 #include "api/solver_handle.h"
 #include "export/obj_writer.h"
 #include "operator/construct_tagged.h"
+#include "operator/mesh_check.h"
 #include "solve/field_solve.h"
 #include "util/integer_on_sphere.h"
 #include "weld/weld.h"
@@ -11,6 +12,10 @@
 #include <cstddef>
 
 namespace {
+
+static_assert(static_cast<StatusCode>(quor::MeshFault::none) == QUOR_SUCCESS);
+static_assert(static_cast<StatusCode>(quor::MeshFault::repeatedCorner) == QUOR_REPEATED_CORNER);
+static_assert(static_cast<StatusCode>(quor::MeshFault::unusedVertex) == QUOR_UNUSED_VERTEX);
 
 const quor::SolverHandle* solver(const void* handle) {
   return static_cast<const quor::SolverHandle*>(handle);
@@ -84,7 +89,7 @@ uint32_t quorctorTagged(int32_t n, const double* vertices, int32_t m, const int3
     *prescribedOut = construction.prescribedCount;
   }
   *handleOut = construction.handle.release();
-  *statusOut = construction.status;
+  *statusOut = static_cast<StatusCode>(construction.fault);
   return result;
 }
 

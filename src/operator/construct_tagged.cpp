@@ -1,6 +1,6 @@
 #include "operator/construct_tagged.h"
 
-#include "operator/mesh_check.h"
+#include "api/solver_handle.h"
 #include "operator/stiffness_assembly.h"
 #include "operator/vertex_partition.h"
 
@@ -29,7 +29,7 @@ Construction constructTagged(std::int32_t n, const double* vertices, std::int32_
   result.prescribedCount = partition.prescribedCount;
   quogeommallocsur(n, partition.prescribedCount,
                    reorderCoordinates(vertices, partition.callerToSolver),
-                   reorderTriangles(m, triangles, partition.callerToSolver), &result.status,
+                   reorderTriangles(m, triangles, partition.callerToSolver), &result.fault,
                    &result.handle, progress);
   if (result.handle) {
     result.handle->callerToSolver = std::move(partition.callerToSolver);
@@ -41,7 +41,7 @@ Construction constructTagged(std::int32_t n, const double* vertices, std::int32_
 
 void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
                       std::vector<double> coordinates, std::vector<std::int32_t> triangles,
-                      StatusCode* statusOut, std::unique_ptr<SolverHandle>* handleOut,
+                      MeshFault* faultOut, std::unique_ptr<SolverHandle>* handleOut,
                       const Progress& progress) {
   auto handle = std::make_unique<SolverHandle>();
   handle->prescribedCount = prescribedCount;
@@ -49,8 +49,8 @@ void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
   handle->vertices = std::make_shared<const std::vector<double>>(std::move(coordinates));
   handle->triangles = std::make_shared<const std::vector<std::int32_t>>(std::move(triangles));
 
-  *statusOut = checkMesh(n, *handle->triangles);
-  if (*statusOut != QUOR_SUCCESS) {
+  *faultOut = checkMesh(n, *handle->triangles);
+  if (*faultOut != MeshFault::none) {
     handleOut->reset();
     return;
   }

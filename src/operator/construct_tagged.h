@@ -1,8 +1,7 @@
 // Construction of a solver handle: partition, assembly, factorization.
 #pragma once
 
-#include "api/solver_handle.h"
-#include "quor.h"
+#include "operator/mesh_check.h"
 #include "util/progress.h"
 
 #include <cstdint>
@@ -11,11 +10,13 @@
 
 namespace quor {
 
-/// What a construction came to.
+struct SolverHandle;
+
+/// The result of a construction. Who keeps one includes api/solver_handle.h, to release the handle.
 struct Construction {
-  StatusCode status = QUOR_SUCCESS;
+  MeshFault fault = MeshFault::none;
   std::uint32_t prescribedCount = 0;     ///< also when the mesh was rejected
-  std::unique_ptr<SolverHandle> handle;  ///< null unless status is QUOR_SUCCESS
+  std::unique_ptr<SolverHandle> handle;  ///< null if there is a fault
 };
 
 /// Throws std::length_error("vector") for numbers of vertices or triangles without a place in
@@ -38,11 +39,11 @@ Construction constructTagged(std::int32_t n, const double* vertices, std::int32_
 /// name is fixed, as those of the exported functions are, though it is none of them.
 /// @param n, prescribedCount     numbers of all and of prescribed vertices
 /// @param coordinates,triangles  the mesh in solver order, moved into the handle
-/// @param statusOut              receives 0, or 23 or 24 if the mesh is rejected
+/// @param faultOut               receives why the mesh is rejected, if it is
 /// @param handleOut              receives the handle (permutations and tags still empty), or null
 void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
                       std::vector<double> coordinates, std::vector<std::int32_t> triangles,
-                      StatusCode* statusOut, std::unique_ptr<SolverHandle>* handleOut,
+                      MeshFault* faultOut, std::unique_ptr<SolverHandle>* handleOut,
                       const Progress& progress = {});
 
 }  // namespace quor

@@ -1,7 +1,7 @@
 #include "operator/element_stiffness.h"
 
-#include "operator/factor/vectors.h"
 #include "util/exact_arithmetic.h"
+#include "util/vectors.h"
 
 #include <array>
 #include <cmath>
@@ -12,28 +12,28 @@ namespace {
 // Number is a double, or a vector with a triangle in each lane: the same operations.
 
 template <typename Number>
-struct Vec3 {
+struct Vec3Of {
   Number x, y, z;
 };
 
 template <typename Number>
-Vec3<Number> operator+(const Vec3<Number>& p, const Vec3<Number>& q) {
+Vec3Of<Number> operator+(const Vec3Of<Number>& p, const Vec3Of<Number>& q) {
   return {p.x + q.x, p.y + q.y, p.z + q.z};
 }
 template <typename Number>
-Vec3<Number> operator-(const Vec3<Number>& p, const Vec3<Number>& q) {
+Vec3Of<Number> operator-(const Vec3Of<Number>& p, const Vec3Of<Number>& q) {
   return {p.x - q.x, p.y - q.y, p.z - q.z};
 }
 template <typename Number>
-Vec3<Number> operator*(const Number& s, const Vec3<Number>& p) {
+Vec3Of<Number> operator*(const Number& s, const Vec3Of<Number>& p) {
   return {s * p.x, s * p.y, s * p.z};
 }
 template <typename Number>
-Number dot(const Vec3<Number>& p, const Vec3<Number>& q) {
+Number dot(const Vec3Of<Number>& p, const Vec3Of<Number>& q) {
   return (p.x * q.x + p.y * q.y) + p.z * q.z;
 }
 template <typename Number>
-Vec3<Number> cross(const Vec3<Number>& p, const Vec3<Number>& q) {
+Vec3Of<Number> cross(const Vec3Of<Number>& p, const Vec3Of<Number>& q) {
   return {p.y * q.z - p.z * q.y, p.z * q.x - p.x * q.z, p.x * q.y - p.y * q.x};
 }
 
@@ -46,51 +46,52 @@ Vectors2::Type squareRoot(Vectors2::Type numbers) {
 }
 #endif
 
-/// Gradient of the hat function at `corner`, whose altitude of squared length
-/// `inverseEdge2 * doubleArea2` ends at `foot`.
+/// Gradient of the hat function at `corner`, whose altitude ends at `foot`. The squared length of
+/// the altitude is `inverseSquaredEdge * squaredDoubleArea`.
 template <typename Number>
-Vec3<Number> hatGradient(const Vec3<Number>& corner, const Vec3<Number>& foot,
-                         const Number& inverseEdge2, const Number& doubleArea2) {
-  return (1.0 / (inverseEdge2 * doubleArea2)) * (corner - foot);
+Vec3Of<Number> hatGradient(const Vec3Of<Number>& corner, const Vec3Of<Number>& foot,
+                           const Number& inverseSquaredEdge, const Number& squaredDoubleArea) {
+  return (1.0 / (inverseSquaredEdge * squaredDoubleArea)) * (corner - foot);
 }
 
 /// The entries of an element: its corners', then those from each corner to the next.
 template <typename Number>
-std::array<Number, 6> entries(const Vec3<Number>& A, const Vec3<Number>& B, const Vec3<Number>& C) {
-  const Vec3<Number> BA = B - A;
-  const Vec3<Number> CA = C - A;
-  const Vec3<Number> CB = C - B;
-  const Vec3<Number> AB = A - B;
+std::array<Number, 6> entries(const Vec3Of<Number>& A, const Vec3Of<Number>& B,
+                              const Vec3Of<Number>& C) {
+  const Vec3Of<Number> BA = B - A;
+  const Vec3Of<Number> CA = C - A;
+  const Vec3Of<Number> CB = C - B;
+  const Vec3Of<Number> AB = A - B;
 
-  const Vec3<Number> normal = cross(BA, CA);
-  const Number doubleArea2 = dot(normal, normal);  // the squared double area
-  const Number area = 0.5 * squareRoot(doubleArea2);
+  const Vec3Of<Number> normal = cross(BA, CA);
+  const Number squaredDoubleArea = dot(normal, normal);
+  const Number area = 0.5 * squareRoot(squaredDoubleArea);
 
-  const Number inverseCB2 = 1.0 / dot(CB, CB);
-  const Number inverseCA2 = 1.0 / dot(CA, CA);
-  const Number inverseAB2 = 1.0 / dot(AB, AB);
+  const Number inverseSquaredCB = 1.0 / dot(CB, CB);
+  const Number inverseSquaredCA = 1.0 / dot(CA, CA);
+  const Number inverseSquaredAB = 1.0 / dot(AB, AB);
 
-  const Vec3<Number> footA = B + (dot(CB, AB) * inverseCB2) * CB;
-  const Vec3<Number> footB = A + (dot(BA, CA) * inverseCA2) * CA;
-  const Vec3<Number> footC = B + (dot(CB, AB) * inverseAB2) * AB;
+  const Vec3Of<Number> footA = B + (dot(CB, AB) * inverseSquaredCB) * CB;
+  const Vec3Of<Number> footB = A + (dot(BA, CA) * inverseSquaredCA) * CA;
+  const Vec3Of<Number> footC = B + (dot(CB, AB) * inverseSquaredAB) * AB;
 
-  const Vec3<Number> gA = hatGradient(A, footA, inverseCB2, doubleArea2);
-  const Vec3<Number> gB = hatGradient(B, footB, inverseCA2, doubleArea2);
-  const Vec3<Number> gC = hatGradient(C, footC, inverseAB2, doubleArea2);
+  const Vec3Of<Number> gA = hatGradient(A, footA, inverseSquaredCB, squaredDoubleArea);
+  const Vec3Of<Number> gB = hatGradient(B, footB, inverseSquaredCA, squaredDoubleArea);
+  const Vec3Of<Number> gC = hatGradient(C, footC, inverseSquaredAB, squaredDoubleArea);
 
   return {area * dot(gA, gA), area * dot(gB, gB), area * dot(gC, gC),
           area * dot(gA, gB), area * dot(gB, gC), area * dot(gA, gC)};
 }
 
-Vec3<double> at(const double* vertices, std::int32_t vertex) {
+Vec3Of<double> at(const double* vertices, std::int32_t vertex) {
   const double* const p = vertices + 3 * static_cast<std::size_t>(vertex);
   return {p[0], p[1], p[2]};
 }
 
 #if defined(QUOR_GNU_EXTENSIONS)
-Vec3<Vectors2::Type> at(const double* vertices, std::int32_t vertex, std::int32_t otherVertex) {
-  const Vec3<double> p = at(vertices, vertex);
-  const Vec3<double> q = at(vertices, otherVertex);
+Vec3Of<Vectors2::Type> at(const double* vertices, std::int32_t vertex, std::int32_t otherVertex) {
+  const Vec3Of<double> p = at(vertices, vertex);
+  const Vec3Of<double> q = at(vertices, otherVertex);
   return {Vectors2::Type{p.x, q.x}, Vectors2::Type{p.y, q.y}, Vectors2::Type{p.z, q.z}};
 }
 #endif

@@ -1,18 +1,21 @@
 // What a mesh must fulfil to be assembled.
 #pragma once
 
-#include "quor.h"
-
 #include <cstdint>
 #include <vector>
 
 namespace quor {
 
-/// Looks at the triangles in order and stops at the first fault, then at the vertices.
+/// Why a mesh is rejected. The numbers are the statuses that the public header gives them.
+enum class MeshFault : std::uint32_t {
+  none = 0,
+  repeatedCorner = 23,  ///< some triangle has two equal corners
+  unusedVertex = 24,    ///< some vertex is a corner of no triangle
+};
+
+/// Checks all triangles first, then all vertices: a mesh with both faults has a repeated corner.
 /// @param n          number of vertices
 /// @param triangles  3m corners in 0 .. n-1
-/// @return QUOR_SUCCESS; QUOR_REPEATED_CORNER if some triangle has two equal corners;
-///         QUOR_UNUSED_VERTEX if some vertex is a corner of no triangle
-StatusCode checkMesh(std::int32_t n, const std::vector<std::int32_t>& triangles);
+MeshFault checkMesh(std::int32_t n, const std::vector<std::int32_t>& triangles);
 
 }  // namespace quor

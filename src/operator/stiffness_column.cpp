@@ -26,7 +26,7 @@ void askFor(std::size_t t, const std::int32_t* triangles, const ElementStiffness
 
 }  // namespace
 
-void StiffnessColumn::compute(std::int32_t vertex, const Corners& corners,
+void StiffnessColumn::compute(std::int32_t vertex, const VertexCorners& corners,
                               const std::int32_t* triangles, const ElementStiffness* elements) {
   const std::size_t most = std::max(2 * corners.size() + 1, kMostSortedByCounting);
   if (rows_.size() < most) {
@@ -37,7 +37,7 @@ void StiffnessColumn::compute(std::int32_t vertex, const Corners& corners,
   sort();
 }
 
-void StiffnessColumn::sum(std::int32_t vertex, const Corners& corners,
+void StiffnessColumn::sum(std::int32_t vertex, const VertexCorners& corners,
                           const std::int32_t* triangles, const ElementStiffness* elements) {
   std::int32_t* const places = places_.data();
   std::int32_t* const rows = rows_.data();

@@ -23,7 +23,7 @@ class StiffnessColumn {
   /// @param corners    at which it stands
   /// @param triangles  all corners of the mesh, no two equal in a triangle
   /// @param elements   of all triangles
-  void compute(std::int32_t vertex, const Corners& corners, const std::int32_t* triangles,
+  void compute(std::int32_t vertex, const VertexCorners& corners, const std::int32_t* triangles,
                const ElementStiffness* elements);
 
   /// The entries, rows ascending.
@@ -32,7 +32,7 @@ class StiffnessColumn {
   const double* values() const { return sums_.data(); }
 
  private:
-  void sum(std::int32_t vertex, const Corners& corners, const std::int32_t* triangles,
+  void sum(std::int32_t vertex, const VertexCorners& corners, const std::int32_t* triangles,
            const ElementStiffness* elements);
   void sort();
   template <std::size_t kMost>

@@ -8,7 +8,7 @@
 namespace quor {
 
 /// A range of corner numbers; kCornersAhead more can be read behind it.
-struct Corners {
+struct VertexCorners {
   const std::int32_t* first;
   const std::int32_t* last;
   const std::int32_t* begin() const { return first; }
@@ -28,7 +28,7 @@ class VertexTriangles {
   VertexTriangles(std::int32_t n, const std::vector<std::int32_t>& triangles);
 
   /// Corner number c is corner c % 3 of triangle c / 3.
-  Corners around(std::int32_t vertex) const {
+  VertexCorners around(std::int32_t vertex) const {
     const auto v = static_cast<std::size_t>(vertex);
     return {corners_.data() + starts_[v], corners_.data() + starts_[v + 1]};
   }

@@ -1,5 +1,6 @@
 #include "solve/field_solve.h"
 
+#include "api/solver_handle.h"
 #include "solve/substitution.h"
 #include "util/index.h"
 

@@ -1,9 +1,9 @@
 // The repeatable half of the solver.
 #pragma once
 
-#include "api/solver_handle.h"
-
 namespace quor {
+
+struct SolverHandle;
 
 /// Solves for the field that takes the given values at the prescribed vertices. With K the
 /// stiffness matrix, F the free and P the prescribed vertices: K_FF x_F = -s_F - K_FP x_P.

@@ -1,5 +1,6 @@
 #include "solve/fields_solve.h"
 
+#include "api/solver_handle.h"
 #include "solve/field_solve.h"
 
 namespace quor {

@@ -1,11 +1,11 @@
 // Several solves with one handle at once.
 #pragma once
 
-#include "api/solver_handle.h"
-
 #include <cstddef>
 
 namespace quor {
+
+struct SolverHandle;
 
 /// Solves for several fields, each with the bits that solveField gives. The arrays hold `columns`
 /// times n values, one field after the other, and may be the same. Nothing is written when an

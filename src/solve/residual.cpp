@@ -1,5 +1,7 @@
 #include "solve/residual.h"
 
+#include "api/solver_handle.h"
+
 namespace quor {
 
 void quorresidual(const SolverHandle* handle, const double* freeRhs, const double* solverField,

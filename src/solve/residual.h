@@ -1,9 +1,9 @@
 // How well a field satisfies the free rows.
 #pragma once
 
-#include "api/solver_handle.h"
-
 namespace quor {
+
+struct SolverHandle;
 
 /// Computes |K_FF x_F + K_FP x_P - y|^2: for a field of solveField the round-off of the solve, with
 /// y = -source. Everything is in solver order, nothing is permuted. Not exported: an internal

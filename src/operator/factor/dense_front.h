@@ -5,9 +5,9 @@
 // Trans. Math. Softw. 34 (2008).
 #pragma once
 
-#include "operator/factor/vectors.h"
 #include "operator/factor/work_array.h"
 #include "util/progress.h"
+#include "util/vectors.h"
 
 #include <cstddef>
 

@@ -1,4 +1,4 @@
-#include "operator/factor/vectors.h"
+#include "util/vectors.h"
 
 #if defined(QUOR_WIDE_VECTORS)
 #include <cpuid.h>
