@@ -212,6 +212,7 @@ typedef struct QuorkitMesh {
   const int32_t* vertexMap;       /* vertexMapCount: what each input vertex became, -1 if dropped */
   int32_t vertexMapCount;         /* number of input vertices from quorkitClean, else 0           */
   double longestEdge;             /* the length that it was refined to; 0 from quorkitClean       */
+  int32_t degenerateCount;        /* what quorkitClean could not remove; else 0                   */
 } QuorkitMesh;
 
 /* Releases a mesh; null is ignored. Exactly once per mesh. */

@@ -32,6 +32,7 @@ struct MeshData {
   std::vector<std::int32_t> vertexOrigins;
   std::vector<std::int32_t> vertexMap;
   double longestEdge = 0.0;
+  std::int32_t degenerateCount = 0;
 };
 
 /// A mesh whose triangles and vertices are their own origins. Throws std::bad_alloc.

@@ -58,6 +58,7 @@ struct OwnedMesh : QuorkitMesh {
     vertexMap = data.vertexMap.empty() ? nullptr : data.vertexMap.data();
     vertexMapCount = toIndex(data.vertexMap.size());
     longestEdge = data.longestEdge;
+    degenerateCount = data.degenerateCount;
   }
   quorkit::MeshData data;
 };

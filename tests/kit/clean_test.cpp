@@ -1,0 +1,183 @@
+// quorkitClean on closed meshes with degenerate triangles put into their edges: no crack opens, no
+// triangle turns over, and what is left is counted.
+
+#include "support/kit.h"
+
+#include <quorkit.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <random>
+
+using namespace test;
+
+namespace {
+
+using Edge = std::pair<std::int32_t, std::int32_t>;
+
+std::map<Edge, int> edgeUses(const Mesh& mesh) {
+  std::map<Edge, int> uses;
+  for (std::size_t k = 0; k < mesh.triangles.size(); ++k) {
+    ++uses[std::minmax(mesh.triangles[k], mesh.triangles[k / 3 * 3 + (k + 1) % 3])];
+  }
+  return uses;
+}
+
+/// How many edges have one triangle, and how long they are together.
+std::pair<int, double> border(const Mesh& mesh) {
+  std::pair<int, double> sum{0, 0};
+  for (const auto& [edge, count] : edgeUses(mesh)) {
+    if (count == 1) {
+      ++sum.first;
+      sum.second += std::sqrt(squaredLength(mesh, edge.first, edge.second));
+    }
+  }
+  return sum;
+}
+
+int degenerateCount(const Mesh& mesh) {
+  QuorkitReport report{};
+  EXPECT_EQ(quorkitCheck(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), nullptr,
+                         &report),
+            QUORKIT_DONE);
+  return report.flatTriangles.count + report.repeatedCorners.count;
+}
+
+/// The smallest cosine by which a part of a triangle that has an area is turned.
+double leastCosine(const Mesh& input, const KitMesh& cleaned) {
+  double least = 1;
+  const Mesh result = plain(cleaned);
+  for (std::int32_t t = 0; t < result.m(); ++t) {
+    const std::int32_t origin = cleaned->triangleOrigins[t];
+    const auto p = doubleAreaVector(result, std::size_t(t));
+    const auto w = doubleAreaVector(input, std::size_t(origin));
+    const double whole = std::sqrt(w[0] * w[0] + w[1] * w[1] + w[2] * w[2]);
+    double side = 0;
+    for (std::size_t e = 0; e < 3; ++e) {
+      side = std::max(side, squaredLength(input, input.triangles[3 * std::size_t(origin) + e],
+                                          input.triangles[3 * std::size_t(origin) + (e + 1) % 3]));
+    }
+    const double part = std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
+    if (whole > 1e-6 * side && part > 0) {
+      least = std::min(least, (p[0] * w[0] + p[1] * w[1] + p[2] * w[2]) / (part * whole));
+    }
+  }
+  return least;
+}
+
+/// An octahedron, each face cut into side * side triangles, bumpy.
+Mesh closedMesh(int side, std::mt19937& random) {
+  Mesh mesh;
+  std::map<std::array<int, 3>, std::int32_t> places;
+  std::uniform_real_distribution<double> bump(0.9, 1.1);
+  const auto vertex = [&](std::array<int, 3> p) {
+    const auto [place, isNew] = places.emplace(p, mesh.n());
+    if (isNew) {
+      const double length = bump(random) / std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
+      mesh.vertices.insert(mesh.vertices.end(), {p[0] * length, p[1] * length, p[2] * length});
+    }
+    return place->second;
+  };
+  for (int octant = 0; octant < 8; ++octant) {
+    const int s[3] = {octant & 1 ? -1 : 1, octant & 2 ? -1 : 1, octant & 4 ? -1 : 1};
+    const auto at = [&](int i, int j) {
+      return vertex({s[0] * i, s[1] * j, s[2] * (side - i - j)});
+    };
+    const auto add = [&](std::int32_t a, std::int32_t b, std::int32_t c) {
+      if (s[0] * s[1] * s[2] > 0) {
+        std::swap(b, c);
+      }
+      mesh.triangles.insert(mesh.triangles.end(), {a, b, c});
+    };
+    for (int i = 0; i < side; ++i) {
+      for (int j = 0; i + j < side; ++j) {
+        add(at(i, j), at(i, j + 1), at(i + 1, j));
+        if (i + j + 1 < side) {
+          add(at(i + 1, j), at(i, j + 1), at(i + 1, j + 1));
+        }
+      }
+    }
+  }
+  return mesh;
+}
+
+/// Puts a vertex on a side of a triangle, or hardly beside it, splits the triangle there, and fills
+/// the crack with a degenerate triangle.
+void addFiller(Mesh& mesh, std::mt19937& random) {
+  const std::size_t t = random() % std::size_t(mesh.m());
+  const std::size_t e = random() % 3;
+  const std::int32_t a = mesh.triangles[3 * t + e];
+  const std::int32_t b = mesh.triangles[3 * t + (e + 1) % 3];
+  const std::int32_t c = mesh.triangles[3 * t + (e + 2) % 3];
+  const int kind = int(random() % 4);
+  const double share = kind == 0 ? 1e-8 : kind == 1 ? 1 - 1e-8 : (1 + random() % 999) / 1000.0;
+  const double off = random() % 2 == 0 ? 0 : 1e-8;
+  const std::int32_t middle = mesh.n();
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    mesh.vertices.push_back((1 - share - off) * pointOf(mesh, a)[axis] +
+                            share * pointOf(mesh, b)[axis] + off * pointOf(mesh, c)[axis]);
+  }
+  mesh.triangles[3 * t] = a;
+  mesh.triangles[3 * t + 1] = middle;
+  mesh.triangles[3 * t + 2] = c;
+  mesh.triangles.insert(mesh.triangles.end(), {middle, b, c, a, b, middle});
+}
+
+void expectSound(const Mesh& mesh, const char* what, int number) {
+  const KitMesh cleaned = clean(mesh);
+  const Mesh result = plain(cleaned);
+  EXPECT_EQ(border(result).first, border(mesh).first) << what << " " << number;
+  EXPECT_NEAR(border(result).second, border(mesh).second, 1e-5) << what << " " << number;
+  EXPECT_GE(leastCosine(mesh, cleaned), 0.49) << what << " " << number;
+  EXPECT_EQ(cleaned->degenerateCount, degenerateCount(result)) << what << " " << number;
+}
+
+TEST(KitClean, OpensNoCrackWhereDegenerateTrianglesReplaceEachOther) {
+  const Mesh mesh{{-100, .3, 0, 0, 0, 0, -.004, 0, 0, 170, .5, 0, 0, 80, 0, 0, -80, 0},
+                  {0, 1, 2, 0, 3, 1, 0, 2, 4, 2, 1, 4, 1, 3, 4, 0, 5, 3}};
+  expectSound(mesh, "six triangles", 0);
+}
+
+TEST(KitClean, KeepsClosedMeshesClosed) {
+  std::mt19937 random(17);
+  int left = 0;
+  int found = 0;
+  for (int i = 0; i < 400; ++i) {
+    Mesh mesh = closedMesh(1 + int(random() % 4), random);
+    for (int fillers = 1 + int(random() % 20); fillers > 0; --fillers) {
+      addFiller(mesh, random);
+    }
+    ASSERT_EQ(border(mesh).first, 0);
+    expectSound(mesh, "closed", i);
+    const KitMesh cleaned = clean(mesh);
+    left += cleaned->degenerateCount;
+    found += degenerateCount(mesh);
+  }
+  EXPECT_LT(left, found / 100) << "of " << found;
+}
+
+TEST(KitClean, KeepsTheBorderOfOpenMeshes) {
+  std::mt19937 random(23);
+  for (int i = 0; i < 100; ++i) {
+    Mesh mesh = closedMesh(3, random);
+    mesh.triangles.resize(mesh.triangles.size() - 3 * (1 + random() % 20));
+    for (int fillers = 1 + int(random() % 12); fillers > 0; --fillers) {
+      addFiller(mesh, random);
+    }
+    const KitMesh cleaned = clean(mesh);
+    // A filler on the border goes, and the border runs through its middle corner.
+    EXPECT_NEAR(border(plain(cleaned)).second, border(mesh).second, 1e-5) << i;
+    EXPECT_GE(leastCosine(mesh, cleaned), 0.49) << i;
+  }
+}
+
+TEST(KitClean, CountsADegenerateTriangleFromAMillionthOfItsSide) {
+  // The height over the longest side of 1 is twice the area.
+  for (const auto& [height, isKept] : {std::pair{1.01e-6, true}, {0.99e-6, false}}) {
+    const Mesh mesh{{0, 0, 0, 1, 0, 0, 0.5, height, 0}, {0, 1, 2}};
+    EXPECT_EQ(clean(mesh)->triangleCount, isKept ? 1 : 0) << height;
+  }
+}
+
+}  // namespace
