@@ -173,7 +173,8 @@ class Cleaning {
         return false;
       }
     }
-    // Of a triangle with both nothing is left. One with an area would be lost: it must be degenerate.
+    // Of a triangle with both nothing is left. One with an area would be lost: it must be
+    // degenerate.
     for (const std::int32_t other : changed) {
       if (has(parts_[toSize(other)].corners, kept) && !shape(other).isFlat()) {
         const double lost = longestSide(parts_[toSize(other)].corners);
@@ -213,9 +214,9 @@ class Cleaning {
       const Part& whole = parts_[toSize(other)];
       for (const Corners& part :
            {replaced(whole.corners, b, middle), replaced(whole.corners, a, middle)}) {
-        const bool isFine = isRepeated(part) || (shapeOfCorners(part).isFlat()
-                                                     ? longestSide(part) < longest
-                                                     : mayBecome(whole, part));
+        const bool isFine =
+            isRepeated(part) ||
+            (shapeOfCorners(part).isFlat() ? longestSide(part) < longest : mayBecome(whole, part));
         if (!isFine) {
           return false;
         }
@@ -307,8 +308,8 @@ class Cleaning {
     return cleaned;
   }
 
-  /// A triangle with an area that vanishes in a collapse is smaller than this part of the degenerate
-  /// one: its sides are at one place as well.
+  /// A triangle with an area that vanishes in a collapse is smaller than this part of the
+  /// degenerate one: its sides are at one place as well.
   static constexpr double kSmallLoss = 1e-5;
 
   const MeshView& mesh_;

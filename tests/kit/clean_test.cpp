@@ -44,23 +44,27 @@ int degenerateCount(const Mesh& mesh) {
   return report.flatTriangles.count + report.repeatedCorners.count;
 }
 
-/// The smallest cosine by which a part of a triangle that has an area is turned.
+/// A triangle's normal times twice its area; nothing if it is degenerate.
+std::array<double, 3> sideOf(const Mesh& mesh, std::size_t t) {
+  const auto v = doubleAreaVector(mesh, t);
+  double longest = 0;
+  for (std::size_t e = 0; e < 3; ++e) {
+    longest = std::max(longest, squaredLength(mesh, mesh.triangles[3 * t + e],
+                                              mesh.triangles[3 * t + (e + 1) % 3]));
+  }
+  return std::hypot(v[0], v[1], v[2]) > 1e-6 * longest ? v : std::array<double, 3>{};
+}
+
+/// The smallest cosine by which a part with an area is turned from its origin with an area.
 double leastCosine(const Mesh& input, const KitMesh& cleaned) {
   double least = 1;
   const Mesh result = plain(cleaned);
-  for (std::int32_t t = 0; t < result.m(); ++t) {
-    const std::int32_t origin = cleaned->triangleOrigins[t];
-    const auto p = doubleAreaVector(result, std::size_t(t));
-    const auto w = doubleAreaVector(input, std::size_t(origin));
-    const double whole = std::sqrt(w[0] * w[0] + w[1] * w[1] + w[2] * w[2]);
-    double side = 0;
-    for (std::size_t e = 0; e < 3; ++e) {
-      side = std::max(side, squaredLength(input, input.triangles[3 * std::size_t(origin) + e],
-                                          input.triangles[3 * std::size_t(origin) + (e + 1) % 3]));
-    }
-    const double part = std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
-    if (whole > 1e-6 * side && part > 0) {
-      least = std::min(least, (p[0] * w[0] + p[1] * w[1] + p[2] * w[2]) / (part * whole));
+  for (std::size_t t = 0; t < std::size_t(result.m()); ++t) {
+    const auto p = sideOf(result, t);
+    const auto w = sideOf(input, std::size_t(cleaned->triangleOrigins[t]));
+    const double sizes = std::hypot(p[0], p[1], p[2]) * std::hypot(w[0], w[1], w[2]);
+    if (sizes > 0) {
+      least = std::min(least, (p[0] * w[0] + p[1] * w[1] + p[2] * w[2]) / sizes);
     }
   }
   return least;
