@@ -506,7 +506,8 @@ typedef struct QuorkitSolution {
   int32_t rounds;               /* how often it was solved                                      */
   int32_t jumpCount;            /* vertices where regions of different values meet              */
   const int32_t* jumps;         /* jumpCount ascending input vertices                           */
-  double jumpRadius;            /* no error is promised nearer to them than this                */
+  double jumpRadius;            /* no error is promised nearer to them than this, nor to the
+                                   edges along which such regions meet                          */
 } QuorkitSolution;
 
 /*
@@ -526,7 +527,8 @@ typedef struct QuorkitSolution {
  * values are insulated.
  *
  * Where regions of different values meet, no continuous field exists. The field there is that of
- * the mesh, and nothing is promised within jumpRadius of the jumps, a hundredth of the diagonal.
+ * the mesh, and nothing is promised within jumpRadius, a hundredth of the diagonal, of the jumps
+ * and of the edges along which the regions meet.
  *
  * The error is estimated from two solutions, on the mesh and on a finer one, and is meant to be one
  * to four times the true largest error at any point of the surface. It is not a proof. The

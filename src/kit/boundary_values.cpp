@@ -40,7 +40,11 @@ BoundaryValues::BoundaryValues(const Problem& problem)
 
 void BoundaryValues::addEdge(std::int32_t u, std::int32_t v, double atU, double atV) {
   const EdgeValues values = u < v ? EdgeValues{atU, atV} : EdgeValues{atV, atU};
-  edges_.insert({keyOf(u, v), values});  // between two regions the first one's values stay
+  // Between two regions the first one's values stay.
+  const auto [edge, isNew] = edges_.insert({keyOf(u, v), values});
+  if (!isNew && (edge->second.low != values.low || edge->second.high != values.high)) {
+    jumpEdges_.emplace_back(u, v);
+  }
 }
 
 void BoundaryValues::addVertexValues(const Problem& problem) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace quorkit {
@@ -35,6 +36,9 @@ class BoundaryValues {
   /// Vertices of the input where regions of different values meet, ascending.
   const std::vector<std::int32_t>& jumps() const { return jumps_; }
 
+  /// Edges of the input along which regions of different values meet, by their ends.
+  const std::vector<std::pair<std::int32_t, std::int32_t>>& jumpEdges() const { return jumpEdges_; }
+
   /// The first vertex of the input that has a value but no prescribed edge; -1 if there is none.
   std::int32_t isolatedVertex() const { return isolatedVertex_; }
 
@@ -53,6 +57,7 @@ class BoundaryValues {
   std::unordered_map<std::uint64_t, EdgeValues> edges_;
   std::vector<double> values_;
   std::vector<std::int32_t> jumps_;
+  std::vector<std::pair<std::int32_t, std::int32_t>> jumpEdges_;
   std::int32_t isolatedVertex_ = -1;
 };
 

@@ -86,7 +86,7 @@ void subtractInterpolated(NestedFields& nested, std::vector<double> coarse) {
 }
 
 void clearExempt(NestedFields& nested, const Exemption& exempt) {
-  for (std::size_t v = 0; !exempt.centers.empty() && v < nested.difference.size(); ++v) {
+  for (std::size_t v = 0; !exempt.segments.empty() && v < nested.difference.size(); ++v) {
     if (exempt.contains(pointAt(nested.fine.mesh.vertices.data(), toIndex(v)))) {
       nested.difference[v] = 0.0;
     }
@@ -96,8 +96,13 @@ void clearExempt(NestedFields& nested, const Exemption& exempt) {
 }  // namespace
 
 bool Exemption::contains(Vec3 p) const {
-  return std::any_of(centers.begin(), centers.end(),
-                     [&](Vec3 center) { return squaredDistance(center, p) < radius * radius; });
+  return std::any_of(segments.begin(), segments.end(), [&](const Segment& segment) {
+    const Vec3 along = segment.to - segment.from;
+    const double squared = dot(along, along);
+    const double share =
+        squared > 0.0 ? std::clamp(dot(p - segment.from, along) / squared, 0.0, 1.0) : 0.0;
+    return squaredDistance(segment.from + share * along, p) < radius * radius;
+  });
 }
 
 NestedFields solveNested(const Problem& problem, const Level& coarse, const Exemption& exempt,

@@ -24,9 +24,13 @@ struct Level {
   }
 };
 
-/// Balls in which nothing is promised: around vertices where regions of different values meet.
+/// Where nothing is promised: around vertices, and along edges, where regions of different values
+/// meet.
 struct Exemption {
-  std::vector<Vec3> centers;
+  struct Segment {
+    Vec3 from, to;  ///< one point if they are equal
+  };
+  std::vector<Segment> segments;
   double radius = 0.0;
 
   bool contains(Vec3 p) const;

@@ -189,7 +189,12 @@ class Refinement {
     solution_.jumps = level_.values.jumps();
     solution_.jumpRadius = solution_.jumps.empty() ? 0.0 : 0.01 * diagonal_;
     for (const std::int32_t v : solution_.jumps) {
-      exempt_.centers.push_back(pointAt(problem_.mesh.vertices, v));
+      const Vec3 p = pointAt(problem_.mesh.vertices, v);
+      exempt_.segments.push_back({p, p});
+    }
+    for (const auto& [u, v] : level_.values.jumpEdges()) {
+      exempt_.segments.push_back(
+          {pointAt(problem_.mesh.vertices, u), pointAt(problem_.mesh.vertices, v)});
     }
     exempt_.radius = solution_.jumpRadius;
     sizes_.assign(problem_.mesh.vertexCount(), kInfinity);
@@ -367,7 +372,7 @@ class Refinement {
 
   /// Whether a triangle is so small, and so near a jump, that refining it is for nothing.
   bool isExempt(const Shape& shape, std::size_t t) const {
-    return !exempt_.centers.empty() && shape.longest < 0.125 * exempt_.radius &&
+    return !exempt_.segments.empty() && shape.longest < 0.125 * exempt_.radius &&
            exempt_.contains(pointAt(level_.mesh.vertices.data(), level_.mesh.triangles[3 * t]));
   }
 

@@ -44,6 +44,7 @@ void select(const Options& options, Regions& regions, Stages& stages) {
   for (const double value : missingValues(options)) {
     regions.addMissingEnd(value);
   }
+  regions.finish();
   requireNoOverlap(regions.surface(), regions.all());
   requirePrescribedComponents(regions);
   warnOfComponents(regions, stages);
@@ -67,6 +68,13 @@ Legend legendOf(const Options& options, const Solution& solution) {
           solution.mesh.origin};
 }
 
+// In the unit of the field.
+double toleranceOf(const Options& options) {
+  const auto [low, high] = spanOf(options);
+  const auto [size, isShare] = options.tolerance;
+  return isShare ? size * (high - low) : size;
+}
+
 // The exact field is nowhere below the lowest value or above the highest. What rounding and the
 // mesh make of it may be, by less than its error.
 void clampToSpan(const Span& span, std::vector<double>& field) {
@@ -75,9 +83,19 @@ void clampToSpan(const Span& span, std::vector<double>& field) {
   }
 }
 
+// "temperature from 20 to 80 °C, ± 0.3 °C"
+std::string describe(const Legend& legend) {
+  const std::string unit = legend.unit.empty() ? "" : " " + legend.unit;
+  return legend.field + " from " + text(legend.minimum) + " to " + text(legend.maximum) + unit +
+         (legend.error ? ", \u00b1 " + errorText(*legend.error) + unit
+                       : "; no error is estimated with --edge") +
+         (legend.errorExcept.empty() ? "" : ", except " + legend.errorExcept);
+}
+
 void write(const Options& options, const Destination& destination, Solution& solution,
            const std::string& viewer, Stages& stages) {
   const Legend legend = legendOf(options, solution);
+  std::printf("          %s\n", describe(legend).c_str());
   clampToSpan(spanOf(options), solution.field);
   if (!options.range.empty()) {
     addRampEnds(solution.mesh, solution.field, options.range[0], options.range[1]);
@@ -114,11 +132,9 @@ void run(const Options& options) {
   Regions regions(part, faces);
   select(options, regions, stages);
   stopIfInterrupted();
-  std::optional<double> length = options.edgeLength;
-  if (!options.hasEdge) {
-    length = boundsOf(part).diagonal() / 32.0;
-  }
-  Solution solution = solveOnEdges(regions, length, stages);
+  Solution solution =
+      options.hasEdge ? solveOnEdges(regions, options.edgeLength, stages)
+                      : solveWithin(regions, toleranceOf(options), options.triangleLimit, stages);
   stopIfInterrupted();
   write(options, destination, solution, viewer, stages);
 }

@@ -92,10 +92,17 @@ void describe(CLI::App& app, Options& options, Texts& texts) {
   app.add_option("--cold-value", options.coldValue, "value of what is cold")
       ->check(whyNotFinite)
       ->capture_default_str();
-  app.add_option(
-         "--edge", texts.edge,
-         "split edges down to a length (default: 1/32 of the part's diagonal); none: solve on\n"
-         "the triangles as they are. No error is estimated")
+  app.add_option("--within", texts.within,
+                 "how far the field may be from the exact one, in its unit or as a share of its\n"
+                 "span (default: 1%)")
+      ->type_name("TOLERANCE");
+  app.add_option("--triangle-limit", options.triangleLimit,
+                 "stop refining before there are more triangles than this")
+      ->capture_default_str()
+      ->check(CLI::Range(1, 238609294));
+  app.add_option("--edge", texts.edge,
+                 "instead split edges down to a length; none: solve on the triangles as they are.\n"
+                 "No error is estimated then")
       ->type_name("LENGTH|none");
   app.add_option("--range", options.range,
                  "values at the ends of the colours (default: those of the field)")

@@ -3,6 +3,7 @@
 
 #include "regions/rule.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -32,6 +33,7 @@ struct Options {
   bool hasPage = false;
   bool listsFaces = false;
   Tolerance tolerance{0.01, true};
+  std::int32_t triangleLimit = 4000000;
   bool hasEdge = false;              // --edge takes the place of a tolerance
   std::optional<double> edgeLength;  // nothing: on the triangles as they are
 };

@@ -58,6 +58,9 @@ void Stages::end(const std::string& result) {
 
 void Stages::warn(const std::string& warning) {
   warnings_.push_back(warning);
+  if (name_ == nullptr) {
+    showWarnings();
+  }
 }
 
 void Stages::showWarnings() {

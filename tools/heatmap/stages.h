@@ -21,7 +21,8 @@ class Stages {
   // How much of the stage is done, 0 .. 1.
   void advance(double fraction);
   void end(const std::string& result);
-  // Says on the standard error output, once the line is complete, what should be known and done.
+  // Says on the standard error output what should be known and done: at once between stages, else
+  // when the line of this one is complete.
   void warn(const std::string& warning);
 
  private:

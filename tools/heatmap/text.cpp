@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 
 namespace heatmap {
@@ -27,6 +28,15 @@ std::string shortText(double value, int digits) {
   std::array<char, 32> buffer{};
   const int length = std::snprintf(buffer.data(), buffer.size(), "%.*g", digits, value);
   return {buffer.data(), static_cast<std::size_t>(length)};
+}
+
+std::string errorText(double error) {
+  if (!(error > 0.0) || !std::isfinite(error)) {
+    return text(error);
+  }
+  const double step = std::pow(10.0, std::floor(std::log10(error)) - 1.0);
+  constexpr double kRounding = 1e-9;  // of the quotient: 0.3 is 30 steps, not 31
+  return shortText(std::ceil(error / step - kRounding) * step, 2);
 }
 
 std::string counts(const Surface& surface) {

@@ -16,6 +16,9 @@ std::string quoted(const std::string& given);
 // Cut to so many significant digits, at least: "31.4".
 std::string shortText(double value, int digits = 4);
 
+// An error with two significant digits, rounded up: "0.32".
+std::string errorText(double error);
+
 // "8 vertices, 12 triangles"
 std::string counts(const Surface& surface);
 

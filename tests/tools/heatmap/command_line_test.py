@@ -62,6 +62,11 @@ class CommandLine(Case):
                                                         "--range", "0", "50"]),
         ('--edge "0" is neither a length above 0 nor none', ["--edge", "0"]),
         ('--edge "coarse" is neither', ["--edge", "coarse"]),
+        ('--within "0" is not a tolerance above 0: write 0.4, .* or 0.5%', ["--within", "0"]),
+        ('--within "-1%" is not a tolerance', ["--within", "-1%"]),
+        ('--within "%" is not a tolerance', ["--within", "%"]),
+        ('--within "fine" is not a tolerance', ["--within", "fine"]),
+        ("--within and --edge exclude each other", ["--within", "1%", "--edge", "2"]),
         ("not expected: .*--hott", ["--hott", "z+"]),
     ]
 
@@ -82,7 +87,7 @@ class CommandLine(Case):
     def test_says_version_and_help(self):
         self.assertRegex(self.stdout_of("--version"), r"^heatmap of quor \d+\.\d+\.\d+\n$")
         words = self.stdout_of("--help")
-        for word in ("Exit status", "face:X,Y,Z", "cyl:X1", "not of the\nsolid"):
+        for word in ("Exit status", "--within", "face:X,Y,Z", "cyl:X1", "not of the\nsolid"):
             self.assertIn(word, words)
 
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace heatmap {
 namespace {
@@ -53,12 +54,43 @@ double Round::leaves(Vec3 a, Vec3 b) const {
   return std::clamp(half > 0.0 ? inside / (half + root) : (root - half) / squared, 0.0, 1.0);
 }
 
-bool Round::crosses(Vec3 a, Vec3 b, Vec3 c, double tolerance) const {
-  const Vec3 u = fromAxis(a);
-  const Vec3 v = fromAxis(b);
-  const Vec3 w = fromAxis(c);
-  return std::max({norm(u), norm(v), norm(w)}) > radius + tolerance &&
-         norm(nearestOfTriangle({0.0, 0.0, 0.0}, u, v, w)) < radius - tolerance;
+bool Round::bendsIn(const std::array<Vec3, 3>& corners, double tolerance) const {
+  const Vec3 origin{0.0, 0.0, 0.0};
+  std::array<double, 3> excesses{};
+  std::array<Vec3, 3> flat{};  // without what they have of the axis
+  for (std::size_t k = 0; k < 3; ++k) {
+    excesses[k] = excess(corners[k]);
+    flat[k] = fromAxis(corners[k]);
+  }
+  const auto dips = [&](Vec3 nearest) { return norm(nearest) < radius - tolerance; };
+  std::vector<Vec3> cuts;
+  for (std::size_t k = 0; k < 3; ++k) {
+    const std::size_t next = (k + 1) % 3;
+    if (std::fabs(excesses[k]) <= tolerance) {
+      cuts.push_back(corners[k]);
+    }
+    if (excesses[k] < -tolerance && excesses[next] > tolerance) {
+      cuts.push_back(corners[k] + leaves(corners[k], corners[next]) * (corners[next] - corners[k]));
+    } else if (excesses[k] > tolerance && excesses[next] < -tolerance) {
+      cuts.push_back(corners[next] +
+                     leaves(corners[next], corners[k]) * (corners[k] - corners[next]));
+    } else if (excesses[k] >= -tolerance && excesses[next] >= -tolerance &&
+               excesses[k] + excesses[next] > 2.0 * tolerance &&
+               dips(nearestOfSegment(origin, flat[k], flat[next]))) {
+      return true;  // in and out again
+    }
+  }
+  if (cuts.empty()) {  // all inside, or outside with a hole in the middle at most
+    return excesses[0] > 0.0 && dips(nearestOfTriangle(origin, flat[0], flat[1], flat[2]));
+  }
+  for (std::size_t i = 1; i < cuts.size(); ++i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      if (excess(0.5 * (cuts[i] + cuts[j])) < -tolerance) {
+        return true;
+      }
+    }
+  }
+  return false;
 }
 
 Body ballBody(Vec3 center, double radius) {

@@ -4,6 +4,7 @@
 #include "part/geometry.h"
 #include "part/surface.h"
 
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -27,8 +28,9 @@ struct Round {
   double excess(Vec3 p) const;
   // Where the segment from a, inside, to b, outside, leaves: 0 at a, 1 at b.
   double leaves(Vec3 a, Vec3 b) const;
-  // Whether the border passes through the triangle, deeper than the tolerance.
-  bool crosses(Vec3 a, Vec3 b, Vec3 c, double tolerance) const;
+  // Whether a straight cut between the edges of a triangle would leave the border by more than the
+  // tolerance. Vertices nearer to it than that lie on it.
+  bool bendsIn(const std::array<Vec3, 3>& corners, double tolerance) const;
 
  private:
   Vec3 fromAxis(Vec3 p) const;

@@ -14,7 +14,6 @@
 namespace heatmap {
 namespace {
 
-constexpr double kEdgesPerRadius = 32.0;
 // Each halves the edges: enough for any part and radius.
 constexpr int kMostRounds = 64;
 constexpr double kRoundTolerance = 1.0 / 2000.0;  // of the radius
@@ -200,24 +199,21 @@ class Cutter {
     isOutside_.push_back(isOutside_[toSize(edge[0])] || isOutside_[toSize(edge[1])]);
   }
 
-  // Halves the edges of triangles that the border crosses and that are too long for it. Returns
-  // whether there were any.
+  // Halves the edges of triangles in which the border bends. Returns whether there were any.
   bool refineAlong(const Round& round, double tolerance) {
-    const double wanted = round.radius / kEdgesPerRadius;
     std::vector<double> sizes(isOutside_.size(), std::numeric_limits<double>::infinity());
     bool isAny = false;
-    double longest = wanted;
+    double longest = 0.0;
     for (std::int32_t t = 0; t < surface_.triangleCount(); ++t) {
       const std::int32_t* const corner = surface_.triangle(t);
-      const auto [a, b, c] = cornersOf(surface_, t);
       const double side = longestSide(surface_, t);
       longest = std::max(longest, side);
-      if (side > wanted && reaches(reach_, tolerance, surface_, corner) &&
-          round.crosses(a, b, c, tolerance)) {
+      if (reaches(reach_, tolerance, surface_, corner) &&
+          round.bendsIn(cornersOf(surface_, t), tolerance)) {
         isAny = true;
         for (std::size_t k = 0; k < 3; ++k) {
           double& size = sizes[toSize(corner[k])];
-          size = std::min(size, std::max(wanted, side / 2.0));
+          size = std::min(size, side / 2.0);
         }
       }
     }

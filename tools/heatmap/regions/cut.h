@@ -17,8 +17,8 @@ struct Cut {
 // triangles, or, inside a body without thickness, of whole edges. The surface stays where it is.
 //
 // Flat borders are exact but for `tolerance`: vertices nearer than that count as inside. Along a
-// round one edges are split up to a 32nd part of the radius first, which leaves it within 1/2000 of
-// the radius: the region does not depend on how the surface was divided into triangles.
+// round one edges are split first, until straight cuts are within 1/2000 of the radius: the region
+// does not depend on how the surface was divided into triangles.
 //
 // Takes a radius of 100 tolerances at least. Throws std::runtime_error if that would make too many
 // triangles.

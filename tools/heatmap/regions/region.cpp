@@ -4,6 +4,7 @@
 #include "regions/body.h"
 #include "regions/cut.h"
 #include "regions/face_shape.h"
+#include "regions/region_cleaning.h"
 #include "text.h"
 
 #include <algorithm>
@@ -18,8 +19,8 @@
 namespace heatmap {
 namespace {
 
-constexpr double kTolerance = 1e-6;          // of the diagonal: how exact borders of bodies are
-constexpr double kTolerancesInRadius = 100;  // that a radius has at least
+constexpr double kTolerance = 4e-6;         // of the diagonal: how exact borders of bodies are
+constexpr double kTolerancesInRadius = 25;  // that a radius has at least
 
 [[noreturn]] void refuse(const Rule& rule, const std::string& why) {
   throw std::runtime_error(nameOf(rule) + " " + why);
@@ -219,6 +220,10 @@ void Regions::addMissingEnd(double value) {
   };
   const auto* const apart = std::find_if_not(axes.begin(), axes.end(), touches);
   add(endOpposite(apart == axes.end() ? axes[0] : *apart), value);
+}
+
+void Regions::finish() {
+  cleanRegions(surface_, regions_);
 }
 
 // The end of an axis that is farther from the vertices that are selected, on average.

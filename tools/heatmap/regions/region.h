@@ -34,6 +34,9 @@ class Regions {
   // Before any rule, the low end of the longest axis.
   void addMissingEnd(double value);
 
+  // Drops what cutting has left of almost no area. To be called after all rules are added.
+  void finish();
+
   const std::vector<Region>& all() const { return regions_; }
   // The part with the borders in it, to which the selections refer.
   const Surface& surface() const { return surface_; }

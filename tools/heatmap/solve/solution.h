@@ -5,6 +5,7 @@
 #include "regions/region.h"
 #include "stages.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,5 +28,13 @@ struct Solution {
 //
 //   length  nothing to solve on the triangles as they are
 Solution solveOnEdges(const Regions& regions, std::optional<double> length, Stages& stages);
+
+// Refines until the field is within the tolerance of the exact one, by the kit's estimate. Shows
+// each step, and warns where that is not promised or not reached. Throws likewise.
+//
+//   tolerance      in the unit of the field, above 0
+//   triangleLimit  1 or more; the mesh has no more triangles than that, or than the part
+Solution solveWithin(const Regions& regions, double tolerance, std::int32_t triangleLimit,
+                     Stages& stages);
 
 }  // namespace heatmap

@@ -117,8 +117,6 @@ quor::kit::Solver build(const Surface& mesh, const std::vector<std::int32_t>& ta
 }  // namespace
 
 Solution solveOnEdges(const Regions& regions, std::optional<double> length, Stages& stages) {
-  stages.begin("refine");
-  Refinement refinement(regions);
   if (length) {
     const double least = leastTriangles(regions.surface(), *length);
     if (least > kManyTriangles) {
@@ -126,6 +124,10 @@ Solution solveOnEdges(const Regions& regions, std::optional<double> length, Stag
                   " million triangles, which takes minutes and gigabytes: Ctrl-C stops, and a "
                   "larger length is faster");
     }
+  }
+  stages.begin("refine");
+  Refinement refinement(regions);
+  if (length) {
     refinement.refine(*length);
   }
   stages.end(counts(refinement.mesh()) +
@@ -144,7 +146,7 @@ Solution solveOnEdges(const Regions& regions, std::optional<double> length, Stag
                    [](double value) { return std::isfinite(value); })) {
     throw std::runtime_error(std::string("the field is not finite everywhere: ") + kThinTriangles);
   }
-  stages.end("no error is estimated with --edge");
+  stages.end("done");
   return solution;
 }
 
