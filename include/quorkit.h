@@ -220,15 +220,16 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
 
 /*
  * Makes a mesh fit to be solved on: removes degenerate triangles without opening cracks, and drops
- * vertices that no triangle uses. Degenerate is what quorkitCheck calls flat, and two equal corners.
+ * vertices that no triangle uses. Degenerate is what quorkitCheck calls flat, and two equal
+ * corners.
  *
  * A degenerate triangle is no loss, but its neighbours meet through it. So it is removed in one of
  * two ways:
  *
  *   - If two corners are closer than a millionth of its longest side, they become one vertex, the
  *     one of lower index. Triangles with both of them vanish.
- *   - Otherwise its middle corner lies on its longest side. Each neighbour across that side is split
- *     there into two triangles with the same origin. Nothing moves.
+ *   - Otherwise its middle corner lies on its longest side. Each neighbour across that side is
+ * split there into two triangles with the same origin. Nothing moves.
  *
  * On any input:
  *

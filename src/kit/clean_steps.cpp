@@ -293,8 +293,8 @@ class Cleaning {
         order.push_back(t);
       }
     }
-    std::stable_sort(order.begin(), order.end(), [this](std::int32_t s, std::int32_t t) {
-      return parts_[toSize(s)].origin < parts_[toSize(t)].origin;
+    std::sort(order.begin(), order.end(), [this](std::int32_t s, std::int32_t t) {
+      return std::pair(parts_[toSize(s)].origin, s) < std::pair(parts_[toSize(t)].origin, t);
     });
     for (const std::int32_t t : order) {
       const Part& part = parts_[toSize(t)];

@@ -18,7 +18,9 @@ using quor::SparseMatrix;
 class ColumnBuilder {
  public:
   ColumnBuilder(std::int32_t rows, std::int32_t columns)
-      : matrix_(rows, columns), next_(toSize(columns) + 1) {}
+      : matrix_(std::make_shared<SparseMatrix>()), next_(toSize(columns) + 1) {
+    matrix_->resize(rows, columns);
+  }
 
   void count(std::int32_t column) { ++next_[toSize(column) + 1]; }
 
@@ -31,37 +33,42 @@ class ColumnBuilder {
   }
 
   void put(std::int32_t row, std::int32_t column, double value) {
-    entries_[toSize(next_[toSize(column)]++)] = {row, value};
+    const std::int32_t place = next_[toSize(column)]++;
+    entries_[toSize(place)] = {row, place, value};
   }
 
   /// Entries of one place are summed in the order in which they were put.
-  SparseMatrix finish() {
-    matrix_.reserve(toIndex(entries_.size()));
-    for (Eigen::Index c = 0; c < matrix_.cols(); ++c) {
-      matrix_.startVec(c);
+  /// A matrix of Eigen that is copied loses memory if the copy fails, so it is made in its place.
+  std::shared_ptr<const SparseMatrix> finish() {
+    matrix_->reserve(toIndex(entries_.size()));
+    for (Eigen::Index c = 0; c < matrix_->cols(); ++c) {
+      matrix_->startVec(c);
       const auto first = entries_.begin() + start_[toSize(c)];
       const auto last = entries_.begin() + start_[toSize(c + 1)];
-      std::stable_sort(first, last, [](const Entry& a, const Entry& b) { return a.row < b.row; });
+      std::sort(first, last, [](const Entry& a, const Entry& b) {
+        return std::pair(a.row, a.order) < std::pair(b.row, b.order);
+      });
       for (auto entry = first; entry != last;) {
         double sum = 0.0;
         const std::int32_t row = entry->row;
         for (; entry != last && entry->row == row; ++entry) {
           sum += entry->value;
         }
-        matrix_.insertBack(row, c) = sum;
+        matrix_->insertBack(row, c) = sum;
       }
     }
-    matrix_.finalize();
-    return std::move(matrix_);
+    matrix_->finalize();
+    return matrix_;
   }
 
  private:
   struct Entry {
     std::int32_t row;
+    std::int32_t order;
     double value;
   };
 
-  SparseMatrix matrix_;
+  std::shared_ptr<SparseMatrix> matrix_;
   std::vector<std::int32_t> next_;
   std::vector<std::int32_t> start_;
   std::vector<Entry> entries_;
@@ -107,8 +114,8 @@ WeightedSystem::WeightedSystem(const std::vector<WeightedEdge>& edges,
       }
     }
   }
-  handle_.stiffnessFF = std::make_shared<const SparseMatrix>(ff.finish());
-  handle_.stiffnessFP = std::make_shared<const SparseMatrix>(fp.finish());
+  handle_.stiffnessFF = ff.finish();
+  handle_.stiffnessFP = fp.finish();
   handle_.factorFF = std::make_shared<const quor::Factorization>(*handle_.stiffnessFF, progress);
 }
 

@@ -75,6 +75,9 @@ TEST_F(KitMemory, EveryFunctionAnswersWithAStatus) {
   std::int32_t counts[2] = {};
   std::vector<double> sizes(tags.size(), 1.0);
   sizes[0] = 0.01;
+  std::vector<double> triangleValues(std::size_t(m), kNaN);
+  triangleValues.front() = 1;
+  triangleValues.back() = 0;
   const QuorkitMesh* made = nullptr;
   const auto freed = [&](QuorkitStatus status) {
     EXPECT_EQ(made == nullptr, status != QUORKIT_DONE);
@@ -109,6 +112,31 @@ TEST_F(KitMemory, EveryFunctionAnswersWithAStatus) {
             [&] { return freed(quorkitRefineGraded(n, v, m, t, 1.0, sizes.data(), &made)); }},
            {"refine to", 6, [&] { return freed(quorkitRefineTo(n, v, m, t, 3000, &made)); }},
            {"refine to less", 4, [&] { return freed(quorkitRefineTo(n, v, m, t, 3, &made)); }},
+           {"flip", 4, [&] { return freed(quorkitFlip(n, v, m, t, nullptr, &made)); }},
+           {"faces", 8,
+            [&] {
+              const QuorkitFaces* found = nullptr;
+              const QuorkitStatus status = quorkitFaces(n, v, m, t, 30, &found);
+              EXPECT_EQ(found == nullptr, status != QUORKIT_DONE);
+              quorkitFreeFaces(found);
+              return status;
+            }},
+           {"solve within", 60,
+            [&] {
+              QuorkitProblem problem{};
+              problem.n = n;
+              problem.vertices = v;
+              problem.m = m;
+              problem.triangles = t;
+              problem.triangleValues = triangleValues.data();
+              problem.tolerance = 0.2;
+              const QuorkitSolution* solution = nullptr;
+              const QuorkitStatus status =
+                  quorkitSolveWithin(&problem, progress, nullptr, &solution);
+              EXPECT_EQ(solution == nullptr, status != QUORKIT_DONE);
+              quorkitFreeSolution(solution);
+              return status;
+            }},
            {"construct", 30,
             [&] {
               QuorkitSolver* built = nullptr;
