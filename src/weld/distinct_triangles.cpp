@@ -1,7 +1,5 @@
 #include "weld/distinct_triangles.h"
 
-#include "util/machine.h"
-
 #include <algorithm>
 #include <cassert>
 #include <utility>
@@ -71,10 +69,8 @@ DistinctTriangles::Triangle DistinctTriangles::rewritten(std::int32_t t) const {
 
 /// @return the number of triangles of the block, now in candidates_, that did not collapse
 std::size_t DistinctTriangles::hashCandidates(std::int32_t begin, std::int32_t end) {
-  const std::int32_t nextBlock = std::min(kBlock, count_ - end);
   std::size_t candidates = 0;
   for (std::int32_t t = begin; t < end; ++t) {
-    prefetch(&vertexOfPoint_[toSize(*cornersOf(t + nextBlock))]);
     const auto k = static_cast<std::uint32_t>(t - begin);
     const Triangle key = sorted(&corners_[3 * toSize(k)]);
     hashes_[candidates] = hashOf(key);

@@ -1,7 +1,6 @@
 #include "weld/morton_order.h"
 
-#include "util/large_pages.h"
-#include "util/machine.h"
+#include "util/index.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +13,6 @@ namespace {
 constexpr std::size_t kSamples = 1024;
 constexpr std::size_t kMaxBitsPerAxis = 12;
 constexpr std::size_t kMaxBits = 28;
-constexpr std::size_t kAhead = 32;  ///< points asked for before their turn
 
 /// One axis of the grid: `bitsOfSlab.size()` slabs of equal width between two planes.
 struct GridAxis {
@@ -146,23 +144,21 @@ MortonOrder orderAlongMortonCurve(const std::vector<std::int32_t>& selected, Poi
   if (selected.empty()) {
     return order;
   }
-  const Grid grid(selected, points, selected.size());
+  const Grid grid(selected, points, selected.size() / 2);
   order.voxelBits = grid.bits() + 1;
 
   // Counting sort. The counts stand one place further on than the starts that they add up to, and
   // filling a voxel moves its start to its end, that is to where the next one's belongs.
-  resizeInLargePages(order.voxelStart, std::size_t{grid.outside()} + 3);
-  std::vector<std::uint32_t> voxelOf;
-  resizeInLargePages(voxelOf, selected.size());
+  order.voxelStart.resize(toSize(grid.outside()) + 3);
+  std::vector<std::uint32_t> voxelOf(selected.size());
   for (std::size_t i = 0; i < selected.size(); ++i) {
-    prefetch(points[selected[std::min(i + kAhead, selected.size() - 1)]]);
     voxelOf[i] = grid.voxelOf(points[selected[i]]);
     ++order.voxelStart[voxelOf[i] + 2];
   }
   for (std::size_t voxel = 2; voxel < order.voxelStart.size(); ++voxel) {
     order.voxelStart[voxel] += order.voxelStart[voxel - 1];
   }
-  resizeInLargePages(order.points, selected.size());
+  order.points.resize(selected.size());
   for (std::size_t i = 0; i < selected.size(); ++i) {
     assert(voxelOf[i] <= grid.outside());
     order.points[order.voxelStart[voxelOf[i] + 1]++] = selected[i];

@@ -22,8 +22,8 @@ struct MortonOrder {
   }
 };
 
-/// Sorts the given points into a grid of about as many voxels, no more than twice as long as wide,
-/// that covers the bulk of them; a few far away must not shrink the others into one voxel. It
+/// Sorts the given points into a grid of about half as many voxels, no more than twice as long as
+/// wide, that covers the bulk of them; a few far away must not shrink the others into one voxel. It
 /// serves as a good order only: a bad one costs time elsewhere, never correctness, so voxel
 /// arithmetic may round as it likes.
 /// @param selected  indices of finite points

@@ -19,8 +19,8 @@ namespace quor {
 /// looked for in the large one, whose slots are asked for in no order, so that look-ups wait for
 /// memory.
 ///
-/// Points are taken block by block, and every step runs over a whole block before the next step:
-/// what a step will need is asked for in the one before, and the waits overlap.
+/// Points are taken block by block, so that it is known some visits ahead which points will be
+/// looked for: what a visit will need is asked for before its turn, and the waits overlap.
 template <typename Hash>
 class PointPass {
  public:
@@ -42,7 +42,6 @@ class PointPass {
     }
     for (std::int32_t begin = 1; begin < count_; begin += blockSize(begin)) {
       const std::int32_t end = begin + blockSize(begin);
-      guessEquals(begin, end);
       const std::size_t unmatched = linkEquals(begin, end, forest);
       const std::size_t visited = visitUnmatched(unmatched, visit);
       if (visited < unmatched) {
@@ -59,31 +58,21 @@ class PointPass {
 
   std::int32_t blockSize(std::int32_t begin) const { return std::min(kBlock, count_ - begin); }
 
-  /// Guesses for every point of the block one before it: the last with the same hash, most likely
-  /// its equal, or the very last, which is in the cache at least.
-  void guessEquals(std::int32_t begin, std::int32_t end) {
-    const PointArray points = points_;
-    const std::int32_t nextBlock = std::min(kBlock, count_ - end);
-    for (std::int32_t i = begin; i < end; ++i) {
-      prefetch(points[i + nextBlock]);
-      guesses_[static_cast<std::size_t>(i - begin)] = recent_.exchange(i, points[i], i - 1);
-    }
-  }
-
-  /// Links the points of the block that equal their guesses.
+  /// Links every point of the block that equals the guess for it: the last one before it with the
+  /// same hash, most likely its equal, or the very last, which is in the cache at least.
   /// @return the number of the others, now in unmatched_
   std::size_t linkEquals(std::int32_t begin, std::int32_t end, DisjointSets forest) {
     const PointArray points = points_;
     std::size_t unmatched = 0;
     for (std::int32_t i = begin; i < end; ++i) {
-      const std::int32_t guess = guesses_[static_cast<std::size_t>(i - begin)];
       const Point p = points[i];
+      const std::int32_t guess = recent_.exchange(i, p, i - 1);
       const Point q = points[guess];
       // Differences are 0 for equal finite coordinates only.
       const double apart = std::abs(p[0] - q[0]) + std::abs(p[1] - q[1]) + std::abs(p[2] - q[2]);
       forest.parent(i) = guess;
       unmatched_[unmatched] = i;
-      unmatched += static_cast<std::size_t>(!(apart == 0.0));  // a branch would often go wrong
+      unmatched += toSize(!(apart == 0.0));  // a branch would often go wrong
     }
     for (std::size_t k = 0; k < unmatched; ++k) {
       forest.parent(unmatched_[k]) = unmatched_[k];
@@ -96,13 +85,10 @@ class PointPass {
   /// @return how many were visited with success
   template <typename Visit>
   std::size_t visitUnmatched(std::size_t unmatched, const Visit& visit) {
-    // Not by functions of their own, which a compiler may drop: a prefetch has no visible effect.
     for (std::size_t k = 0; k < unmatched; ++k) {
       hashes_[k] = table_.hashOf(points_[unmatched_[k]]);
-      if (k < kSlotAhead) {
-        table_.prefetchSlot(hashes_[k]);
-      }
     }
+    // Not by functions of their own, which a compiler may drop: a prefetch has no visible effect.
     for (std::size_t k = 0; k < unmatched; ++k) {
       if (k + kSlotAhead < unmatched) {
         table_.prefetchSlot(hashes_[k + kSlotAhead]);
@@ -126,7 +112,6 @@ class PointPass {
   const PointTable<Hash>& table_;
   RecentPoints recent_;
   // Of the block:
-  std::array<std::int32_t, kBlock> guesses_;
   std::array<std::int32_t, kBlock> unmatched_;  ///< points that do not equal their guesses
   std::array<std::uint64_t, kBlock> hashes_;    ///< of these
 };

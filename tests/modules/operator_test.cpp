@@ -7,7 +7,6 @@
 #include "solve/residual.h"
 #include "support/cotangent_stiffness.h"
 #include "support/handle.h"
-#include "util/large_pages.h"
 
 #include <algorithm>
 
@@ -118,12 +117,6 @@ TEST(Residual, IsTheRoundOffOfASolve) {
   const auto allPrescribed = construct(mesh, std::vector<std::int32_t>(n, 1));
   quor::quorresidual(allPrescribed.get(), nullptr, solverField.data(), &residual);
   EXPECT_EQ(residual, 0.0);
-}
-
-TEST(LargePages, HoldZerosAndNothingElse) {
-  std::vector<std::int32_t> numbers;
-  quor::resizeInLargePages(numbers, 3000000);  // several pages of 2 MB, and parts of two
-  EXPECT_EQ(std::count(numbers.begin(), numbers.end(), 0), 3000000);
 }
 
 TEST(Solve, EmptyHandleIsRefused) {

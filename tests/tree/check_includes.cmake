@@ -15,7 +15,7 @@ set(kit_new_file_may "(fcntl|io|share|sys/stat)\\.h")
 set(kit_progress_reporter_may "quorkit\\.h|util/")
 set(kit_quorkit_may "quorkit\\.h|kit/|api/solver_handle\\.h|(export|operator|solve|util|weld)/")
 set(solve_may "api/solver_handle\\.h|operator/factor/|util/|Eigen/")
-set(util_may "sys/mman\\.h")
+set(util_may "")
 set(weld_may "util/")
 set(standard "[a-z_]+|std(def|int)\\.h|(cpuid|intrin|xmmintrin)\\.h")
 
