@@ -304,9 +304,9 @@ TEST(KitWithin, SaysWhatIsABadArgument) {
 
 KitMesh flipped(const Mesh& mesh, const std::int32_t* faces = nullptr) {
   const QuorkitMesh* made = nullptr;
-  EXPECT_EQ(quorkitFlip(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), faces,
-                        &made),
-            QUORKIT_DONE);
+  EXPECT_EQ(
+      quorkitFlip(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), faces, &made),
+      QUORKIT_DONE);
   return KitMesh(made);
 }
 
@@ -323,7 +323,8 @@ double leastWeight(const Mesh& mesh) {
       dot += (q[axis] - p[axis]) * (r[axis] - p[axis]);
     }
     const auto area = doubleAreaVector(mesh, k / 3);
-    auto& [count, sum] = edges[std::minmax(mesh.triangles[k], mesh.triangles[k / 3 * 3 + (k + 1) % 3])];
+    auto& [count, sum] =
+        edges[std::minmax(mesh.triangles[k], mesh.triangles[k / 3 * 3 + (k + 1) % 3])];
     ++count;
     sum += dot / std::hypot(area[0], area[1], area[2]);
   }
@@ -338,8 +339,8 @@ TEST(KitFlip, MakesAFlatFaceDelaunayAndMovesNothing) {
   Mesh mesh;  // a convex fan of needles
   mesh.vertices = {0, 0, 0};
   for (int i = 0; i <= 40; ++i) {
-    mesh.vertices.insert(mesh.vertices.end(),
-                         {std::cos(0.03 * i) + 1, 3 * std::sin(0.03 * i), 0.25 * std::cos(0.03 * i) + 0.25});
+    mesh.vertices.insert(mesh.vertices.end(), {std::cos(0.03 * i) + 1, 3 * std::sin(0.03 * i),
+                                               0.25 * std::cos(0.03 * i) + 0.25});
   }
   for (int i = 1; i <= 40; ++i) {
     mesh.triangles.insert(mesh.triangles.end(), {0, i, i + 1});
@@ -364,7 +365,8 @@ TEST(KitFlip, MakesAFlatFaceDelaunayAndMovesNothing) {
 
 TEST(KitFlip, LeavesEdgesBetweenFacesAndFolds) {
   // Two triangles whose common edge is not Delaunay, flat and folded by more and less than allowed.
-  for (const auto& [lift, flips] : {std::pair{0.0, true}, {1e-7, true}, {1e-5, false}, {1.0, false}}) {
+  for (const auto& [lift, flips] :
+       {std::pair{0.0, true}, {1e-7, true}, {1e-5, false}, {1.0, false}}) {
     const Mesh mesh{{0, 0, 0, 10, 0, 0, 5, 1, 0, 5, -1, lift}, {0, 1, 2, 1, 0, 3}};
     EXPECT_EQ(!sameMesh(plain(flipped(mesh)), mesh), flips) << lift;
     const std::int32_t faces[2] = {1, 2};
@@ -377,9 +379,9 @@ TEST(KitFaces, FindsPlanesFirstAndChainsThatEndAtCorners) {
   // face, although it goes on smoothly into both.
   const auto count = [](const Mesh& mesh) {
     const QuorkitFaces* found = nullptr;
-    EXPECT_EQ(quorkitFaces(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), 30,
-                           &found),
-              QUORKIT_DONE);
+    EXPECT_EQ(
+        quorkitFaces(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), 30, &found),
+        QUORKIT_DONE);
     const std::pair<int, int> counts{found->faceCount, found->chainCount};
     quorkitFreeFaces(found);
     return counts;

@@ -19,8 +19,8 @@ namespace {
 // Of the squared longest side, twice the area: a hair more than what the kit calls degenerate.
 constexpr double kDegenerate = 1.1e-6;
 
-// The longest side of each degenerate triangle, and the corner that lies on it: there the kit splits
-// the neighbours.
+// The longest side of each degenerate triangle, and the corner that lies on it: there the kit
+// splits the neighbours.
 std::map<Edge, std::int32_t> splitSides(const Surface& surface) {
   std::map<Edge, std::int32_t> splits;
   for (std::int32_t t = 0; t < surface.triangleCount(); ++t) {
