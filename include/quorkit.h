@@ -9,6 +9,10 @@
  *   6. what flows where                          quorkitFlow, quorkitGradients
  *   7. show it                                   quorkitColours, quorkitWrite
  *
+ * The equation is solved on the surface mesh, not in the solid inside it: right for sheet metal and
+ * shells, interpolating values over a surface, harmonic weights, smoothing, parametrization, and a
+ * first look at a solid.
+ *
  * The order of use, on the tessellation of a CAD part:
  *
  *   quorkitWeld -> quorkitClean -> quorkitRefine -> tags -> quorkitCheck -> quorkitConstruct

@@ -123,7 +123,7 @@ class Cutter {
   }
 
   void cutAlong(const Round& round) {
-    const double tolerance = std::max(tolerance_, kRoundTolerance * round.radius);
+    const double tolerance = kRoundTolerance * round.radius;
     for (int rounds = 0; rounds < kMostRounds && refineAlong(round, tolerance); ++rounds) {
     }
     cut([&](Vec3 p) { return round.excess(p); }, tolerance,

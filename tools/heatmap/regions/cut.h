@@ -20,7 +20,7 @@ struct Cut {
 // round one edges are split first, until straight cuts are within 1/2000 of the radius: the region
 // does not depend on how the surface was divided into triangles.
 //
-// Takes a radius of 100 tolerances at least. Throws std::runtime_error if that would make too many
+// Takes a radius of 25 tolerances at least. Throws std::length_error if that would make too many
 // triangles.
 Cut cutOut(const Body& body, double tolerance, Surface& surface);
 

@@ -28,7 +28,7 @@ std::string directionText(Vec3 direction, bool isAxis) {
 
 // Without what rounding leaves of a zero.
 Vec3 tidy(Vec3 p, double size) {
-  constexpr double kSmall = 1e-9;
+  constexpr double kSmall = 1e-6;
   const auto kept = [&](double x) { return std::fabs(x) < kSmall * size ? 0.0 : x; };
   return {kept(p.x), kept(p.y), kept(p.z)};
 }

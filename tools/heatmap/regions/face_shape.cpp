@@ -16,7 +16,7 @@ using Eigen::Matrix3d;
 using Eigen::Vector3d;
 
 constexpr double kFit = 1e-3;          // of the size of a face, or of the radius
-constexpr double kFlatNormals = 1e-5;  // the mean square by which normals leave a plane
+constexpr double kFlatNormals = 1e-4;  // the mean square by which normals leave a plane
 constexpr double kMostRadii = 50.0;    // of the face's size: rounder ones look flat
 
 Vector3d vector(Vec3 p) {
@@ -145,12 +145,14 @@ std::optional<FaceShape> cone(const Facets& facets) {
     return std::nullopt;
   }
   const Vector3d apex = facets.apex();
+  // The cosine between the axis and the line from the apex to a corner, which all corners share.
+  const auto cosine = [&](const Vector3d& p) {
+    return std::fabs((p - apex).dot(*axis)) / (p - apex).norm();
+  };
+  const double most = facets.largest(cosine);
+  const double off =
+      facets.largest([&](const Vector3d& p) { return (most - cosine(p)) * (p - apex).norm(); });
   const double slope = std::fabs(facets.meanNormal().dot(*axis));
-  const double steepest = std::sqrt(1.0 - slope * slope);  // of the lines through the apex
-  const double off = facets.largest([&](const Vector3d& p) {
-    const Vector3d from = p - apex;
-    return std::fabs(from.dot(*axis)) - steepest * from.norm();
-  });
   return off <= kFit * facets.size() && slope > kFit
              ? std::optional(FaceShape{FaceKind::kCone, 0.0, {}, vec3(*axis), 0.0})
              : std::nullopt;

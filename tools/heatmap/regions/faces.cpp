@@ -1,79 +1,51 @@
 #include "regions/faces.h"
 
 #include "part/geometry.h"
-#include "util/disjoint_sets.h"
 
-#include <cmath>
+#include <quorkit.h>
+
 #include <limits>
-#include <map>
-#include <utility>
+#include <memory>
+#include <new>
+#include <stdexcept>
 
 namespace heatmap {
 namespace {
 
-constexpr double kSharp = 0.8660254037844386;  // the cosine of 30 degrees
+constexpr double kSharp = 30.0;  // degrees between two faces
 
-Vec3 unit(Vec3 u) {
-  return 1.0 / norm(u) * u;
-}
+struct Free {
+  void operator()(const QuorkitFaces* faces) const { quorkitFreeFaces(faces); }
+};
+using KitFaces = std::unique_ptr<const QuorkitFaces, Free>;
 
-// Groups elements by the roots of their sets, in the order of first elements.
-template <typename Element>
-std::vector<std::vector<Element>> grouped(const std::vector<Element>& elements,
-                                          quor::DisjointSets& sets) {
-  std::map<std::int32_t, std::size_t> groupOf;
-  std::vector<std::vector<Element>> groups;
-  for (std::size_t i = 0; i < elements.size(); ++i) {
-    const auto [group, isNew] = groupOf.emplace(sets.root(toIndex(i)), groups.size());
-    if (isNew) {
-      groups.emplace_back();
-    }
-    groups[group->second].push_back(elements[i]);
+KitFaces find(const Surface& part) {
+  const QuorkitFaces* faces = nullptr;
+  const QuorkitStatus status =
+      quorkitFaces(part.vertexCount(), part.vertices.data(), part.triangleCount(),
+                   part.triangles.data(), kSharp, &faces);
+  if (status == QUORKIT_OUT_OF_MEMORY) {
+    throw std::bad_alloc();
   }
-  return groups;
+  if (status != QUORKIT_DONE) {
+    throw std::runtime_error(quorkitStatusText(status));
+  }
+  return KitFaces(faces);
 }
 
 }  // namespace
 
 Faces::Faces(const Surface& part) : part_(part) {
-  std::map<Edge, std::vector<std::int32_t>> trianglesAt;
-  std::vector<std::int32_t> triangles;
+  const KitFaces found = find(part);
+  faces_.resize(toSize(found->faceCount));
   for (std::int32_t t = 0; t < part.triangleCount(); ++t) {
-    triangles.push_back(t);
-    for (const Edge& edge : edgesOf(part, t)) {
-      trianglesAt[edge].push_back(t);
-    }
+    faces_[toSize(found->faces[t])].push_back(t);
   }
-  const auto normal = [&](std::int32_t t) {
-    const auto [a, b, c] = cornersOf(part, t);
-    return unit(cross(b - a, c - a));
-  };
-  std::vector<std::int32_t> faceParents = quor::DisjointSets::singletons(part.triangleCount());
-  quor::DisjointSets faces(faceParents.data());
-  std::vector<Edge> sharp;
-  std::map<std::int32_t, std::vector<std::int32_t>> sharpAt;  // of each vertex, by their places
-  for (const auto& [edge, sides] : trianglesAt) {
-    if (sides.size() == 2 && dot(normal(sides[0]), normal(sides[1])) > kSharp) {
-      faces.link(sides[0], sides[1]);
-    } else {
-      sharpAt[edge[0]].push_back(toIndex(sharp.size()));
-      sharpAt[edge[1]].push_back(toIndex(sharp.size()));
-      sharp.push_back(edge);
-    }
+  chains_.resize(toSize(found->chainCount));
+  for (std::int32_t e = 0; e < found->edgeCount; ++e) {
+    const std::int32_t* const ends = found->edges + 2 * toSize(e);
+    chains_[toSize(found->chains[e])].push_back({ends[0], ends[1]});
   }
-  std::vector<std::int32_t> chainParents = quor::DisjointSets::singletons(toIndex(sharp.size()));
-  quor::DisjointSets chains(chainParents.data());
-  for (const auto& [vertex, edges] : sharpAt) {
-    const auto away = [&, at = vertex](std::int32_t i) {
-      const auto [a, b] = sharp[toSize(i)];
-      return unit(part.point(a == at ? b : a) - part.point(at));
-    };
-    if (edges.size() == 2 && dot(away(edges[0]), away(edges[1])) < -kSharp) {
-      chains.link(edges[0], edges[1]);
-    }
-  }
-  faces_ = grouped(triangles, faces);
-  chains_ = grouped(sharp, chains);
 }
 
 std::int32_t Faces::nearestFace(Vec3 point) const {

@@ -183,6 +183,7 @@ Selection Regions::select(const Rule& rule, Region& region) const {
       if (chain.empty()) {
         refuse(rule, "selects nothing: the part has no edge between two faces; take face:X,Y,Z");
       }
+      std::sort(chain.begin(), chain.end());
       return {{}, std::move(chain)};
     }
     default:
