@@ -10,6 +10,7 @@
 #include "peers/cholmod_solver.h"
 #include "peers/plain_solver.h"
 #include "side_by_side.h"
+#include "solve/fields_solve.h"
 #include "soups/tagged_mesh.h"
 
 #include <quor.h>
@@ -18,6 +19,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <stdexcept>
@@ -339,6 +341,73 @@ void solve(const std::vector<TaggedMesh>& meshes, int rounds) {
   }
 }
 
+/// Several columns at once, each with a source, beside one and beside as many solves.
+void printMany(const TaggedMesh& mesh, int rounds) {
+  Handle ours;
+  ours.construct(mesh);
+  constexpr std::size_t kColumns = 8;
+  const auto n = static_cast<std::size_t>(mesh.n());
+  std::vector<double> values;
+  std::vector<double> sources;
+  for (std::size_t k = 0; k < kColumns * n; ++k) {
+    values.push_back(mesh.tags[k % n] + static_cast<double>(k / n));
+    sources.push_back(0.5 + static_cast<double>(k % 17));
+  }
+  std::vector<double> fields(values.size());
+  StatusCode status = 0;
+  const auto many = [&](std::size_t columns) {
+    return [&, columns] {
+      quor::solveFields(*ours, columns, values.data(), sources.data(), fields.data());
+    };
+  };
+  const auto one = [&](std::size_t column) {
+    quorsolvePTagged(ours.pointer, values.data() + column * n, sources.data() + column * n,
+                     fields.data() + column * n, &status);
+  };
+  const auto eight = [&] {
+    for (std::size_t column = 0; column < kColumns; ++column) {
+      one(column);
+    }
+  };
+  eight();
+  const std::vector<double> expected = fields;
+  std::fill(fields.begin(), fields.end(), 0.0);
+  many(kColumns)();
+  if (std::memcmp(fields.data(), expected.data(), fields.size() * sizeof(double)) != 0) {
+    throw std::runtime_error("columns differ from their own solves");
+  }
+  const int repeats = std::max(1, 100000 / mesh.n());
+  const auto times = [repeats](const std::function<void()>& job) {
+    return [repeats, job] {
+      for (int i = 0; i < repeats; ++i) {
+        job();
+      }
+    };
+  };
+  std::vector<double> t = sideBySide(
+      3 * rounds, {times([&] { one(0); }), times(many(3)), times(many(8)), times(eight)});
+  for (double& seconds : t) {
+    seconds *= 1e3 / repeats;
+  }
+  std::printf("| %s | %.3f | %.3f (%.2fx) | %.3f (%.2fx) | %.3f (%.2fx) | %.1f |\n",
+              mesh.label().c_str(), t[0], t[1], t[1] / t[0], t[2], t[2] / t[0], t[3], t[3] / t[0],
+              static_cast<double>(memoryOf(many(kColumns)).peak) / mesh.n());
+  std::fflush(stdout);
+  ours.clear();
+}
+
+void solveMany(const std::vector<TaggedMesh>& meshes, int rounds) {
+  std::printf(
+      "\n### Solve many\n\nMilliseconds of several columns, each with a source, at once; in "
+      "brackets how many times one solve with a source. Every column has the bits of its own "
+      "solve. Memory is what the call with eight holds at its peak, in bytes a vertex.\n\n"
+      "| Mesh | One solve | Three at once | Eight at once | Eight solves | Memory |\n"
+      "|---|---|---|---|---|---|\n");
+  for (const TaggedMesh& mesh : meshes) {
+    printMany(mesh, rounds);
+  }
+}
+
 int runCommand(int argc, char** argv) {
   std::string what;
   std::vector<std::string> parts;
@@ -376,6 +445,7 @@ int runCommand(int argc, char** argv) {
     construct(meshes, rounds);
   } else {
     solve(meshes, rounds);
+    solveMany(meshes, rounds);
   }
   return 0;
 }

@@ -17,6 +17,7 @@ struct FactorView {
         rows(factor.matrixL().nestedExpression().innerIndexPtr()),
         values(factor.matrixL().nestedExpression().valuePtr()),
         diagonal(factor.diagonal().data()),
+        columns(static_cast<int>(factor.diagonal().size())),
         groups(factor.columnGroups()) {}
 
   int count(int j) const { return starts[j + 1] - starts[j]; }
@@ -25,6 +26,7 @@ struct FactorView {
   const int* rows;
   const double* values;
   const double* diagonal;
+  int columns;
   const std::vector<std::uint8_t>& groups;
 };
 

@@ -1,6 +1,7 @@
 #include "solve/field_solve.h"
 
 #include "api/solver_handle.h"
+#include "operator/factor/work_array.h"
 #include "solve/substitution.h"
 #include "util/index.h"
 
@@ -8,7 +9,6 @@
 #include <array>
 #include <cstddef>
 #include <functional>
-#include <vector>
 
 namespace quor {
 namespace {
@@ -36,10 +36,10 @@ void copyPlaces(std::size_t count, const double* from, const std::int32_t* fromP
 
 /// rhs -= matrix * x with the rows of rhs permuted, column by column in storage order. Stored zeros
 /// take part: a NaN spreads through them.
-void subtractProduct(const SparseMatrix& matrix, const std::vector<double>& x, const Indices& place,
-                     Eigen::VectorXd& rhs) {
+void subtractProduct(const SparseMatrix& matrix, const double* x, const Indices& place,
+                     double* rhs) {
   for (Eigen::Index column = 0; column < matrix.outerSize(); ++column) {
-    const double factor = x[static_cast<std::size_t>(column)];
+    const double factor = x[column];
     for (SparseMatrix::InnerIterator entry(matrix, column); entry; ++entry) {
       rhs[place[entry.row()]] -= entry.value() * factor;
     }
@@ -47,7 +47,7 @@ void subtractProduct(const SparseMatrix& matrix, const std::vector<double>& x, c
 }
 
 /// What a factorization that failed leaves alone is 0, here the field.
-void solveInPlace(const Factorization& factor, Eigen::VectorXd& x) {
+void solveInPlace(const Factorization& factor, Eigen::Map<Eigen::VectorXd> x) {
   if (factor.info() != Eigen::Success) {
     x.setZero();
   } else if (factor.isBlocked()) {
@@ -63,31 +63,39 @@ void solveInPlace(const Factorization& factor, Eigen::VectorXd& x) {
 
 void solveField(const SolverHandle& handle, const double* prescribedValues,
                 const double* sourceValues, double* fieldOut) {
-  const std::size_t prescribed = toSize(handle.prescribedCount);
+  const WorkArray values(static_cast<std::ptrdiff_t>(handle.prescribedCount));
+  const WorkArray x(static_cast<std::ptrdiff_t>(handle.vertexCount - handle.prescribedCount));
+  solveField(handle, prescribedValues, sourceValues, fieldOut, {values.data(), x.data()});
+}
+
+void solveField(const SolverHandle& handle, const double* prescribedValues,
+                const double* sourceValues, double* fieldOut, const SolveRoom& room) {
+  const std::size_t prescribed = handle.prescribedCount;
   const std::int32_t* const callerIndex = handle.solverToCaller.data();
   const std::int32_t* const freeCallerIndex = callerIndex + prescribed;
-  const std::size_t free = toSize(handle.vertexCount) - prescribed;
+  const std::size_t free = handle.vertexCount - prescribed;
+  double* const values = room.prescribed;
+  double* const x = room.free;
 
-  std::vector<double> values(prescribed);
   for (std::size_t k = 0; k < prescribed; ++k) {
     values[k] = prescribedValues[callerIndex[k]];
   }
   // The free vertices in the order of elimination, so that the factor's two permutations need no
   // passes of their own: first their right-hand side, then their field.
   const Indices& place = handle.factorFF->permutationP().indices();
-  Eigen::VectorXd x = Eigen::VectorXd::Zero(static_cast<Eigen::Index>(free));
   if (sourceValues != nullptr) {
-    copyPlaces(free, sourceValues, freeCallerIndex, x.data(), place.data(), std::negate<>());
+    copyPlaces(free, sourceValues, freeCallerIndex, x, place.data(), std::negate<>());
+  } else {
+    std::fill_n(x, free, 0.0);
   }
   subtractProduct(*handle.stiffnessFP, values, place, x);
   if (free > 0) {
-    solveInPlace(*handle.factorFF, x);
+    solveInPlace(*handle.factorFF, {x, static_cast<Eigen::Index>(free)});
   }
   for (std::size_t k = 0; k < prescribed; ++k) {
     fieldOut[callerIndex[k]] = values[k];
   }
-  copyPlaces(free, x.data(), place.data(), fieldOut, freeCallerIndex,
-             [](double value) { return value; });
+  copyPlaces(free, x, place.data(), fieldOut, freeCallerIndex, [](double value) { return value; });
 }
 
 }  // namespace quor

@@ -16,4 +16,14 @@ struct SolverHandle;
 void solveField(const SolverHandle& handle, const double* prescribedValues,
                 const double* sourceValues, double* fieldOut);
 
+/// Where a solve works.
+struct SolveRoom {
+  double* prescribed;  ///< a number per prescribed vertex
+  double* free;        ///< a number per free vertex
+};
+
+/// The same without an allocation.
+void solveField(const SolverHandle& handle, const double* prescribedValues,
+                const double* sourceValues, double* fieldOut, const SolveRoom& room);
+
 }  // namespace quor

@@ -1,5 +1,6 @@
 #include "solve/substitution.h"
 
+#include "solve/ahead.h"
 #include "solve/factor_view.h"
 #include "util/exact_arithmetic.h"
 #include "util/machine.h"
@@ -12,38 +13,6 @@
 namespace quor {
 namespace {
 
-/// Asks for memory ahead of its use, line by line upwards or downwards: 16 KB ahead, so that it has
-/// arrived when it is read. The processor itself foresees only longer pieces, and none downwards.
-template <std::ptrdiff_t kStep>
-class Ahead {
- public:
-  explicit Ahead(const void* from) : next_(reinterpret_cast<std::intptr_t>(from)) {}
-
-  void askForLine() {
-    prefetchFar(reinterpret_cast<const void*>(next_));  // NOLINT(performance-no-int-to-ptr)
-    next_ += kStep;
-  }
-
-  /// Catches up with what is read now.
-  void askBeyond(const void* address) {
-    const auto limit = reinterpret_cast<std::intptr_t>(address) + 256 * kStep;
-    while (kStep > 0 ? next_ < limit : next_ > limit) {
-      askForLine();
-    }
-    next_ = limit;
-  }
-
-  /// Leaves out what is not read.
-  void skipTo(const void* address) {
-    const auto to = reinterpret_cast<std::intptr_t>(address);
-    next_ = (kStep > 0 ? next_ < to : next_ > to) ? to : next_;
-  }
-
- private:
-  std::intptr_t next_;
-};
-
-constexpr std::ptrdiff_t kLine = 64;
 // Four rows at once, and so four partial sums of a column, in as many vectors as it takes. Wider
 // vectors than every processor has would be faster by 6 % only, since memory is waited for.
 using Vector = Vectors2::Type;
