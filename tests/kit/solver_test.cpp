@@ -66,6 +66,34 @@ TEST(KitSolver, GivesTheBitsOfTheEleven) {
   }
 }
 
+TEST(KitSolver, SolvesManyColumnsWithTheBitsOfEach) {
+  for (const int side : {5, 85}) {
+    const Mesh mesh = bumpyMesh(side, side, 4);
+    const auto n = std::size_t(mesh.n());
+    const KitSolver solver = construct(mesh, tagEnds(side, side));
+    constexpr std::size_t kColumns = 11;
+    std::vector<double> values;
+    std::vector<double> sources;
+    const double* const none = nullptr;
+    for (std::size_t k = 0; k < kColumns * n; ++k) {
+      values.push_back(mesh.vertices[k % (3 * n)] + double(k / n));
+      sources.push_back(k % 3 == 0 ? 0 : mesh.vertices[(7 * k) % (3 * n)]);
+    }
+    for (const double* const source : {none, std::as_const(sources).data()}) {
+      std::vector<double> expected(values.size());
+      for (std::size_t k = 0; k < values.size(); k += n) {
+        ASSERT_EQ(quorkitSolve(solver.get(), values.data() + k,
+                               source != nullptr ? source + k : nullptr, expected.data() + k),
+                  QUORKIT_DONE);
+      }
+      std::vector<double> fields = values;  // in place
+      ASSERT_EQ(quorkitSolveMany(solver.get(), kColumns, fields.data(), source, fields.data()),
+                QUORKIT_DONE);
+      EXPECT_TRUE(sameBits(fields, expected));
+    }
+  }
+}
+
 TEST(KitSolver, SaysWhatIsABadArgument) {
   const Mesh mesh = gridMesh(3, 3);
   const std::vector<std::int32_t> tags = tagEnds(3, 3);
@@ -99,6 +127,11 @@ TEST(KitSolver, SaysWhatIsABadArgument) {
   EXPECT_EQ(quorkitSolve(nullptr, v, nullptr, field), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(quorkitSolve(good.get(), nullptr, nullptr, field), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(quorkitSolve(good.get(), v, nullptr, nullptr), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitSolveMany(nullptr, 1, v, nullptr, field), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitSolveMany(good.get(), -1, v, nullptr, field), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitSolveMany(good.get(), 1, nullptr, nullptr, field), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitSolveMany(good.get(), 1, v, nullptr, nullptr), QUORKIT_BAD_ARGUMENT);
+  EXPECT_EQ(quorkitSolveMany(good.get(), 0, nullptr, nullptr, nullptr), QUORKIT_DONE);
   EXPECT_EQ(quorkitSolverInfo(nullptr, &info), QUORKIT_BAD_ARGUMENT);
   EXPECT_EQ(quorkitSolverInfo(good.get(), nullptr), QUORKIT_BAD_ARGUMENT);
   quorkitFreeSolver(nullptr);

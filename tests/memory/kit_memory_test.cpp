@@ -73,6 +73,9 @@ TEST_F(KitMemory, EveryFunctionAnswersWithAStatus) {
   std::vector<std::int32_t> outTriangles = soup.triangles;
   std::vector<std::int32_t> map = soup.triangles;
   std::int32_t counts[2] = {};
+  std::vector<std::int32_t> origins(std::size_t(soup.m()));
+  const std::vector<double> columns(10 * tags.size(), 0.5);
+  std::vector<double> fields(columns.size());
   std::vector<double> sizes(tags.size(), 1.0);
   sizes[0] = 0.01;
   std::vector<double> triangleValues(std::size_t(m), kNaN);
@@ -146,6 +149,26 @@ TEST_F(KitMemory, EveryFunctionAnswersWithAStatus) {
               quorkitFreeSolver(built);
               return status;
             }},
+           {"weld with origins, in place", 3,
+            [&] {
+              outVertices = soup.vertices;
+              outTriangles = soup.triangles;
+              return quorkitWeldOrigins(soup.n(), outVertices.data(), soup.m(), outTriangles.data(),
+                                        outVertices.data(), outTriangles.data(), map.data(),
+                                        origins.data(), &counts[0], &counts[1], 0.01);
+            }},
+           {"check regions", 8,
+            [&] { return quorkitCheckRegions(n, v, m, t, tags.data(), v, &report); }},
+           {"solve many", 2,
+            [&] {
+              std::fill(fields.begin(), fields.end(), 77.0);
+              const QuorkitStatus status =
+                  quorkitSolveMany(solver.get(), 10, columns.data(), columns.data(), fields.data());
+              if (status != QUORKIT_DONE) {
+                EXPECT_EQ(fields, std::vector<double>(fields.size(), 77.0));
+              }
+              return status;
+            }},
            {"solve", 1, [&] { return quorkitSolve(solver.get(), v, v, field.data()); }},
            {"write", 10,
             [&] {
@@ -156,6 +179,8 @@ TEST_F(KitMemory, EveryFunctionAnswersWithAStatus) {
   }
   const std::function<QuorkitStatus()> never[] = {
       [&] { return quorkitAreas(n, v, m, t, field.data()); },
+      [&] { return quorkitFlow(n, v, m, t, v, tags.data(), 4, field.data()); },
+      [&] { return quorkitGradients(n, v, m, t, v, fields.data()); },
       [&] {
         return quorkitColours(4, v, 0, 1, reinterpret_cast<std::uint8_t*>(outVertices.data()));
       }};
