@@ -1,6 +1,7 @@
 // Several columns solved at once: each must have the bits of its own solve.
 
 #include "solve/fields_solve.h"
+#include "api/solver_handle.h"
 #include "operator/construct_tagged.h"
 #include "solve/field_solve.h"
 #include "support/mesh.h"
