@@ -39,10 +39,10 @@ enum ExitCode { kDone = 0, kFailed = 1, kUsage = 2, kInterrupted = 130 };
 void select(const Options& options, Regions& regions, Stages& stages) {
   stages.begin("select");
   for (const Rule& rule : options.rules) {
-    regions.add(rule, valueOf(rule, options));
+    regions.add(rule, valueOf(rule, options), stages);
   }
   for (const double value : missingValues(options)) {
-    regions.addMissingEnd(value);
+    regions.addMissingEnd(value, stages);
   }
   regions.finish();
   requireNoOverlap(regions.surface(), regions.all());

@@ -29,7 +29,7 @@ class Files(Case):
         self.assertAlmostEqual(len(result.triangles) / len(result.vertices), 2, delta=0.1)
 
     def test_prescribed_values_keep_off_the_ends_of_the_ramp(self):
-        self.stdout_of(SINK, "--out", "out", "--hot", "z-", "--cold", "z+")
+        self.stdout_of(SINK, "--out", "out", "--hot", "z-", "--cold", "z+", "--edge", "none")
         shares = [float(line.split()[1]) for line in (self.work / "out/heatmap.obj").read_text().splitlines()
                   if line.startswith("vt ")]
         self.assertAlmostEqual(min(shares), 0.001, delta=1e-5)
@@ -37,14 +37,15 @@ class Files(Case):
 
     def test_legend_holds_any_words(self):
         result = self.solve(SINK, "--hot-value", "100", "--cold-value", "20", "--title", 'a "sink" \\ 5 µm',
-                            "--unit", "°C", "--field", b"T\t\xff".decode(errors="surrogateescape"))
+                            "--unit", "°C", "--field", b"T\t\xff".decode(errors="surrogateescape"), "--edge", "none")
         expected = {"quor": 1, "title": 'a "sink" \\ 5 µm', "unit": "°C", "minimum": 20, "maximum": 100,
                     "field": "T\t\ufffd"}
         self.assertEqual({key: result.json.get(key) for key in expected}, expected)
 
     def test_range_gives_a_value_the_same_colour_in_two_results(self):
-        hot = self.solve(SINK, "--hot-value", "100", "--cold-value", "20", "--name", "hot")
-        warm = self.solve(SINK, "--hot-value", "60", "--cold-value", "20", "--range", "20", "100", "--name", "warm")
+        hot = self.solve(SINK, "--hot-value", "100", "--cold-value", "20", "--name", "hot", "--edge", "none")
+        warm = self.solve(SINK, "--hot-value", "60", "--cold-value", "20", "--range", "20", "100", "--name", "warm",
+                          "--edge", "none")
         self.assertEqual(warm.json["maximum"], 100)
         self.assertEqual(len(warm.vertices), len(hot.vertices) + 3)  # a triangle without size
         self.assertEqual(warm.vertices[-3:], 3 * warm.vertices[:1])
@@ -111,19 +112,21 @@ class Refusals(Case):
 
 class Interrupt(Case):
     def test_leaves_a_sentence_and_no_file(self):
-        process = subprocess.Popen([HEATMAP, BRACKET, "--out", "stopped", "--edge", "0.6"], cwd=self.work,
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        said = b""
-        while b"refine " not in said or not said.endswith(b"ms\n"):  # ever after: tag, build
-            byte = process.stdout.read(1)
-            self.assertTrue(byte, said)
-            said += byte
-        time.sleep(0.2)  # any moment will do
-        process.send_signal(signal.SIGINT)
-        _, error = process.communicate(timeout=120)
-        self.assertEqual(process.returncode, 130, error)
-        self.assertIn(b"stopped; nothing was written", error)
-        self.assertFalse((self.work / "stopped").exists())
+        for stage, arguments in [(b"solve ", ["--within", "1e-6"]), (b"build ", ["--edge", "0.5"])]:
+            with self.subTest(stage):
+                process = subprocess.Popen([HEATMAP, BRACKET, "--out", "stopped", *arguments], cwd=self.work,
+                                           stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                said = b""
+                while stage not in said:
+                    byte = process.stdout.read(1)
+                    self.assertTrue(byte, said)
+                    said += byte
+                time.sleep(0.1)  # any moment will do
+                process.send_signal(signal.SIGINT)
+                _, error = process.communicate(timeout=120)
+                self.assertEqual(process.returncode, 130, error)
+                self.assertEqual(error, b"heatmap: stopped; nothing was written\n")
+                self.assertFalse((self.work / "stopped").exists())
 
 
 if __name__ == "__main__":

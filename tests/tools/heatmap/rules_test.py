@@ -100,7 +100,16 @@ class Faces(Rules):
         self.prescribes("box.obj", "face:0.5,4,3", lambda x, y, z: x == 0, "--edge", "1")
         wall = self.prescribes("tube.obj", "face:5,0,5", lambda x, y, z: math.hypot(x, y) > 2.9 or z == 10, "--edge",
                                "0.5", "--cold", "ball:0,0,0,1")  # nothing cools the other end
-        self.assertRegex(self.selected(wall, "face:5,0,5")[1], "^face [123], cylinder, area 188")
+        self.assertRegex(self.selected(wall, "face:5,0,5")[1], "^face [123], cylinder, 2 away, area 188")
+
+    def test_points_that_are_far_or_as_near_to_another(self):
+        far = self.solve("box.obj", "--hot", "face:5,4,100", "--cold", "edge:5,-3,-4", "--edge", "2")
+        self.assertRegex(self.selected(far, "face:5,4,100")[1], "^face [1-6], plane, 96 away, area 80")
+        self.assertEqual(self.selected(far, "edge:5,-3,-4")[1], "5 away, length 10")
+        self.assertEqual(far.stderr, "")
+        both = self.solve("box.obj", "--hot", "face:5,0,4", "--cold", "edge:0,0,0", "--edge", "2")
+        self.assertRegex(both.stderr, '--hot "face:5,0,4" is as near to a second face: give a point that is nearer to the face')
+        self.assertRegex(both.stderr, '--cold "edge:0,0,0" is as near to a second edge')
 
     def test_the_list_of_faces(self):
         for part, expected in [

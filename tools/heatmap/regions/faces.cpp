@@ -4,6 +4,7 @@
 
 #include <quorkit.h>
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 #include <new>
@@ -33,6 +34,23 @@ KitFaces find(const Surface& part) {
   return KitFaces(faces);
 }
 
+// The two nearest of things numbered from 1, by their distances.
+template <typename Distance>
+Faces::Nearest nearestOf(std::int32_t count, const Distance& distance) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  Faces::Nearest nearest{0, kInfinity, 0, kInfinity};
+  for (std::int32_t number = 1; number <= count; ++number) {
+    const double own = distance(number);
+    if (own < nearest.distance) {
+      nearest = {number, own, nearest.number, nearest.distance};
+    } else if (own < nearest.otherDistance) {
+      nearest.other = number;
+      nearest.otherDistance = own;
+    }
+  }
+  return nearest;
+}
+
 }  // namespace
 
 Faces::Faces(const Surface& part) : part_(part) {
@@ -48,35 +66,26 @@ Faces::Faces(const Surface& part) : part_(part) {
   }
 }
 
-std::int32_t Faces::nearestFace(Vec3 point) const {
-  double nearest = std::numeric_limits<double>::infinity();
-  std::int32_t face = 1;
-  for (std::size_t f = 0; f < faces_.size(); ++f) {
-    for (const std::int32_t t : faces_[f]) {
+Faces::Nearest Faces::nearestFace(Vec3 point) const {
+  return nearestOf(count(), [&](std::int32_t face) {
+    double least = std::numeric_limits<double>::infinity();
+    for (const std::int32_t t : triangles(face)) {
       const auto [a, b, c] = cornersOf(part_, t);
-      const double distance = norm(nearestOfTriangle(point, a, b, c) - point);
-      if (distance < nearest) {
-        nearest = distance;
-        face = toIndex(f + 1);
-      }
+      least = std::min(least, norm(nearestOfTriangle(point, a, b, c) - point));
     }
-  }
-  return face;
+    return least;
+  });
 }
 
-std::vector<Edge> Faces::nearestChain(Vec3 point) const {
-  double nearest = std::numeric_limits<double>::infinity();
-  std::vector<Edge> found;
-  for (const std::vector<Edge>& chain : chains_) {
-    for (const auto& [a, b] : chain) {
-      const double distance = norm(nearestOfSegment(point, part_.point(a), part_.point(b)) - point);
-      if (distance < nearest) {
-        nearest = distance;
-        found = chain;
-      }
+Faces::Nearest Faces::nearestChain(Vec3 point) const {
+  return nearestOf(chainCount(), [&](std::int32_t chain) {
+    double least = std::numeric_limits<double>::infinity();
+    for (const auto& [a, b] : edges(chain)) {
+      least =
+          std::min(least, norm(nearestOfSegment(point, part_.point(a), part_.point(b)) - point));
     }
-  }
-  return found;
+    return least;
+  });
 }
 
 }  // namespace heatmap

@@ -20,11 +20,21 @@ class Faces {
   const std::vector<std::int32_t>& triangles(std::int32_t face) const {
     return faces_[toSize(face - 1)];
   }
-  // The face nearest to a point; of several as near, the one with the lowest number.
-  std::int32_t nearestFace(quor::Vec3 point) const;
-  // The edges of the chain nearest to a point, from one corner of the part to the next, or all
-  // around. Nothing if the part has none.
-  std::vector<Edge> nearestChain(quor::Vec3 point) const;
+  // How many chains of edges there are, from one corner of the part to the next, or all around.
+  std::int32_t chainCount() const { return toIndex(chains_.size()); }
+  // The edges of a chain, numbered from 1.
+  const std::vector<Edge>& edges(std::int32_t chain) const { return chains_[toSize(chain - 1)]; }
+
+  // The face, or the chain, that is nearest to a point; of several as near, the one with the lowest
+  // number. There is at least one.
+  struct Nearest {
+    std::int32_t number;
+    double distance;
+    std::int32_t other;    // the second nearest, or 0 if there is none
+    double otherDistance;  // infinite if there is none
+  };
+  Nearest nearestFace(quor::Vec3 point) const;
+  Nearest nearestChain(quor::Vec3 point) const;
 
  private:
   const Surface& part_;

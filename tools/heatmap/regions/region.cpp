@@ -20,6 +20,7 @@ namespace heatmap {
 namespace {
 
 constexpr double kTolerance = 4e-6;         // of the diagonal: how exact borders of bodies are
+constexpr double kNear = 1e-3;              // of the diagonal: how near a point is on a face
 constexpr double kTolerancesInRadius = 25;  // that a radius has at least
 
 [[noreturn]] void refuse(const Rule& rule, const std::string& why) {
@@ -121,7 +122,7 @@ std::string describe(const Surface& surface, const Selection& selection) {
 Regions::Regions(Surface part, const Faces& faces)
     : part_(std::move(part)), faces_(faces), surface_(part_), change_(noChange(part_)) {}
 
-void Regions::add(const Rule& rule, double value) {
+void Regions::add(const Rule& rule, double value, Stages& stages) {
   const double diagonal = boundsOf(part_).diagonal();
   const double tolerance = kTolerance * diagonal;
   const std::optional<Body> body = bodyOf(rule, part_.origin);
@@ -135,7 +136,7 @@ void Regions::add(const Rule& rule, double value) {
     region.selection = trianglesIn(*body, tolerance, part_);
   }
   if (!body) {
-    region.selection = select(rule, region);
+    region.selection = select(rule, region, stages);
   }
   if (!body || !region.selection.isEmpty()) {
     follow(change_, region.selection);
@@ -165,13 +166,30 @@ Selection Regions::faceOf(std::int32_t face, Region& region) const {
   return {triangles, {}};
 }
 
-Selection Regions::select(const Rule& rule, Region& region) const {
+// Says how far the nearest is, and warns if another one is as near.
+void Regions::takeNearest(const Rule& rule, const char* kind, const Faces::Nearest& nearest,
+                          Region& region, Stages& stages) const {
+  const double diagonal = boundsOf(part_).diagonal();
+  if (nearest.distance > kNear * diagonal) {
+    region.what += shortText(nearest.distance) + " away, ";
+  }
+  if (nearest.otherDistance - nearest.distance <= kTolerance * diagonal) {
+    stages.warn(nameOf(rule) + " is as near to a second " + kind +
+                ": give a point that is nearer to the " + kind + " that is meant");
+  }
+}
+
+Selection Regions::select(const Rule& rule, Region& region, Stages& stages) const {
   const auto point = [&] {
     return Vec3{rule.numbers[0], rule.numbers[1], rule.numbers[2]} - part_.origin;
   };
   switch (rule.kind) {
-    case RuleKind::kFace:
-      return faceOf(faces_.nearestFace(point()), region);
+    case RuleKind::kFace: {
+      const Faces::Nearest nearest = faces_.nearestFace(point());
+      Selection selection = faceOf(nearest.number, region);
+      takeNearest(rule, "face", nearest, region, stages);
+      return selection;
+    }
     case RuleKind::kFaceNumber:
       if (!(rule.numbers[0] <= faces_.count())) {
         refuse(rule, "names a face that is not there: the part has " +
@@ -179,31 +197,33 @@ Selection Regions::select(const Rule& rule, Region& region) const {
       }
       return faceOf(static_cast<std::int32_t>(rule.numbers[0]), region);
     case RuleKind::kEdge: {
-      std::vector<Edge> chain = faces_.nearestChain(point());
-      if (chain.empty()) {
+      if (faces_.chainCount() == 0) {
         refuse(rule, "selects nothing: the part has no edge between two faces; take face:X,Y,Z");
       }
-      std::sort(chain.begin(), chain.end());
-      return {{}, std::move(chain)};
+      const Faces::Nearest nearest = faces_.nearestChain(point());
+      takeNearest(rule, "edge", nearest, region, stages);
+      Selection selection{{}, faces_.edges(nearest.number)};
+      std::sort(selection.edges.begin(), selection.edges.end());
+      return selection;
     }
     default:
       return endOf(part_, rule);
   }
 }
 
-void Regions::addMissingEnd(double value) {
+void Regions::addMissingEnd(double value, Stages& stages) {
   const Bounds bounds = boundsOf(part_);
   const auto extent = [&](std::size_t axis) { return bounds.high[axis] - bounds.low[axis]; };
   std::array<std::size_t, 3> axes{0, 1, 2};
   std::stable_sort(axes.begin(), axes.end(),
                    [&](std::size_t a, std::size_t b) { return extent(a) > extent(b); });
   if (regions_.empty()) {
-    add(endOfAxis(axes[0], false), value);
+    add(endOfAxis(axes[0], false), value, stages);
     return;
   }
   const Rule& first = regions_[0].rule;
   if (first.kind == RuleKind::kLowEnd || first.kind == RuleKind::kHighEnd) {
-    add(endOpposite(first.axis), value);
+    add(endOpposite(first.axis), value, stages);
     return;
   }
   std::vector<bool> isSelected(toSize(surface_.vertexCount()));
@@ -220,7 +240,7 @@ void Regions::addMissingEnd(double value) {
                        [&](std::int32_t v) { return isSelected[toSize(v)]; });
   };
   const auto* const apart = std::find_if_not(axes.begin(), axes.end(), touches);
-  add(endOpposite(apart == axes.end() ? axes[0] : *apart), value);
+  add(endOpposite(apart == axes.end() ? axes[0] : *apart), value, stages);
 }
 
 void Regions::finish() {

@@ -5,6 +5,7 @@
 #include "part/surface.h"
 #include "regions/faces.h"
 #include "regions/rule.h"
+#include "stages.h"
 
 #include <string>
 #include <vector>
@@ -25,14 +26,15 @@ class Regions {
   // Takes a welded and cleaned part, and its faces, which must outlive this.
   Regions(Surface part, const Faces& faces);
 
-  // Selects what the rule says. Throws std::runtime_error, which names the rule, if that is
-  // nothing, or vertices alone, which have no capacity.
-  void add(const Rule& rule, double value);
+  // Selects what the rule says, and warns if that could be something else. Throws
+  // std::runtime_error, which names the rule, if that is nothing, or vertices alone, which have no
+  // capacity.
+  void add(const Rule& rule, double value, Stages& stages);
 
   // Selects the end of an axis that is farther from what is selected so far: of the axis that the
   // first rule names, or else of the longest one whose end does not touch it, if there is one.
   // Before any rule, the low end of the longest axis.
-  void addMissingEnd(double value);
+  void addMissingEnd(double value, Stages& stages);
 
   // Drops what cutting has left of almost no area. To be called after all rules are added.
   void finish();
@@ -42,7 +44,9 @@ class Regions {
   const Surface& surface() const { return surface_; }
 
  private:
-  Selection select(const Rule& rule, Region& region) const;
+  Selection select(const Rule& rule, Region& region, Stages& stages) const;
+  void takeNearest(const Rule& rule, const char* kind, const Faces::Nearest& nearest,
+                   Region& region, Stages& stages) const;
   Rule endOpposite(std::size_t axis) const;
   Selection faceOf(std::int32_t face, Region& region) const;
 
