@@ -17,6 +17,9 @@
  *             2,147,483,647 vertices or triangles.
  *   corners   weld and the solver look at every corner index: std::out_of_range outside the mesh.
  *   status    quor::Error with the status code, or the code itself (Solver::make).
+ *   sense     Solver refuses what has no field: std::invalid_argument for a coordinate that is not
+ *             finite, quor::Unprescribed for a component without a prescribed vertex, quor::Error
+ *             for a singular matrix. Solver::make accepts all three.
  *
  * and passes std::bad_alloc and std::length_error of the library on, to be caught as quor.h tells.
  *
@@ -33,6 +36,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
@@ -75,7 +79,8 @@ class Span {
   std::size_t size_ = 0;
 };
 
-/* No solver for this mesh: its status is not 0, or it is and the factorization failed (info). */
+/* No solver for this mesh: the status is not 0, or the factorization failed (info), or the mesh has
+   no field (Unprescribed). */
 class Error : public std::runtime_error {
  public:
   Error(QuorStatusCode status, std::uint32_t info, const char* text)
@@ -87,6 +92,22 @@ class Error : public std::runtime_error {
  private:
   QuorStatusCode status_;
   std::uint32_t info_;
+};
+
+/* No solver for this mesh: a component of it has no prescribed vertex, so it has no field. */
+class Unprescribed : public Error {
+ public:
+  explicit Unprescribed(std::int32_t vertex)
+      : Error(QUOR_SUCCESS, QUOR_INFO_NUMERICAL_ISSUE,
+              ("quor: nothing is prescribed on the component of vertex " + std::to_string(vertex) +
+               ": tag one of its vertices 1, 2 or 3")
+                  .c_str()),
+        vertex_(vertex) {}
+
+  std::int32_t vertex() const { return vertex_; } /* the lowest one of the component */
+
+ private:
+  std::int32_t vertex_;
 };
 
 /* What quorWeld writes. The vectors keep the capacity of the input: shrink_to_fit if that matters.
@@ -127,6 +148,66 @@ inline void requireCorners(Span<std::int32_t> triangles, std::int32_t vertexCoun
   }
 }
 
+/// Which vertices triangles connect: a forest whose roots stand for the components.
+class Components {
+ public:
+  explicit Components(std::size_t vertexCount) : parents_(vertexCount) {
+    for (std::size_t v = 0; v < vertexCount; ++v) {
+      parents_[v] = v;
+    }
+  }
+
+  std::size_t rootOf(std::size_t v) {
+    while (parents_[v] != v) {
+      v = parents_[v] = parents_[parents_[v]];
+    }
+    return v;
+  }
+  void join(std::size_t v, std::size_t w) {
+    const std::size_t a = rootOf(v);
+    const std::size_t b = rootOf(w);
+    parents_[a > b ? a : b] = a > b ? b : a;  // so a root is the lowest vertex of its component
+  }
+
+ private:
+  std::vector<std::size_t> parents_;
+};
+
+/// Throws unless all coordinates are finite and every component has a prescribed vertex. Triangles
+/// with a corner outside the mesh and vertices of no triangle are not looked at.
+inline void requireSolvable(Span<double> vertices, Span<std::int32_t> triangles,
+                            Span<std::int32_t> tags) {
+  for (std::size_t k = 0; k < vertices.size(); ++k) {
+    if (!std::isfinite(vertices[k])) {
+      throw std::invalid_argument("quor: vertices: a coordinate of vertex " +
+                                  std::to_string(k / 3) + " is not finite");
+    }
+  }
+  Components components(tags.size());
+  std::vector<bool> isUsed(tags.size());
+  for (std::size_t k = 0; k + 2 < triangles.size(); k += 3) {
+    const auto a = static_cast<std::size_t>(triangles[k]);  // a negative one becomes a large one
+    const auto b = static_cast<std::size_t>(triangles[k + 1]);
+    const auto c = static_cast<std::size_t>(triangles[k + 2]);
+    if (a < tags.size() && b < tags.size() && c < tags.size()) {
+      components.join(a, b);
+      components.join(a, c);
+      isUsed[a] = isUsed[b] = isUsed[c] = true;
+    }
+  }
+  std::vector<bool> isPrescribed(tags.size());
+  for (std::size_t v = 0; v < tags.size(); ++v) {
+    if (tags[v] >= 1 && tags[v] <= 3) {
+      isPrescribed[components.rootOf(v)] = true;
+    }
+  }
+  for (std::size_t v = 0; v < tags.size(); ++v) {
+    if (isUsed[v] && components.rootOf(v) == v && !isPrescribed[v]) {
+      throw Unprescribed(static_cast<std::int32_t>(v));
+    }
+  }
+}
+
 /// Opens a file for writing and leaves it as it is.
 inline void requireWritable(const std::string& file) {
   errno = 0;
@@ -147,6 +228,12 @@ inline const char* textOf(QuorStatusCode status) {
       return "quor: an array is null";
     default:
       return "quor: no factorization, a pivot was exactly zero";
+  }
+}
+
+inline void requireFactorized(QuorStatusCode status, std::uint32_t info) {
+  if (status != QUOR_SUCCESS || info != QUOR_INFO_SUCCESS) {
+    throw Error(status, info, textOf(status));
   }
 }
 
@@ -186,24 +273,24 @@ class Solver {
   Solver() = default;
 
   /*
-   * quorctorTagged and quorinfo in one: throws quor::Error unless the mesh has been accepted and
-   * factorized.
+   * quorctorTagged and quorinfo in one: throws unless the mesh has a field and has been accepted
+   * and factorized. See "sense" above.
    *
    *   vertices   three coordinates per vertex
    *   triangles  three vertex indices per triangle
    *   tags       one per vertex; 1, 2 and 3 are prescribed
    */
   Solver(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags) {
+    detail::requireOnePerVertex(tags.size(), vertices.size() / 3, "tags");
+    detail::requireSolvable(vertices, triangles, tags);
     QuorStatusCode status = QUOR_SUCCESS;
     *this = make(vertices, triangles, tags, status);
-    if (status != QUOR_SUCCESS || info() != QUOR_INFO_SUCCESS) {
-      throw Error(status, info(), detail::textOf(status));
-    }
+    detail::requireFactorized(status, info());
   }
 
   /*
-   * The same without quor::Error: writes the status, and returns an empty solver unless that is
-   * QUOR_SUCCESS. As in C, ask info() whether the factorization succeeded.
+   * Accepts whatever quorctorTagged accepts: writes the status, and returns an empty solver unless
+   * that is QUOR_SUCCESS. As in C, ask info() whether the factorization succeeded.
    */
   static Solver make(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags,
                      QuorStatusCode& status) {

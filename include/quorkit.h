@@ -31,10 +31,11 @@
  * the mesh, numbers without a meaning. An array of no entries may be null. Undefined behaviour: an
  * array that is too short, an address that no function gave, anything used after it was freed.
  *
- * FAILURE. Every function that can fail returns a status, QUORKIT_DONE or why not. Nothing is
- * thrown, whatever happens, and no memory is kept. Unless the status is QUORKIT_DONE nothing is
- * written at all, but for two: what quorkitWeld and quorkitSolve had written when memory ran out
- * stays, and pointers to what could not be made are null after every failure but a null address.
+ * FAILURE. Every function that can fail returns a status, and writes more to the QuorkitError that
+ * is its last argument: which argument, which entry, or which file. Nothing is thrown, whatever
+ * happens, and no memory is kept. Unless the status is QUORKIT_DONE no output is written, with two
+ * exceptions: quorkitWeld and quorkitSolve may leave their arrays partly written when out of
+ * memory, and pointers to what could not be made are null after every failure but a null address.
  *
  * THREADS. No function starts a thread, takes a lock or keeps global state, and every one of them
  * runs on a 128 KB stack. Calls on different data run at the same time freely. On one solver any
@@ -67,7 +68,10 @@
 #endif
 
 #ifdef __cplusplus
+#define QUORKIT_OPTIONAL = nullptr /* the argument may be left out */
 extern "C" {
+#else
+#define QUORKIT_OPTIONAL
 #endif
 
 /* What the functions return. The numbers are fixed. */
@@ -75,7 +79,7 @@ typedef int32_t QuorkitStatus;
 enum {
   QUORKIT_DONE = 0,
   QUORKIT_BAD_ARGUMENT = 1,  /* an argument is not what the function asks for                    */
-  QUORKIT_OUT_OF_MEMORY = 2, /* memory ran out                                                   */
+  QUORKIT_OUT_OF_MEMORY = 2, /* out of memory                                                    */
   QUORKIT_TOO_LARGE = 3,     /* the result has no place in 32-bit indices                        */
   QUORKIT_FILE = 4,          /* a file cannot be read or written, or the disk is full            */
   QUORKIT_CANCELLED = 5,     /* the progress function said so                                    */
@@ -84,6 +88,43 @@ enum {
 
 /* The English text of a status, one line without a full stop; never null, lives for ever. */
 QUORKIT_API const char* quorkitStatusText(QuorkitStatus status);
+
+/* What is wrong with a bad argument. The numbers are fixed; more may be added. */
+enum {
+  QUORKIT_NULL = 1,             /* a pointer is null where there is something to read or write    */
+  QUORKIT_OUT_OF_RANGE = 2,     /* a number, a count or an index                                  */
+  QUORKIT_NOT_FINITE = 3,       /* a NaN or an infinity                                           */
+  QUORKIT_DEGENERATE = 4,       /* a triangle of zero area                                        */
+  QUORKIT_NO_EDGE = 5,          /* two vertices that no edge of the mesh joins                    */
+  QUORKIT_REPEATED_CORNER = 23, /* a triangle with two equal corners; the number is quor.h's      */
+  QUORKIT_UNUSED_VERTEX = 24    /* a vertex that no triangle uses; the number is quor.h's         */
+};
+
+/*
+ * Why a call failed. Every function that can fail takes the address of one as its last argument,
+ * and writes it unless the status is QUORKIT_DONE; null if nobody reads it. In C++ the argument may
+ * be left out. It belongs to the caller and holds nothing to be released.
+ *
+ *   status    what the function returned
+ *   reason    of QUORKIT_BAD_ARGUMENT: what is wrong, from the list above; else 0
+ *   argument  of QUORKIT_BAD_ARGUMENT: the name of the argument in this header, or of the member of
+ *             QuorkitProblem; else "". Never null, lives for ever
+ *   index     which entry of the argument: the vertex, triangle, edge or value, from 0. A corner is
+ *             reported by its triangle. -1 if the argument has no entries or all are meant
+ *   system    of QUORKIT_FILE: the number of the operating system (errno); 0 if unknown
+ *   text      one line of English without a full stop: the argument or the file, what was found and
+ *             what to do. UTF-8. A path that is too long loses its beginning
+ *
+ * If several arguments are bad the first one found is reported; which one that is may change.
+ */
+typedef struct QuorkitError {
+  QuorkitStatus status;
+  int32_t reason;
+  const char* argument;
+  int32_t index;
+  int32_t system;
+  char text[512];
+} QuorkitError;
 
 /*
  * quorWeld: merges points closer than a tolerance, exactly and along chains, and drops collapsed
@@ -95,7 +136,8 @@ QUORKIT_API QuorkitStatus quorkitWeld(int32_t pointCount, const double* points,
                                       int32_t triangleCount, const int32_t* triangles,
                                       double* outVertices, int32_t* outTriangles,
                                       int32_t* outPointMap, int32_t* outVertexCount,
-                                      int32_t* outTriangleCount, double tolerance);
+                                      int32_t* outTriangleCount, double tolerance,
+                                      QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * Welds like quorkitWeld, and also returns the input triangle that each kept triangle was. What the
@@ -116,7 +158,8 @@ QUORKIT_API QuorkitStatus quorkitWeldOrigins(int32_t pointCount, const double* p
                                              double* outVertices, int32_t* outTriangles,
                                              int32_t* outPointMap, int32_t* outTriangleOrigins,
                                              int32_t* outVertexCount, int32_t* outTriangleCount,
-                                             double tolerance);
+                                             double tolerance,
+                                             QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /* How often something was found, and the index of the first one; -1 if there is none. */
 typedef struct QuorkitFinding {
@@ -177,7 +220,8 @@ typedef struct QuorkitReport {
  */
 QUORKIT_API QuorkitStatus quorkitCheck(int32_t n, const double* vertices, int32_t m,
                                        const int32_t* triangles, const int32_t* tags,
-                                       QuorkitReport* reportOut);
+                                       QuorkitReport* reportOut,
+                                       QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * Checks a mesh like quorkitCheck, with regions in place of tags. A region is a set of vertices
@@ -202,7 +246,8 @@ QUORKIT_API QuorkitStatus quorkitCheck(int32_t n, const double* vertices, int32_
  */
 QUORKIT_API QuorkitStatus quorkitCheckRegions(int32_t n, const double* vertices, int32_t m,
                                               const int32_t* triangles, const int32_t* regions,
-                                              const double* values, QuorkitReport* reportOut);
+                                              const double* values, QuorkitReport* reportOut,
+                                              QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /* A mesh that the library made, with where it comes from. All arrays belong to it, are to be read
    only, and live until quorkitFreeMesh. */
@@ -258,7 +303,8 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
  *   for (i = 0; i < n; ++i) if (map[i] >= 0 && tags[i] != 0) newTags[map[i]] = tags[i];
  */
 QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_t m,
-                                       const int32_t* triangles, const QuorkitMesh** meshOut);
+                                       const int32_t* triangles, const QuorkitMesh** meshOut,
+                                       QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * Splits a mesh until no edge is longer than a length, and stays the surface it was. What a CAD
@@ -302,7 +348,8 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  */
 QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32_t m,
                                         const int32_t* triangles, double longestEdge,
-                                        const QuorkitMesh** meshOut);
+                                        const QuorkitMesh** meshOut,
+                                        QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * quorkitRefine with shorter edges near some vertices: those where a field bends most. On a surface
@@ -317,7 +364,8 @@ QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32
  */
 QUORKIT_API QuorkitStatus quorkitRefineGraded(int32_t n, const double* vertices, int32_t m,
                                               const int32_t* triangles, double longestEdge,
-                                              const double* sizes, const QuorkitMesh** meshOut);
+                                              const double* sizes, const QuorkitMesh** meshOut,
+                                              QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * quorkitRefine to about so many triangles: finds the length, which the mesh tells as longestEdge.
@@ -332,7 +380,8 @@ QUORKIT_API QuorkitStatus quorkitRefineGraded(int32_t n, const double* vertices,
  */
 QUORKIT_API QuorkitStatus quorkitRefineTo(int32_t n, const double* vertices, int32_t m,
                                           const int32_t* triangles, int32_t triangleCount,
-                                          const QuorkitMesh** meshOut);
+                                          const QuorkitMesh** meshOut,
+                                          QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * Called now and then during quorkitConstruct, on the thread that called it, with the fraction of
@@ -376,7 +425,8 @@ typedef struct QuorkitSolver QuorkitSolver;
 QUORKIT_API QuorkitStatus quorkitConstruct(int32_t n, const double* vertices, int32_t m,
                                            const int32_t* triangles, const int32_t* tags,
                                            QuorkitProgress progress, void* context,
-                                           QuorkitSolver** solverOut);
+                                           QuorkitSolver** solverOut,
+                                           QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /* What quorkitSolverInfo writes. The arrays belong to the solver. */
 typedef struct QuorkitSolverInfo {
@@ -391,8 +441,8 @@ typedef struct QuorkitSolverInfo {
 } QuorkitSolverInfo;
 
 /* Tells what a solver holds; `factorization` is what quorinfo says. Ask once after building. */
-QUORKIT_API QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver,
-                                            QuorkitSolverInfo* infoOut);
+QUORKIT_API QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver, QuorkitSolverInfo* infoOut,
+                                            QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * quorsolveTagged and quorsolvePTagged: the field with the given values at the prescribed vertices,
@@ -404,7 +454,8 @@ QUORKIT_API QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver,
  *   fieldOut          out  n values; may be either input
  */
 QUORKIT_API QuorkitStatus quorkitSolve(const QuorkitSolver* solver, const double* prescribedValues,
-                                       const double* sourceValues, double* fieldOut);
+                                       const double* sourceValues, double* fieldOut,
+                                       QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * Solves for several fields at once: column k of the result has every bit that quorkitSolve gives
@@ -423,7 +474,8 @@ QUORKIT_API QuorkitStatus quorkitSolve(const QuorkitSolver* solver, const double
  */
 QUORKIT_API QuorkitStatus quorkitSolveMany(const QuorkitSolver* solver, int32_t columnCount,
                                            const double* prescribedValues,
-                                           const double* sourceValues, double* fieldsOut);
+                                           const double* sourceValues, double* fieldsOut,
+                                           QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /* Releases a solver; null is ignored. Exactly once per solver. */
 QUORKIT_API void quorkitFreeSolver(QuorkitSolver* solver);
@@ -460,7 +512,8 @@ typedef struct QuorkitFaces {
  */
 QUORKIT_API QuorkitStatus quorkitFaces(int32_t n, const double* vertices, int32_t m,
                                        const int32_t* triangles, double angle,
-                                       const QuorkitFaces** facesOut);
+                                       const QuorkitFaces** facesOut,
+                                       QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /* Releases faces; null is ignored. Exactly once each. */
 QUORKIT_API void quorkitFreeFaces(const QuorkitFaces* faces);
@@ -554,7 +607,8 @@ typedef struct QuorkitSolution {
  */
 QUORKIT_API QuorkitStatus quorkitSolveWithin(const QuorkitProblem* problem,
                                              QuorkitProgress progress, void* context,
-                                             const QuorkitSolution** solutionOut);
+                                             const QuorkitSolution** solutionOut,
+                                             QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /* Releases a solution; null is ignored. Exactly once per solution. */
 QUORKIT_API void quorkitFreeSolution(const QuorkitSolution* solution);
@@ -578,7 +632,8 @@ QUORKIT_API void quorkitFreeSolution(const QuorkitSolution* solution);
  */
 QUORKIT_API QuorkitStatus quorkitFlip(int32_t n, const double* vertices, int32_t m,
                                       const int32_t* triangles, const int32_t* faces,
-                                      const QuorkitMesh** meshOut);
+                                      const QuorkitMesh** meshOut,
+                                      QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * The area that belongs to each vertex: a third of each of its triangles. A source of density f
@@ -589,7 +644,8 @@ QUORKIT_API QuorkitStatus quorkitFlip(int32_t n, const double* vertices, int32_t
  *   areasOut      out  n areas, 0 where no triangle is
  */
 QUORKIT_API QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_t m,
-                                       const int32_t* triangles, double* areasOut);
+                                       const int32_t* triangles, double* areasOut,
+                                       QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * Computes the total flow through each region, such as the heat that a hot face gives off.
@@ -620,8 +676,8 @@ QUORKIT_API QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_
  */
 QUORKIT_API QuorkitStatus quorkitFlow(int32_t n, const double* vertices, int32_t m,
                                       const int32_t* triangles, const double* field,
-                                      const int32_t* regions, int32_t regionCount,
-                                      double* flowsOut);
+                                      const int32_t* regions, int32_t regionCount, double* flowsOut,
+                                      QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * Computes the gradient of a field in each triangle: the vector in the triangle's plane that points
@@ -639,7 +695,8 @@ QUORKIT_API QuorkitStatus quorkitFlow(int32_t n, const double* vertices, int32_t
  */
 QUORKIT_API QuorkitStatus quorkitGradients(int32_t n, const double* vertices, int32_t m,
                                            const int32_t* triangles, const double* field,
-                                           double* gradientsOut);
+                                           double* gradientsOut,
+                                           QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * A field as colours, for hosts that colour vertices: 256 colours from dark violet (low) to yellow
@@ -653,7 +710,7 @@ QUORKIT_API QuorkitStatus quorkitGradients(int32_t n, const double* vertices, in
  *   rgbaOut  out  4n bytes; NaN becomes the grey 128 128 128 255, which is none of the colours
  */
 QUORKIT_API QuorkitStatus quorkitColours(int32_t n, const double* field, double low, double high,
-                                         uint8_t* rgbaOut);
+                                         uint8_t* rgbaOut, QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
  * Writes a mesh and a field as an OBJ file that viewers show as colours, and its material: the text
@@ -683,12 +740,14 @@ QUORKIT_API QuorkitStatus quorkitColours(int32_t n, const double* field, double 
  */
 QUORKIT_API QuorkitStatus quorkitWrite(int32_t n, const double* vertices, int32_t m,
                                        const int32_t* triangles, const double* field,
-                                       const char* path, const char* ramp, double margin);
+                                       const char* path, const char* ramp, double margin,
+                                       QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /* encode_integer_to_sphere and decode_integer_from_sphere, as quor.h tells. A null pointer and a
    value outside -1 .. 65534 are QUORKIT_BAD_ARGUMENT, nothing is written; decoding cannot fail. */
 QUORKIT_API QuorkitStatus quorkitEncodeToSphere(int32_t value, float* xOut, float* yOut,
-                                                float* zOut);
+                                                float* zOut,
+                                                QuorkitError* errorOut QUORKIT_OPTIONAL);
 QUORKIT_API int32_t quorkitDecodeFromSphere(float x, float y, float z);
 
 #ifdef __cplusplus

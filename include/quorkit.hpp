@@ -13,12 +13,14 @@
  *
  * What the functions compute, and their limits and threads, is told in quorkit.h and holds here
  * word for word; the const members of a Solver are the calls that may overlap. A status that is not
- * QUORKIT_DONE becomes an exception:
+ * QUORKIT_DONE becomes an exception with the text of QuorkitError:
  *
- *   QUORKIT_BAD_ARGUMENT   std::invalid_argument, also for spans whose lengths do not fit together
+ *   QUORKIT_BAD_ARGUMENT   quor::kit::BadArgument, a std::invalid_argument that names the argument
  *   QUORKIT_OUT_OF_MEMORY  std::bad_alloc
  *   QUORKIT_TOO_LARGE      std::length_error, also for spans of more than 2,147,483,647 vertices
  *   all others             quor::kit::Error, with the status
+ *
+ * Spans whose lengths do not fit together are a std::invalid_argument.
  *
  * They are thrown by this header, in the caller's own program: any compiler's code catches them.
  */
@@ -38,32 +40,62 @@
 
 namespace quor::kit {
 
+/* QUORKIT_BAD_ARGUMENT: an argument that the library refused. See QuorkitError. */
+class BadArgument : public std::invalid_argument {
+ public:
+  explicit BadArgument(const QuorkitError& error)
+      : std::invalid_argument(std::string("quor: ") + error.text),
+        argument_(error.argument),
+        reason_(error.reason),
+        index_(error.index) {}
+
+  const char* argument() const { return argument_; } /* its name in quorkit.h               */
+  std::int32_t reason() const { return reason_; }    /* QUORKIT_NULL or one that follows it */
+  std::int32_t index() const { return index_; }      /* of the entry, or -1                 */
+
+ private:
+  const char* argument_;
+  std::int32_t reason_;
+  std::int32_t index_;
+};
+
 /* QUORKIT_FILE, QUORKIT_CANCELLED or QUORKIT_INTERNAL. */
 class Error : public std::runtime_error {
  public:
-  explicit Error(QuorkitStatus status)
-      : std::runtime_error(std::string("quor: ") + quorkitStatusText(status)), status_(status) {}
+  explicit Error(const QuorkitError& error)
+      : std::runtime_error(std::string("quor: ") + error.text),
+        status_(error.status),
+        system_(error.system) {}
 
   QuorkitStatus status() const { return status_; }
+  std::int32_t system() const { return system_; } /* of QUORKIT_FILE: errno; 0 if unknown */
 
  private:
   QuorkitStatus status_;
+  std::int32_t system_;
 };
 
 namespace detail {
 
-inline void require(QuorkitStatus status) {
-  switch (status) {
-    case QUORKIT_DONE:
-      return;
+[[noreturn]] inline void fail(const QuorkitError& error) {
+  switch (error.status) {
     case QUORKIT_BAD_ARGUMENT:
-      throw std::invalid_argument(std::string("quor: ") + quorkitStatusText(status));
+      throw BadArgument(error);
     case QUORKIT_OUT_OF_MEMORY:
       throw std::bad_alloc();
     case QUORKIT_TOO_LARGE:
-      throw std::length_error(std::string("quor: ") + quorkitStatusText(status));
+      throw std::length_error(std::string("quor: ") + error.text);
     default:
-      throw Error(status);
+      throw Error(error);
+  }
+}
+
+/// Calls a function of the library and throws what its status means.
+template <class Function, class... Arguments>
+void call(Function* function, Arguments... arguments) {
+  QuorkitError error;
+  if (function(arguments..., &error) != QUORKIT_DONE) {
+    fail(error);
   }
 }
 
@@ -128,9 +160,9 @@ inline Welded weld(Span<double> points, Span<std::int32_t> triangles, double tol
   welded.pointMap.resize(points.size() / 3);
   std::int32_t vertices = 0;
   std::int32_t kept = 0;
-  detail::require(quorkitWeld(pointCount, points.data(), triangleCount, triangles.data(),
-                              welded.vertices.data(), welded.triangles.data(),
-                              welded.pointMap.data(), &vertices, &kept, tolerance));
+  detail::call(quorkitWeld, pointCount, points.data(), triangleCount, triangles.data(),
+               welded.vertices.data(), welded.triangles.data(), welded.pointMap.data(), &vertices,
+               &kept, tolerance);
   welded.vertices.resize(3 * static_cast<std::size_t>(vertices));
   welded.triangles.resize(3 * static_cast<std::size_t>(kept));
   return welded;
@@ -153,10 +185,9 @@ inline WeldedWithOrigins weldWithOrigins(Span<double> points, Span<std::int32_t>
   welded.triangleOrigins.resize(triangles.size() / 3);
   std::int32_t vertices = 0;
   std::int32_t kept = 0;
-  detail::require(quorkitWeldOrigins(pointCount, points.data(), triangleCount, triangles.data(),
-                                     welded.vertices.data(), welded.triangles.data(),
-                                     welded.pointMap.data(), welded.triangleOrigins.data(),
-                                     &vertices, &kept, tolerance));
+  detail::call(quorkitWeldOrigins, pointCount, points.data(), triangleCount, triangles.data(),
+               welded.vertices.data(), welded.triangles.data(), welded.pointMap.data(),
+               welded.triangleOrigins.data(), &vertices, &kept, tolerance);
   welded.vertices.resize(3 * static_cast<std::size_t>(vertices));
   welded.triangles.resize(3 * static_cast<std::size_t>(kept));
   welded.triangleOrigins.resize(static_cast<std::size_t>(kept));
@@ -171,9 +202,8 @@ inline QuorkitReport check(Span<double> vertices, Span<std::int32_t> triangles,
     quor::detail::requireOnePerVertex(tags.size(), vertices.size() / 3, "tags");
   }
   QuorkitReport report{};
-  detail::require(quorkitCheck(n, vertices.data(), detail::triangleCount(triangles),
-                               triangles.data(), tags.size() != 0 ? tags.data() : nullptr,
-                               &report));
+  detail::call(quorkitCheck, n, vertices.data(), detail::triangleCount(triangles), triangles.data(),
+               tags.size() != 0 ? tags.data() : nullptr, &report);
   return report;
 }
 
@@ -186,26 +216,25 @@ inline QuorkitReport checkRegions(Span<double> vertices, Span<std::int32_t> tria
     quor::detail::requireOnePerVertex(values.size(), vertices.size() / 3, "values");
   }
   QuorkitReport report{};
-  detail::require(quorkitCheckRegions(n, vertices.data(), detail::triangleCount(triangles),
-                                      triangles.data(), regions.data(),
-                                      values.size() != 0 ? values.data() : nullptr, &report));
+  detail::call(quorkitCheckRegions, n, vertices.data(), detail::triangleCount(triangles),
+               triangles.data(), regions.data(), values.size() != 0 ? values.data() : nullptr,
+               &report);
   return report;
 }
 
 /* quorkitClean. */
 inline Mesh clean(Span<double> vertices, Span<std::int32_t> triangles) {
   const QuorkitMesh* mesh = nullptr;
-  detail::require(quorkitClean(detail::vertexCount(vertices), vertices.data(),
-                               detail::triangleCount(triangles), triangles.data(), &mesh));
+  detail::call(quorkitClean, detail::vertexCount(vertices), vertices.data(),
+               detail::triangleCount(triangles), triangles.data(), &mesh);
   return Mesh(mesh);
 }
 
 /* quorkitRefine. */
 inline Mesh refine(Span<double> vertices, Span<std::int32_t> triangles, double longestEdge) {
   const QuorkitMesh* mesh = nullptr;
-  detail::require(quorkitRefine(detail::vertexCount(vertices), vertices.data(),
-                                detail::triangleCount(triangles), triangles.data(), longestEdge,
-                                &mesh));
+  detail::call(quorkitRefine, detail::vertexCount(vertices), vertices.data(),
+               detail::triangleCount(triangles), triangles.data(), longestEdge, &mesh);
   return Mesh(mesh);
 }
 
@@ -214,9 +243,9 @@ inline Mesh refine(Span<double> vertices, Span<std::int32_t> triangles, double l
                    Span<double> sizes) {
   quor::detail::requireOnePerVertex(sizes.size(), vertices.size() / 3, "sizes");
   const QuorkitMesh* mesh = nullptr;
-  detail::require(quorkitRefineGraded(detail::vertexCount(vertices), vertices.data(),
-                                      detail::triangleCount(triangles), triangles.data(),
-                                      longestEdge, sizes.data(), &mesh));
+  detail::call(quorkitRefineGraded, detail::vertexCount(vertices), vertices.data(),
+               detail::triangleCount(triangles), triangles.data(), longestEdge, sizes.data(),
+               &mesh);
   return Mesh(mesh);
 }
 
@@ -224,23 +253,24 @@ inline Mesh refine(Span<double> vertices, Span<std::int32_t> triangles, double l
 inline Mesh refineTo(Span<double> vertices, Span<std::int32_t> triangles,
                      std::int32_t triangleCount) {
   const QuorkitMesh* mesh = nullptr;
-  detail::require(quorkitRefineTo(detail::vertexCount(vertices), vertices.data(),
-                                  detail::triangleCount(triangles), triangles.data(), triangleCount,
-                                  &mesh));
+  detail::call(quorkitRefineTo, detail::vertexCount(vertices), vertices.data(),
+               detail::triangleCount(triangles), triangles.data(), triangleCount, &mesh);
   return Mesh(mesh);
 }
 
 /* A solver, owned: moves, does not copy, and is empty after a move. */
 class Solver {
  public:
-  /* Is told how much is done, 0 .. 1, as QuorkitProgress is; returns whether to go on. */
+  /* Called with the fraction that is done, 0 .. 1, like QuorkitProgress. Returns true to cancel. */
   using Progress = std::function<bool(double fraction)>;
 
   /* An empty solver, which has no vertices. */
   Solver() = default;
 
   /*
-   * quorkitConstruct. An exception that leaves `progress` cancels, and then leaves this.
+   * quorkitConstruct. Refuses what quor::Solver refuses, by the same exceptions: a coordinate that
+   * is not finite, a component without a prescribed vertex, a singular matrix. An exception that
+   * leaves `progress` cancels, and then leaves this.
    *
    *   vertices   three coordinates per vertex
    *   triangles  three vertex indices per triangle
@@ -250,16 +280,30 @@ class Solver {
   Solver(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags,
          const Progress& progress = {}) {
     quor::detail::requireOnePerVertex(tags.size(), vertices.size() / 3, "tags");
+    quor::detail::requireSolvable(vertices, triangles, tags);
+    *this = make(vertices, triangles, tags, progress);
+    quor::detail::requireFactorized(QUOR_SUCCESS, info().factorization);
+  }
+
+  /* The same, and accepts what only quorkitConstruct accepts: ask info() for the factorization. */
+  static Solver make(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags,
+                     const Progress& progress = {}) {
+    quor::detail::requireOnePerVertex(tags.size(), vertices.size() / 3, "tags");
     Watch watch{progress, nullptr};
-    QuorkitSolver* solver = nullptr;
+    QuorkitSolver* made = nullptr;
+    QuorkitError error;
     const QuorkitStatus status = quorkitConstruct(
         detail::vertexCount(vertices), vertices.data(), detail::triangleCount(triangles),
-        triangles.data(), tags.data(), progress ? &Watch::call : nullptr, &watch, &solver);
-    solver_.reset(solver);
+        triangles.data(), tags.data(), progress ? &Watch::call : nullptr, &watch, &made, &error);
+    Solver solver;
+    solver.solver_.reset(made);
     if (watch.thrown) {
       std::rethrow_exception(watch.thrown);
     }
-    detail::require(status);
+    if (status != QUORKIT_DONE) {
+      detail::fail(error);
+    }
+    return solver;
   }
 
   /* Whether there is a solver, factorized or not. */
@@ -294,9 +338,9 @@ class Solver {
     }
     std::vector<double> fields(prescribedValues.size());
     if (solver_) {
-      detail::require(quorkitSolveMany(
-          solver_.get(), quor::detail::count(columns, 1, "columns"), prescribedValues.data(),
-          sourceValues.size() != 0 ? sourceValues.data() : nullptr, fields.data()));
+      detail::call(quorkitSolveMany, solver_.get(), quor::detail::count(columns, 1, "columns"),
+                   prescribedValues.data(),
+                   sourceValues.size() != 0 ? sourceValues.data() : nullptr, fields.data());
     }
     return fields;
   }
@@ -311,7 +355,7 @@ class Solver {
     static std::int32_t call(double fraction, void* context) {
       auto* const watch = static_cast<Watch*>(context);
       try {
-        return watch->progress(fraction) ? 0 : 1;
+        return watch->progress(fraction) ? 1 : 0;
       } catch (...) {
         watch->thrown = std::current_exception();
         return 1;
@@ -324,8 +368,8 @@ class Solver {
     quor::detail::requireOnePerVertex(prescribedValues.size(), n, "prescribed values");
     std::vector<double> field(n);
     if (solver_) {
-      detail::require(
-          quorkitSolve(solver_.get(), prescribedValues.data(), sourceValues, field.data()));
+      detail::call(quorkitSolve, solver_.get(), prescribedValues.data(), sourceValues,
+                   field.data());
     }
     return field;
   }
@@ -336,8 +380,8 @@ class Solver {
 /* quorkitAreas: one per vertex. */
 inline std::vector<double> areas(Span<double> vertices, Span<std::int32_t> triangles) {
   std::vector<double> areas(vertices.size() / 3);
-  detail::require(quorkitAreas(detail::vertexCount(vertices), vertices.data(),
-                               detail::triangleCount(triangles), triangles.data(), areas.data()));
+  detail::call(quorkitAreas, detail::vertexCount(vertices), vertices.data(),
+               detail::triangleCount(triangles), triangles.data(), areas.data());
   return areas;
 }
 
@@ -353,9 +397,9 @@ inline std::vector<double> flow(Span<double> vertices, Span<std::int32_t> triang
   quor::detail::requireOnePerVertex(field.size(), vertices.size() / 3, "field values");
   quor::detail::requireOnePerVertex(regions.size(), vertices.size() / 3, "regions");
   std::vector<double> flows(regionCount > 0 ? static_cast<std::size_t>(regionCount) : 0);
-  detail::require(quorkitFlow(detail::vertexCount(vertices), vertices.data(),
-                              detail::triangleCount(triangles), triangles.data(), field.data(),
-                              regions.data(), regionCount, flows.data()));
+  detail::call(quorkitFlow, detail::vertexCount(vertices), vertices.data(),
+               detail::triangleCount(triangles), triangles.data(), field.data(), regions.data(),
+               regionCount, flows.data());
   return flows;
 }
 
@@ -364,17 +408,16 @@ inline std::vector<double> gradients(Span<double> vertices, Span<std::int32_t> t
                                      Span<double> field) {
   quor::detail::requireOnePerVertex(field.size(), vertices.size() / 3, "field values");
   std::vector<double> gradients(triangles.size());
-  detail::require(quorkitGradients(detail::vertexCount(vertices), vertices.data(),
-                                   detail::triangleCount(triangles), triangles.data(), field.data(),
-                                   gradients.data()));
+  detail::call(quorkitGradients, detail::vertexCount(vertices), vertices.data(),
+               detail::triangleCount(triangles), triangles.data(), field.data(), gradients.data());
   return gradients;
 }
 
 /* quorkitColours: four bytes per value. */
 inline std::vector<std::uint8_t> colours(Span<double> field, double low, double high) {
   std::vector<std::uint8_t> rgba(4 * field.size());
-  detail::require(quorkitColours(quor::detail::count(field.size(), 1, "values"), field.data(), low,
-                                 high, rgba.data()));
+  detail::call(quorkitColours, quor::detail::count(field.size(), 1, "values"), field.data(), low,
+               high, rgba.data());
   return rgba;
 }
 
@@ -386,9 +429,9 @@ inline std::vector<std::uint8_t> colours(Span<double> field, double low, double 
 inline void write(Span<double> vertices, Span<std::int32_t> triangles, Span<double> field,
                   const std::string& path, const std::string& ramp = {}, double margin = 0.001) {
   quor::detail::requireOnePerVertex(field.size(), vertices.size() / 3, "field values");
-  detail::require(quorkitWrite(detail::vertexCount(vertices), vertices.data(),
-                               detail::triangleCount(triangles), triangles.data(), field.data(),
-                               path.c_str(), ramp.empty() ? nullptr : ramp.c_str(), margin));
+  detail::call(quorkitWrite, detail::vertexCount(vertices), vertices.data(),
+               detail::triangleCount(triangles), triangles.data(), field.data(), path.c_str(),
+               ramp.empty() ? nullptr : ramp.c_str(), margin);
 }
 
 }  // namespace quor::kit

@@ -120,11 +120,9 @@ namespace Quor
             var vertices = new double[points.Length];
             var kept = new int[triangles.Length];
             var pointMap = new int[pointCount];
-            if (!(tolerance >= 0))
-                throw new ArgumentOutOfRangeException(nameof(tolerance), tolerance,
-                                                      "is not 0 or more");
             Native.Require(Native.quorkitWeld(pointCount, points, triangleCount, triangles, vertices,
-                                              kept, pointMap, out var n, out var m, tolerance));
+                                              kept, pointMap, out var n, out var m, tolerance,
+                                              out var error), error);
             Array.Resize(ref vertices, 3 * n);
             Array.Resize(ref kept, 3 * m);
             return new WeldedMesh(vertices, kept, pointMap);
@@ -140,7 +138,8 @@ namespace Quor
             var m = Check.Triples(triangles, nameof(triangles));
             if (tags != null)
                 Check.Length(tags, n, nameof(tags));
-            Native.Require(Native.quorkitCheck(n, vertices, m, triangles, tags, out var report));
+            Native.Require(Native.quorkitCheck(n, vertices, m, triangles, tags, out var report,
+                                               out var error), error);
             return report;
         }
 
@@ -152,7 +151,8 @@ namespace Quor
         {
             var n = Check.Triples(vertices, nameof(vertices));
             var m = Check.Triangles(triangles, n);
-            return Derived(Native.quorkitClean(n, vertices, m, triangles, out var mesh), mesh);
+            return Derived(Native.quorkitClean(n, vertices, m, triangles, out var mesh, out var error),
+                           mesh, error);
         }
 
         /// <summary>Splits edges at their midpoints until none is longer than a length. A thirty-second
@@ -164,8 +164,8 @@ namespace Quor
         {
             var n = Check.Triples(vertices, nameof(vertices));
             var m = Check.Triangles(triangles, n);
-            return Derived(Native.quorkitRefine(n, vertices, m, triangles, longestEdge, out var mesh),
-                           mesh);
+            return Derived(Native.quorkitRefine(n, vertices, m, triangles, longestEdge, out var mesh,
+                                                out var error), mesh, error);
         }
 
         /// <summary>Refines with shorter edges near some vertices: none at vertex v is longer than
@@ -180,7 +180,7 @@ namespace Quor
             var m = Check.Triangles(triangles, n);
             Check.Length(sizes, n, nameof(sizes));
             return Derived(Native.quorkitRefineGraded(n, vertices, m, triangles, longestEdge, sizes,
-                                                      out var mesh), mesh);
+                                                      out var mesh, out var error), mesh, error);
         }
 
         /// <summary>Refines to about so many triangles, never more unless there are already.</summary>
@@ -191,7 +191,7 @@ namespace Quor
             var n = Check.Triples(vertices, nameof(vertices));
             var m = Check.Triangles(triangles, n);
             return Derived(Native.quorkitRefineTo(n, vertices, m, triangles, triangleCount,
-                                                  out var mesh), mesh);
+                                                  out var mesh, out var error), mesh, error);
         }
 
         /// <summary>A third of the areas around each vertex, to multiply densities with.</summary>
@@ -201,7 +201,7 @@ namespace Quor
             var n = Check.Triples(vertices, nameof(vertices));
             var m = Check.Triangles(triangles, n);
             var areas = new double[n];
-            Native.Require(Native.quorkitAreas(n, vertices, m, triangles, areas));
+            Native.Require(Native.quorkitAreas(n, vertices, m, triangles, areas, out var error), error);
             return areas;
         }
 
@@ -213,7 +213,8 @@ namespace Quor
             if (field == null)
                 throw new ArgumentNullException(nameof(field));
             var rgba = new byte[4 * field.Length];
-            Native.Require(Native.quorkitColours(field.Length, field, low, high, rgba));
+            Native.Require(Native.quorkitColours(field.Length, field, low, high, rgba,
+                                                 out var error), error);
             return rgba;
         }
 
@@ -240,12 +241,12 @@ namespace Quor
             Native.Require(Native.quorkitWrite(n, vertices, m, triangles, field,
                                                Native.Utf8(path, nameof(path)),
                                                ramp == null ? null : Native.Utf8(ramp, nameof(ramp)),
-                                               margin), path);
+                                               margin, out var error), error);
         }
 
-        static DerivedMesh Derived(int status, IntPtr address)
+        static DerivedMesh Derived(int status, IntPtr address, NativeError error)
         {
-            Native.Require(status);
+            Native.Require(status, error);
             try
             {
                 var mesh = (NativeMesh)Marshal.PtrToStructure(address, typeof(NativeMesh));

@@ -53,9 +53,13 @@ namespace Quor
         /// <summary>The reason, as the library's own number.</summary>
         public Status Status { get; }
 
-        internal QuorException(Status status, string message) : base(message)
+        /// <summary>The first triangle or vertex that it is about, -1 if none.</summary>
+        public int Index { get; }
+
+        internal QuorException(Status status, string message, int index = -1) : base(message)
         {
             Status = status;
+            Index = index;
         }
     }
 }

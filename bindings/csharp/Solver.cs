@@ -30,10 +30,10 @@ namespace Quor
         /// triangles are not refused: see <see cref="Mesh.Clean"/>.</param>
         /// <param name="tags">One per vertex: 1, 2, 3 prescribed, all others free.</param>
         /// <param name="progress">Called now and then, on this thread, with the fraction that is done, 0 ..
-        /// 1; returns false to cancel. An exception of its own cancels too, and is passed on.</param>
+        /// 1; returns true to cancel. An exception of its own cancels too, and is passed on.</param>
         /// <param name="mayFloat">Whether a piece of the mesh may have no prescribed vertex, though
         /// nothing says what its field is then.</param>
-        /// <exception cref="OperationCanceledException">progress returned false.</exception>
+        /// <exception cref="OperationCanceledException">progress returned true.</exception>
         /// <exception cref="QuorException">The mesh is refused, see
         /// <see cref="Status"/>.</exception>
         /// <exception cref="ArgumentNullException">An array is null.</exception>
@@ -48,6 +48,10 @@ namespace Quor
             if (triangleCount > TriangleLimit)
                 throw new ArgumentException("more than 238,609,294 triangles", nameof(triangles));
             Check.Length(tags, VertexCount, nameof(tags));
+            if (VertexCount == 0)
+                throw new QuorException(Status.NoVertex, "vertices: there are none");
+            if (triangleCount == 0)
+                throw new QuorException(Status.UnusedVertex, "vertices: no triangle uses vertex 0", 0);
             if (!mayFloat)
                 RequirePrescribedPieces(Mesh.Look(vertices, triangles, tags));
             Exception thrown = null;
@@ -55,28 +59,26 @@ namespace Quor
             {
                 try
                 {
-                    return progress(fraction) ? 0 : 1;
+                    return progress(fraction) ? 1 : 0;
                 }
-                catch (Exception error)
+                catch (Exception exception)
                 {
-                    thrown = error;
+                    thrown = exception;
                     return 1;
                 }
             };
             var status = Native.quorkitConstruct(VertexCount, vertices, triangleCount, triangles, tags,
                                                  progress == null ? null : call, IntPtr.Zero,
-                                                 out handle);
+                                                 out handle, out var error);
             GC.KeepAlive(call);
             if (status != 0)
             {
                 handle.Dispose();
                 if (thrown != null)
                     throw thrown;
-                if (status == Native.BadArgument)
-                    throw Refusal(triangles);
-                Native.Require(status);
+                Native.Require(status, error);
             }
-            Native.Require(Native.quorkitSolverInfo(handle, out info));
+            Native.Require(Native.quorkitSolverInfo(handle, out info, out error), error);
             PrescribedCount = info.PrescribedCount;
             order = new int[VertexCount];
             for (int i = 0, before = 0; i < VertexCount; i++)
@@ -99,7 +101,7 @@ namespace Quor
         {
             get
             {
-                Native.Require(Native.quorkitSolverInfo(handle, out var now));
+                Native.Require(Native.quorkitSolverInfo(handle, out var now, out var error), error);
                 return (Factorization)now.Factorization;
             }
         }
@@ -119,7 +121,7 @@ namespace Quor
         {
             Check.Length(prescribed, VertexCount, nameof(prescribed));
             output = Check.Length(output ?? new double[VertexCount], VertexCount, nameof(output));
-            Native.Require(Native.quorkitSolve(handle, prescribed, null, output));
+            Native.Require(Native.quorkitSolve(handle, prescribed, null, output, out var error), error);
             return output;
         }
 
@@ -141,7 +143,7 @@ namespace Quor
             Check.Length(prescribed, VertexCount, nameof(prescribed));
             Check.Length(source, VertexCount, nameof(source));
             output = Check.Length(output ?? new double[VertexCount], VertexCount, nameof(output));
-            Native.Require(Native.quorkitSolve(handle, prescribed, source, output));
+            Native.Require(Native.quorkitSolve(handle, prescribed, source, output, out var error), error);
             return output;
         }
 
@@ -189,7 +191,8 @@ namespace Quor
             var path = Native.Utf8(baseName, nameof(baseName));
             WhileAlive(() => Native.Require(
                 Native.quorkitWriteStored(VertexCount, info.Vertices, info.TriangleCount,
-                                          info.Triangles, field, path, null, 0), baseName));
+                                          info.Triangles, field, path, null, 0,
+                                          out var error), error));
         }
 
         /// <summary>Gives the memory back, at once or after the last call under way.</summary>
@@ -221,25 +224,6 @@ namespace Quor
                     $"{report.UnprescribedPieces.Count} of {report.Pieces.Count} pieces have no " +
                     "prescribed vertex, so nothing says what their field is; the first one is that of " +
                     $"vertex {report.UnprescribedPieces.First}");
-        }
-
-        QuorException Refusal(int[] triangles)
-        {
-            if (VertexCount == 0)
-                return new QuorException(Status.NoVertex, "there are no vertices");
-            for (var t = 0; t < triangles.Length; t += 3)
-            {
-                int a = triangles[t], b = triangles[t + 1], c = triangles[t + 2];
-                if (a == b || b == c || c == a)
-                    return new QuorException(Status.RepeatedCorner,
-                                             $"triangle {t / 3} has two equal indices");
-            }
-            var used = new bool[VertexCount];
-            foreach (var index in triangles)
-                used[index] = true;
-            return new QuorException(
-                Status.UnusedVertex,
-                $"vertex {Array.IndexOf(used, false)} is used by no triangle");
         }
     }
 

@@ -12,7 +12,7 @@ namespace Quor
         /// 65534.</exception>
         public static void Encode(int label, out float x, out float y, out float z)
         {
-            if (Native.quorkitEncodeToSphere(label, out x, out y, out z) != 0)
+            if (Native.quorkitEncodeToSphere(label, out x, out y, out z, out _) != 0)
                 throw new ArgumentOutOfRangeException(nameof(label), label,
                                                       "is not in -1 .. 65534");
         }

@@ -29,7 +29,7 @@ QuorkitProgress quorjsProgress() {
 QuorkitStatus quorjsObjText(std::int32_t n, const double* vertices, std::int32_t m,
                             const std::int32_t* triangles, const double* field, const char* name,
                             double margin, char** textOut, std::uint32_t* sizeOut) {
-  return quorkit::guarded([&] {
+  return quorkit::guarded(nullptr, [&] {
     std::string text;
     quorkit::composeObj({n, vertices, m, triangles}, field, name, margin,
                         [&text](std::string_view block) { text += block; });

@@ -14,8 +14,10 @@ static void require(int holds, const char* otherwise) {
   }
 }
 
+static QuorkitError error; /* why the last call failed */
+
 static void done(QuorkitStatus status) {
-  require(status == QUORKIT_DONE, quorkitStatusText(status));
+  require(status == QUORKIT_DONE, error.text);
 }
 
 static void* array(size_t length, size_t size) {
@@ -121,17 +123,17 @@ static const QuorkitMesh* prepare(double* points, int32_t count, double* origin)
   for (int32_t i = 0; i < n; ++i) /* every triangle owns its points */
     triangles[i] = i;
   QuorkitReport report;
-  done(quorkitCheck(n, points, m, triangles, NULL, &report));
+  done(quorkitCheck(n, points, m, triangles, NULL, &report, &error));
   require(report.notFinite.count == 0, "the part is damaged: a coordinate is not finite");
   move_near_zero(points, n, report.diagonal, origin);
-  done(
-      quorkitWeld(n, points, m, triangles, points, triangles, map, &n, &m, 1e-6 * report.diagonal));
+  done(quorkitWeld(n, points, m, triangles, points, triangles, map, &n, &m, 1e-6 * report.diagonal,
+                   &error));
   const QuorkitMesh *clean, *mesh;
-  done(quorkitClean(n, points, m, triangles, &clean));
+  done(quorkitClean(n, points, m, triangles, &clean, &error));
   require(clean->triangleCount > count / 2,
           "most triangles have no area: export the part again, near zero or as text");
   done(quorkitRefine(clean->vertexCount, clean->vertices, clean->triangleCount, clean->triangles,
-                     report.diagonal / 32, &mesh));
+                     report.diagonal / 32, &mesh, &error));
   quorkitFreeMesh(clean);
   free(triangles), free(map);
   return mesh;
@@ -164,12 +166,12 @@ int main(int argc, char** argv) {
   tag_ends(mesh, tags, field);
 
   QuorkitReport report;
-  done(quorkitCheck(n, mesh->vertices, m, mesh->triangles, tags, &report));
+  done(quorkitCheck(n, mesh->vertices, m, mesh->triangles, tags, &report, &error));
   require(report.unprescribedPieces.count == 0, "a piece of the part reaches neither end of x");
   QuorkitSolver* solver;
-  done(quorkitConstruct(n, mesh->vertices, m, mesh->triangles, tags, NULL, NULL, &solver));
-  done(quorkitSolve(solver, field, NULL, field));
-  done(quorkitWrite(n, mesh->vertices, m, mesh->triangles, field, "part", argv[2], 0.001));
+  done(quorkitConstruct(n, mesh->vertices, m, mesh->triangles, tags, NULL, NULL, &solver, &error));
+  done(quorkitSolve(solver, field, NULL, field, &error));
+  done(quorkitWrite(n, mesh->vertices, m, mesh->triangles, field, "part", argv[2], 0.001, &error));
   FILE* legend = fopen("part.json", "w");
   require(legend != NULL, "cannot write part.json");
   fprintf(

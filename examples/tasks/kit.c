@@ -29,9 +29,11 @@ static int32_t show(double fraction, void* cancelled) {
   return fraction < 1 && *(int*)cancelled; /* paint a bar, handle events */
 }
 
+static QuorkitError error; /* why the last call failed */
+
 static void require(QuorkitStatus status) {
   if (status != QUORKIT_DONE) {
-    printf("%s\n", quorkitStatusText(status));
+    printf("%s\n", error.text);
     exit(1);
   }
 }
@@ -39,13 +41,13 @@ static void require(QuorkitStatus status) {
 int main(void) {
   draw_plate();
   QuorkitReport raw, report;
-  require(quorkitCheck(POINTS, points, POINTS, triangles, NULL, &raw));
+  require(quorkitCheck(POINTS, points, POINTS, triangles, NULL, &raw, &error));
   printf("raw: %d triangles, longest edge %.1f mm\n", POINTS, raw.longestEdge);
 
   const QuorkitMesh *clean, *mesh;
-  require(quorkitClean(POINTS, points, POINTS, triangles, &clean));
+  require(quorkitClean(POINTS, points, POINTS, triangles, &clean, &error));
   require(quorkitRefine(clean->vertexCount, clean->vertices, clean->triangleCount, clean->triangles,
-                        raw.diagonal / 32, &mesh));
+                        raw.diagonal / 32, &mesh, &error));
   const int32_t n = mesh->vertexCount, m = mesh->triangleCount;
   printf("refined: %d triangles, none longer than %.1f mm\n", (int)m, mesh->longestEdge);
 
@@ -57,17 +59,18 @@ int main(void) {
     tags[i] = hypot(x, y) < 10.001 || x > 49.999; /* the hole is hot, one side is cold */
     values[i] = x > 49.999 ? 20 : 80;
   }
-  require(quorkitCheck(n, mesh->vertices, m, mesh->triangles, tags, &report));
+  require(quorkitCheck(n, mesh->vertices, m, mesh->triangles, tags, &report, &error));
   printf("%d prescribed, %d pieces, %d of them without a prescribed vertex\n",
          (int)report.prescribedVertices.count, (int)report.pieces.count,
          (int)report.unprescribedPieces.count);
 
   int cancelled = 0;
   QuorkitSolver* solver;
-  require(quorkitConstruct(n, mesh->vertices, m, mesh->triangles, tags, show, &cancelled, &solver));
-  require(quorkitSolve(solver, values, NULL, field));
+  require(quorkitConstruct(n, mesh->vertices, m, mesh->triangles, tags, show, &cancelled, &solver,
+                           &error));
+  require(quorkitSolve(solver, values, NULL, field, &error));
   quorkitFreeSolver(solver);
-  require(quorkitWrite(n, mesh->vertices, m, mesh->triangles, field, "kit", NULL, 0.001));
+  require(quorkitWrite(n, mesh->vertices, m, mesh->triangles, field, "kit", NULL, 0.001, &error));
   printf("at the opposite side: %.0f degrees\n", field[2 * (SIDES / 2) + 1]);
   quorkitFreeMesh(mesh);
   quorkitFreeMesh(clean);

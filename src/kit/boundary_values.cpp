@@ -119,12 +119,11 @@ void BoundaryValues::follow(const MeshData& refined, const std::vector<std::int3
   }
 }
 
-bool areEdges(const Problem& problem) {
-  if (problem.edgeCount == 0) {
-    return true;
+std::int32_t firstNoEdge(const MeshView& mesh, std::int32_t count, const std::int32_t* pairs) {
+  if (count == 0) {
+    return -1;
   }
   using Edge = std::pair<std::int32_t, std::int32_t>;
-  const MeshView& mesh = problem.mesh;
   std::vector<Edge> edges;
   edges.reserve(3 * mesh.triangleCount());
   for (std::size_t k = 0; k < 3 * mesh.triangleCount(); ++k) {
@@ -132,13 +131,13 @@ bool areEdges(const Problem& problem) {
     edges.push_back(std::minmax(mesh.triangles[k], next));
   }
   std::sort(edges.begin(), edges.end());
-  for (std::size_t e = 0; e < toSize(problem.edgeCount); ++e) {
-    const Edge edge = std::minmax(problem.edges[2 * e], problem.edges[2 * e + 1]);
+  for (std::size_t e = 0; e < toSize(count); ++e) {
+    const Edge edge = std::minmax(pairs[2 * e], pairs[2 * e + 1]);
     if (!std::binary_search(edges.begin(), edges.end(), edge)) {
-      return false;
+      return toIndex(e);
     }
   }
-  return true;
+  return -1;
 }
 
 }  // namespace quorkit

@@ -61,8 +61,9 @@ class BoundaryValues {
   std::int32_t isolatedVertex_ = -1;
 };
 
-/// Whether the prescribed edges have ends in range and are edges of the mesh. Throws
-/// std::bad_alloc.
-bool areEdges(const Problem& problem);
+/// The first pair of vertices, of any numbers, that is no edge of the mesh; -1 if there is none.
+/// Throws std::bad_alloc.
+/// @param pairs  2 * count vertices
+std::int32_t firstNoEdge(const MeshView& mesh, std::int32_t count, const std::int32_t* pairs);
 
 }  // namespace quorkit

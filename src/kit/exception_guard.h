@@ -1,41 +1,30 @@
 // Where exceptions end.
 #pragma once
 
-#include "kit/new_file.h"
-#include "kit/progress_reporter.h"
 #include "quorkit.h"
 
-#include <new>
-#include <stdexcept>
-#include <system_error>
+#include <cassert>
+#include <exception>
 #include <type_traits>
 
 namespace quorkit {
 
+/// Turns the exception that is being handled into a status, and says more of it.
+/// @param errorOut  may be null
+QuorkitStatus report(QuorkitError* errorOut) noexcept;
+
 /// Makes the call and turns what leaves it into a status. A path that is no text in the encoding of
 /// the file system leaves it as std::system_error.
-/// @param call  returns a status, or nothing if it always succeeds
+/// @param errorOut  receives why the call failed; may be null
+/// @param call      checks its arguments first: throws BadArgument
 template <typename Call>
-QuorkitStatus guarded(const Call& call) noexcept {
+QuorkitStatus guarded(QuorkitError* errorOut, const Call& call) noexcept {
+  static_assert(std::is_void_v<decltype(call())>);
   try {
-    if constexpr (std::is_void_v<decltype(call())>) {
-      call();
-      return QUORKIT_DONE;
-    } else {
-      return call();
-    }
-  } catch (const std::bad_alloc&) {
-    return QUORKIT_OUT_OF_MEMORY;
-  } catch (const std::length_error&) {
-    return QUORKIT_TOO_LARGE;
-  } catch (const Cancelled&) {
-    return QUORKIT_CANCELLED;
-  } catch (const FileError&) {
-    return QUORKIT_FILE;
-  } catch (const std::system_error&) {
-    return QUORKIT_FILE;
+    call();
+    return QUORKIT_DONE;
   } catch (...) {
-    return QUORKIT_INTERNAL;
+    return report(errorOut);
   }
 }
 

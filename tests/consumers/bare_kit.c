@@ -6,7 +6,7 @@ int _fltused; /* what MSVC's objects with floating-point numbers ask for */
 
 int start(void) {
   float x, y, z;
-  return quorkitEncodeToSphere(4321, &x, &y, &z) == QUORKIT_DONE &&
+  return quorkitEncodeToSphere(4321, &x, &y, &z, 0) == QUORKIT_DONE &&
                  quorkitDecodeFromSphere(x, y, z) == 4321
              ? 0
              : 1;

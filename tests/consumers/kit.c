@@ -21,14 +21,16 @@ int main(void) {
   int32_t n, m, i;
   int calls = 0;
   QuorkitReport report;
+  QuorkitError error = {0};
   const QuorkitMesh* mesh;
   QuorkitSolver* solver;
-  QuorkitStatus status = quorkitWeld(6, points, 2, corners, vertices, triangles, map, &n, &m, 1e-9);
+  QuorkitStatus status =
+      quorkitWeld(6, points, 2, corners, vertices, triangles, map, &n, &m, 1e-9, &error);
   if (status == QUORKIT_DONE) {
-    status = quorkitRefineTo(n, vertices, m, triangles, 1000, &mesh);
+    status = quorkitRefineTo(n, vertices, m, triangles, 1000, &mesh, &error);
   }
   if (status != QUORKIT_DONE) {
-    fprintf(stderr, "%s\n", quorkitStatusText(status));
+    fprintf(stderr, "%s\n", error.text);
     return 1;
   }
   for (i = 0; i < mesh->vertexCount; ++i) {
@@ -37,26 +39,26 @@ int main(void) {
     values[i] = x;
   }
   status = quorkitCheck(mesh->vertexCount, mesh->vertices, mesh->triangleCount, mesh->triangles,
-                        tags, &report);
+                        tags, &report, &error);
   if (status == QUORKIT_DONE) {
     status = quorkitConstruct(mesh->vertexCount, mesh->vertices, mesh->triangleCount,
-                              mesh->triangles, tags, neverCancel, &calls, &solver);
+                              mesh->triangles, tags, neverCancel, &calls, &solver, &error);
   }
   if (status == QUORKIT_DONE) {
-    status = quorkitSolve(solver, values, NULL, field);
+    status = quorkitSolve(solver, values, NULL, field, &error);
     quorkitFreeSolver(solver);
   }
   if (status == QUORKIT_DONE) {
     status = quorkitWrite(mesh->vertexCount, mesh->vertices, mesh->triangleCount, mesh->triangles,
-                          field, "strip", NULL, 0.001);
+                          field, "strip", NULL, 0.001, &error);
   }
   if (status != QUORKIT_DONE || report.unprescribedPieces.count != 0 || calls < 2) {
-    fprintf(stderr, "%s\n", quorkitStatusText(status));
+    fprintf(stderr, "%s\n", error.text);
     return 1;
   }
   for (i = 0; i < mesh->vertexCount; ++i) { /* linear along the strip */
-    const double error = field[i] - values[i];
-    if (error > 1e-9 || error < -1e-9) {
+    const double wrong = field[i] - values[i];
+    if (wrong > 1e-9 || wrong < -1e-9) {
       return 1;
     }
   }

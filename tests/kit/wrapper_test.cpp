@@ -83,8 +83,61 @@ TEST(KitWrapper, ThrowsWhatAStatusMeans) {
     ADD_FAILURE();
   } catch (const kit::Error& error) {
     EXPECT_EQ(error.status(), QUORKIT_FILE);
+    EXPECT_EQ(error.system(), ENOENT);
+    EXPECT_STREQ(error.what(), "quor: no/such/directory.obj: no such file or directory");
   }
-  EXPECT_THROW(kit::detail::require(QUORKIT_OUT_OF_MEMORY), std::bad_alloc);
+  try {
+    kit::refine(v, std::vector<std::int32_t>{0, 1, 4, 5, 4, 5}, 1);
+    ADD_FAILURE();
+  } catch (const kit::BadArgument& error) {
+    EXPECT_EQ(error.reason(), QUORKIT_REPEATED_CORNER);
+    EXPECT_STREQ(error.argument(), "triangles");
+    EXPECT_EQ(error.index(), 1);
+  }
+  EXPECT_THROW(kit::detail::fail({QUORKIT_OUT_OF_MEMORY, 0, "", -1, 0, ""}), std::bad_alloc);
+}
+
+// Two triangles apart; a vertex of each is prescribed.
+struct Pair {
+  std::vector<double> vertices{0, 0, 0, 1, 0, 0, 0, 1, 0, 5, 0, 0, 6, 0, 0, 5, 1, 0};
+  std::vector<std::int32_t> triangles{0, 1, 2, 3, 4, 5};
+  std::vector<std::int32_t> tags{1, 0, 0, 0, 2, 0};
+};
+
+template <class Solver>
+void refusesWhatHasNoField() {
+  const Pair good;
+  EXPECT_TRUE(Solver(good.vertices, good.triangles, good.tags));
+  Pair one = good;
+  one.tags[4] = 0;
+  try {
+    const Solver solver(one.vertices, one.triangles, one.tags);
+    ADD_FAILURE();
+  } catch (const quor::Unprescribed& error) {
+    EXPECT_EQ(error.vertex(), 3);
+  }
+  Pair wide = good;
+  wide.vertices[7] = kNaN;
+  EXPECT_THROW(Solver(wide.vertices, wide.triangles, wide.tags), std::invalid_argument);
+  // The weights of the free corners with the far one are lost in that with each other.
+  const Pair singular{{0, 0, 0, 1e20, 0, 0, 1e20, 1, 0}, {0, 1, 2}, {1, 0, 0}};
+  try {
+    const Solver solver(singular.vertices, singular.triangles, singular.tags);
+    ADD_FAILURE();
+  } catch (const quor::Error& error) {
+    EXPECT_EQ(error.info(), QUOR_INFO_NUMERICAL_ISSUE);
+  }
+}
+
+TEST(Wrappers, RefuseWhatHasNoFieldAlike) {
+  refusesWhatHasNoField<quor::Solver>();
+  refusesWhatHasNoField<kit::Solver>();
+  Pair none;
+  none.tags = {0, 0, 0, 0, 0, 0};
+  QuorStatusCode status = 99;
+  EXPECT_TRUE(quor::Solver::make(none.vertices, none.triangles, none.tags, status));
+  EXPECT_EQ(status, QUOR_SUCCESS);
+  EXPECT_TRUE(kit::Solver::make(none.vertices, none.triangles, none.tags));
 }
 
 TEST(KitWrapper, PassesProgressOnAndExceptionsThrough) {
@@ -93,11 +146,11 @@ TEST(KitWrapper, PassesProgressOnAndExceptionsThrough) {
   double last = -1;
   const kit::Solver solver(mesh.vertices, mesh.triangles, tags, [&](double fraction) {
     last = fraction;
-    return true;
+    return false;
   });
   EXPECT_EQ(last, 1);
   try {
-    const kit::Solver never(mesh.vertices, mesh.triangles, tags, [](double) { return false; });
+    const kit::Solver never(mesh.vertices, mesh.triangles, tags, [](double) { return true; });
     ADD_FAILURE();
   } catch (const kit::Error& error) {
     EXPECT_EQ(error.status(), QUORKIT_CANCELLED);

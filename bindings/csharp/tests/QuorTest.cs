@@ -182,7 +182,7 @@ static class QuorTest
         Expect(count > 2000 && count <= 9000, "number");
         Expect(Mesh.Colours(new[] { 0, 2, double.NaN }, 0, 2).SequenceEqual(
             new byte[] { 68, 1, 84, 255, 253, 231, 36, 255, 128, 128, 128, 255 }), "colours");
-        Throws<ArgumentException>(() => Mesh.Refine(square, crack, 0), "argument");
+        Throws<ArgumentException>(() => Mesh.Refine(square, crack, 0), "longestEdge is 0: give");
         Throws<QuorException>(() => Mesh.Refine(square, new[] { 0, 1, 2 }, 1e-9), "32-bit");
         Throws<QuorException>(() => new Solver(mesh.Vertices, mesh.Triangles,
                                                new int[mesh.Vertices.Length / 3]), "1 of 1 pieces");

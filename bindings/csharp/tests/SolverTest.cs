@@ -156,20 +156,20 @@ static class SolverTest
                     throw new Exception($"status {error.Status}, not {status}");
                 }
             }, words);
-        refused(Status.NoVertex, "no vertices", 0, new int[0]);
-        refused(Status.UnusedVertex, "vertex 0 is", 4, new int[0]);
-        refused(Status.UnusedVertex, "vertex 2 is", 4, new[] { 0, 1, 3 });
-        refused(Status.RepeatedCorner, "triangle 1 has", 4, new[] { 0, 1, 2, 3, 1, 3 });
+        refused(Status.NoVertex, "there are none", 0, new int[0]);
+        refused(Status.UnusedVertex, "uses vertex 0", 4, new int[0]);
+        refused(Status.UnusedVertex, "uses vertex 2", 4, new[] { 0, 1, 3 });
+        refused(Status.RepeatedCorner, "triangle 1 has the corners 3, 1, 3: drop it with Mesh.Clean", 4, new[] { 0, 1, 2, 3, 1, 3 });
     }
 
     static void ProgressCancelsAndPassesExceptionsOn()
     {
         var s = BumpySheet(4);
         var last = -1.0;
-        using (new Solver(s.Vertices, s.Triangles, s.Tags, done => { last = done; return true; }))
+        using (new Solver(s.Vertices, s.Triangles, s.Tags, done => { last = done; return false; }))
             Expect(last == 1, "progress");
         Throws<OperationCanceledException>(
-            () => new Solver(s.Vertices, s.Triangles, s.Tags, done => false), "cancelled");
+            () => new Solver(s.Vertices, s.Triangles, s.Tags, done => true), "cancelled");
         Throws<InvalidTimeZoneException>(
             () => new Solver(s.Vertices, s.Triangles, s.Tags,
                              done => throw new InvalidTimeZoneException("mine")), "mine");

@@ -39,7 +39,7 @@ export class Core {
   /** An exception must not cross the module's frames: it cancels, and is thrown when they are left. */
   #report(fraction) {
     try {
-      return this.#progress(fraction) === false ? 1 : 0;
+      return this.#progress(fraction) === true ? 1 : 0;
     } catch (error) {
       this.#thrown = {error};
       return 1;

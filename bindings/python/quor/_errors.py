@@ -2,14 +2,21 @@
 
 
 class QuorError(ValueError):
-    """The library refused its arguments; `status` is the number that it gave as the reason."""
+    """The library refused an argument.
 
-    def __init__(self, status, text):
+    status    the number that the library gave as the reason
+    argument  the name of the argument, "" if it is unknown
+    index     which entry of it: the vertex, triangle or value; -1 if none or all of them
+    """
+
+    def __init__(self, status, text, argument="", index=-1):
         super().__init__(text)
         self.status = status
+        self.argument = argument
+        self.index = index
 
-    def __reduce__(self):  # pickle makes it anew of both: another process may raise it
-        return type(self), (self.status, *self.args), self.__dict__
+    def __reduce__(self):  # pickle makes it again from these: another process may raise it
+        return type(self), (self.status, *self.args, self.argument, self.index), self.__dict__
 
 
 class NoVertexError(QuorError):

@@ -1,13 +1,15 @@
 """The shared library: where it is found, its functions and structures, its statuses."""
 
 import ctypes
+import errno
 import os
+import re
 import sys
 from ctypes import POINTER, c_char_p, c_double, c_float, c_int32, c_uint32, c_void_p
 
 import numpy as np
 
-from ._errors import Cancelled, QuorError, TooLargeError
+from ._errors import (Cancelled, QuorError, RepeatedCornerError, TooLargeError, UnusedVertexError)
 
 
 def load():
@@ -53,8 +55,14 @@ class CSolverInfo(ctypes.Structure):
                 ("order", POINTER(c_int32))]
 
 
+class CError(ctypes.Structure):
+    _fields_ = [("status", c_int32), ("reason", c_int32), ("argument", c_char_p), ("index", c_int32),
+                ("system", c_int32), ("text", ctypes.c_char * 512)]
+
+
 Progress = ctypes.CFUNCTYPE(c_int32, c_double, c_void_p)
 DONE, BAD_ARGUMENT, OUT_OF_MEMORY, TOO_LARGE, FILE, CANCELLED = range(6)
+REFUSALS = {23: RepeatedCornerError, 24: UnusedVertexError}  # by the reason of a bad argument
 
 
 def declare(library):
@@ -68,47 +76,61 @@ def declare(library):
 
     real, integer = np.float64, np.int32
     mesh = (c_int32, read(real), c_int32, read(integer))
-    signatures = {
-        "quorkitWeld": (c_int32, *mesh, write(real), write(integer), write(integer),
-                        POINTER(c_int32), POINTER(c_int32), c_double),
-        "quorkitCheck": (c_int32, *mesh, c_void_p, POINTER(CReport)),
-        "quorkitClean": (c_int32, *mesh, POINTER(POINTER(CMesh))),
-        "quorkitRefine": (c_int32, *mesh, c_double, POINTER(POINTER(CMesh))),
-        "quorkitRefineGraded": (c_int32, *mesh, c_double, read(real), POINTER(POINTER(CMesh))),
-        "quorkitRefineTo": (c_int32, *mesh, c_int32, POINTER(POINTER(CMesh))),
-        "quorkitFreeMesh": (None, POINTER(CMesh)),
-        "quorkitConstruct": (c_int32, *mesh, read(integer), Progress, c_void_p,
-                             POINTER(c_void_p)),
-        "quorkitSolverInfo": (c_int32, c_void_p, POINTER(CSolverInfo)),
-        "quorkitSolve": (c_int32, c_void_p, read(real), c_void_p, write(real)),
-        "quorkitFreeSolver": (None, c_void_p),
-        "quorkitAreas": (c_int32, *mesh, write(real)),
-        "quorkitColours": (c_int32, c_int32, read(real), c_double, c_double, write(np.uint8)),
-        "quorkitWrite": (c_int32, c_int32, c_void_p, c_int32, c_void_p, read(real), c_char_p,
-                         c_char_p, c_double),
-        "quorkitEncodeToSphere": (c_int32, c_int32, POINTER(c_float), POINTER(c_float),
-                                  POINTER(c_float)),
-        "quorkitDecodeFromSphere": (c_int32, c_float, c_float, c_float),
-        "quorkitStatusText": (c_char_p, c_int32),
+    signatures = {  # of functions that return a status, without their last argument, the error
+        "quorkitWeld": (*mesh, write(real), write(integer), write(integer), POINTER(c_int32),
+                        POINTER(c_int32), c_double),
+        "quorkitCheck": (*mesh, c_void_p, POINTER(CReport)),
+        "quorkitClean": (*mesh, POINTER(POINTER(CMesh))),
+        "quorkitRefine": (*mesh, c_double, POINTER(POINTER(CMesh))),
+        "quorkitRefineGraded": (*mesh, c_double, read(real), POINTER(POINTER(CMesh))),
+        "quorkitRefineTo": (*mesh, c_int32, POINTER(POINTER(CMesh))),
+        "quorkitConstruct": (*mesh, read(integer), Progress, c_void_p, POINTER(c_void_p)),
+        "quorkitSolverInfo": (c_void_p, POINTER(CSolverInfo)),
+        "quorkitSolve": (c_void_p, read(real), c_void_p, write(real)),
+        "quorkitAreas": (*mesh, write(real)),
+        "quorkitColours": (c_int32, read(real), c_double, c_double, write(np.uint8)),
+        "quorkitWrite": (c_int32, c_void_p, c_int32, c_void_p, read(real), c_char_p, c_char_p, c_double),
+        "quorkitEncodeToSphere": (c_int32, POINTER(c_float), POINTER(c_float), POINTER(c_float)),
     }
-    for name, (result, *arguments) in signatures.items():
+    for name, arguments in signatures.items():
         function = getattr(library, name)
-        function.restype, function.argtypes = result, arguments
+        function.restype, function.argtypes = c_int32, (*arguments, POINTER(CError))
+    library.quorkitFreeMesh.restype, library.quorkitFreeMesh.argtypes = None, (POINTER(CMesh),)
+    library.quorkitFreeSolver.restype, library.quorkitFreeSolver.argtypes = None, (c_void_p,)
+    library.quorkitDecodeFromSphere.argtypes = c_float, c_float, c_float
     return library
 
 
 library = declare(load())
 
 
-def require(status, text=None):
-    """Turns a status of the library into an exception, unless it is done."""
-    if status == DONE:
-        return
-    reason = library.quorkitStatusText(status).decode()
-    if status == OUT_OF_MEMORY:
-        raise MemoryError(reason)
-    if status == TOO_LARGE:
-        raise TooLargeError(status, reason)
-    if status == CANCELLED:
-        raise Cancelled(reason)
-    raise QuorError(status, text or reason)
+def call(function, *arguments):
+    """Calls a function that returns a status. Raises the exception that the status means."""
+    error = CError()
+    if function(*arguments, ctypes.byref(error)) != DONE:
+        raise exception_of(error)
+
+
+def exception_of(error):
+    """What a failed call means to a Python caller, with Python's names for arguments and functions."""
+    text = re.sub(r"\bquorkit([A-Z]\w*)", lambda found: "quor." + snake_case(found[1]),
+                  error.text.decode("utf-8", "surrogateescape"))
+    argument = error.argument.decode()
+    if text.startswith(argument):
+        text = snake_case(argument) + text[len(argument):]
+    if error.status == OUT_OF_MEMORY:
+        return MemoryError(text)
+    if error.status == FILE:
+        name, _, cause = text.rpartition(": ")
+        return OSError(error.system or errno.EIO, cause, name or None)
+    if error.status == CANCELLED:
+        return Cancelled(text)
+    if error.status == TOO_LARGE:
+        return TooLargeError(error.status, text)
+    kind = REFUSALS.get(error.reason, QuorError)
+    status = error.reason if error.reason in REFUSALS else error.status
+    return kind(status, text, snake_case(argument), error.index)
+
+
+def snake_case(name):
+    return re.sub("[A-Z]", lambda letter: "_" + letter[0].lower(), name).lstrip("_")

@@ -7,7 +7,7 @@ from typing import NamedTuple
 import numpy as np
 
 from ._arrays import COUNT_LIMIT, address, arguments, copy, integer, mesh_arrays, real
-from ._library import CMesh, CReport, library, require
+from ._library import CMesh, CReport, call, library
 
 
 class Welded(NamedTuple):
@@ -84,9 +84,8 @@ def weld(points, triangles, tolerance):
     vertices, kept = np.empty_like(points), np.empty_like(triangles)
     point_map = np.empty(len(points), np.int32)
     n, m = c_int32(), c_int32()
-    require(library.quorkitWeld(len(points), points, len(triangles), triangles, vertices, kept,
-                                point_map, byref(n), byref(m), float(tolerance)),
-            f"tolerance: {tolerance} is not 0 or more")
+    call(library.quorkitWeld, len(points), points, len(triangles), triangles, vertices, kept, point_map,
+         byref(n), byref(m), float(tolerance))
     vertices.resize((n.value, 3), refcheck=False)  # gives the unused room back, in place
     kept.resize((m.value, 3), refcheck=False)
     return Welded(vertices, kept, point_map)
@@ -100,7 +99,7 @@ def check(vertices, triangles, tags=None):
     if tags is not None:
         tags = integer("tags", tags, (len(vertices),), -2**31, 2**31 - 1, ValueError, kinds="iub")
     report = CReport()
-    require(library.quorkitCheck(*arguments(vertices, triangles), address(tags), byref(report)))
+    call(library.quorkitCheck, *arguments(vertices, triangles), address(tags), byref(report))
     values = [getattr(report, name) for name in Report._fields]
     return Report(*values[:3], *(Finding(found.count, found.first) for found in values[3:]))
 
@@ -122,8 +121,7 @@ def clean(vertices, triangles):
     vertices that triangles use must be finite."""
     vertices, triangles = mesh_arrays(vertices, triangles)
     made = POINTER(CMesh)()
-    require(library.quorkitClean(*arguments(vertices, triangles), byref(made)),
-            "vertices: a coordinate that a triangle uses is not finite")
+    call(library.quorkitClean, *arguments(vertices, triangles), byref(made))
     return derived(made, CleanMesh,
                    lambda mesh: (copy(mesh.vertex_map, (mesh.vertex_map_count,), np.int32),))
 
@@ -147,16 +145,13 @@ def refine(vertices, triangles, longest_edge=None, triangle_count=None, sizes=No
     made = POINTER(CMesh)()
     if sizes is not None:
         sizes = real("sizes", sizes, (len(vertices),))
-        status = library.quorkitRefineGraded(*arguments(vertices, triangles), float(longest_edge),
-                                             sizes, byref(made))
+        call(library.quorkitRefineGraded, *arguments(vertices, triangles), float(longest_edge), sizes,
+             byref(made))
     elif longest_edge is not None:
-        status = library.quorkitRefine(*arguments(vertices, triangles), float(longest_edge),
-                                       byref(made))
+        call(library.quorkitRefine, *arguments(vertices, triangles), float(longest_edge), byref(made))
     else:
         wanted = min(max(operator.index(triangle_count), 0), COUNT_LIMIT)
-        status = library.quorkitRefineTo(*arguments(vertices, triangles), wanted, byref(made))
-    require(status, "refine: coordinates must be finite, corners different, lengths above 0 and the "
-                    "number in 1 .. 238,609,294")
+        call(library.quorkitRefineTo, *arguments(vertices, triangles), wanted, byref(made))
     return derived(made, RefinedMesh,
                    lambda mesh: (copy(mesh.vertex_origins, (mesh.vertex_count, 2), np.int32),
                                  mesh.longest_edge))
@@ -166,5 +161,5 @@ def areas(vertices, triangles):
     """(n,) float64: a third of the areas around each vertex, to multiply densities with."""
     vertices, triangles = mesh_arrays(vertices, triangles)
     result = np.empty(len(vertices))
-    require(library.quorkitAreas(*arguments(vertices, triangles), result))
+    call(library.quorkitAreas, *arguments(vertices, triangles), result)
     return result

@@ -1,14 +1,13 @@
 """A field as colours: for hosts that colour vertices, and in files for viewers."""
 
 import ctypes
-import errno
 import os
 from ctypes import c_void_p
 
 import numpy as np
 
 from ._arrays import mesh_arrays, real
-from ._library import FILE, library, require
+from ._library import call, library
 
 
 def colours(field, low=None, high=None):
@@ -20,8 +19,7 @@ def colours(field, low=None, high=None):
         low = (finite.min() if finite.size else 0.0) if low is None else low
         high = (finite.max() if finite.size else 1.0) if high is None else high
     rgba = np.empty((len(field), 4), np.uint8)
-    require(library.quorkitColours(len(field), field, float(low), float(high), rgba),
-            "low, high: must be finite")
+    call(library.quorkitColours, len(field), field, float(low), float(high), rgba)
     return rgba
 
 
@@ -53,18 +51,5 @@ def write_files(n, vertices, m, triangles, field, path, ramp, margin):
             raise ValueError("write: a null character in a path")
         return name.encode() if os.name == "nt" else os.fsencode(name)
 
-    status = library.quorkitWrite(n, ctypes.cast(vertices, c_void_p), m,
-                                  ctypes.cast(triangles, c_void_p), field, utf8(path),
-                                  None if ramp is None else utf8(ramp), float(margin))
-    if status == FILE:
-        name = os.fsdecode(path)
-        part = (name[:-4] if name.endswith(".obj") else name) + ".obj.part"
-        with open(part, "wb"):  # tells why, if opening was what failed
-            pass
-        os.remove(part)
-        if ramp is not None:
-            with open(ramp, "rb"):
-                pass
-        raise OSError(errno.EIO, "cannot be written, or the disk is full", name)
-    require(status, "write: coordinates and field must be finite, the path must name a file and the "
-                    "margin be in 0 .. 1")
+    call(library.quorkitWrite, n, ctypes.cast(vertices, c_void_p), m, ctypes.cast(triangles, c_void_p),
+         field, utf8(path), None if ramp is None else utf8(ramp), float(margin))

@@ -8,9 +8,9 @@ from ctypes import byref, c_void_p
 import numpy as np
 
 from ._arrays import address, check_shape, integer, real
-from ._errors import (NoVertexError, RepeatedCornerError, UnprescribedPieceError,
-                      UnprescribedPieceWarning, UnusedVertexError)
-from ._library import BAD_ARGUMENT, CSolverInfo, Progress, library, require
+from ._errors import (NoVertexError, UnprescribedPieceError, UnprescribedPieceWarning,
+                      UnusedVertexError)
+from ._library import BAD_ARGUMENT, CSolverInfo, Progress, call, library
 from ._meshes import check
 from ._showing import write_files
 
@@ -51,7 +51,7 @@ class Solver:
     tags       (n,) integers or booleans: 1, 2, 3 (True) prescribed, all others free
 
     progress   called now and then, on this thread, with the fraction that is done, 0 .. 1; returns
-               a true value to cancel
+               True to cancel, and anything else to go on
     unprescribed  what becomes of a piece of the mesh without a prescribed vertex, whose field nothing
                defines: "raise", "warn" or "ignore"
 
@@ -75,24 +75,27 @@ class Solver:
             raise ValueError(f'unprescribed: {unprescribed!r} is not "raise", "warn" or "ignore"')
         if unprescribed != "ignore":
             look_for_unprescribed(check(vertices, triangles, tags), unprescribed)
+        if n == 0:
+            raise NoVertexError(1, "vertices: there are none", "vertices")
+        if len(triangles) == 0:
+            raise UnusedVertexError(24, "vertices: no triangle uses vertex 0", "vertices", 0)
         handle = Handle()
         raised = []
 
         @Progress
-        def call(fraction, _):
+        def report(fraction, _):
             try:
-                return bool(progress(fraction))
+                return is_true(progress(fraction))
             except BaseException as error:  # not to be lost in C
                 raised.append(error)
                 return 1
 
-        status = library.quorkitConstruct(n, vertices, len(triangles), triangles, tags,
-                                          call if progress else Progress(), None, byref(handle))
-        if raised:
-            raise raised[0]
-        if status == BAD_ARGUMENT:
-            raise refusal(n, triangles)
-        require(status)
+        try:
+            call(library.quorkitConstruct, n, vertices, len(triangles), triangles, tags,
+                 report if progress else Progress(), None, byref(handle))
+        finally:
+            if raised:
+                raise raised[0] from None
         prescribed = (tags >= 1) & (tags <= 3)
         #: (n,) for each place in solver order the caller's index of its vertex.
         self.order = np.concatenate([np.flatnonzero(prescribed), np.flatnonzero(~prescribed)[::-1]])
@@ -128,7 +131,7 @@ class Solver:
     @staticmethod
     def _read_info(handle):
         info = CSolverInfo()
-        require(library.quorkitSolverInfo(handle, byref(info)))
+        call(library.quorkitSolverInfo, handle, byref(info))
         return info
 
     def solve(self, prescribed, source=None, out=None):
@@ -155,7 +158,7 @@ class Solver:
             if not (isinstance(out, np.ndarray) and out.dtype == np.float64 and out.flags.carray):
                 raise TypeError("out: expected a contiguous, writeable float64 array")
             check_shape("out", out, shape)
-        require(library.quorkitSolve(handle, prescribed, address(source), out))
+        call(library.quorkitSolve, handle, prescribed, address(source), out)
         return out
 
     @property
@@ -205,18 +208,11 @@ def look_for_unprescribed(report, wish):
         text = (f"tags: {count} of {report.pieces.count} pieces have no prescribed vertex, so nothing says "
                 f"what their field is; the first one is that of vertex {first}")
         if wish == "raise":
-            raise UnprescribedPieceError(BAD_ARGUMENT, text)
+            raise UnprescribedPieceError(BAD_ARGUMENT, text, "tags", first)
         warnings.warn(text, UnprescribedPieceWarning, stacklevel=3)
 
 
-def refusal(n, triangles):
-    """The exception for what the constructor refuses, with the status of quor.h, naming the first
-    culprit."""
-    if n == 0:
-        return NoVertexError(1, "vertices: there are none")
-    a, b, c = triangles.T
-    repeated = np.flatnonzero((a == b) | (b == c) | (c == a))
-    if repeated.size:
-        return RepeatedCornerError(23, f"triangles: number {repeated[0]} has two equal indices")
-    unused = np.setdiff1d(np.arange(n), triangles)[0]
-    return UnusedVertexError(24, f"vertices: number {unused} is used by no triangle")
+def is_true(answer):
+    """Whether a callback returned True itself: what it returns by the way, as print and append do, or
+    a count of written characters, does not cancel."""
+    return isinstance(answer, (bool, np.bool_)) and bool(answer)

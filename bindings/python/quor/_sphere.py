@@ -3,7 +3,7 @@
 import operator
 from ctypes import byref, c_float
 
-from ._library import library
+from ._library import call, library
 
 
 def encode_integer_to_sphere(value):
@@ -13,7 +13,7 @@ def encode_integer_to_sphere(value):
     if not -1 <= value <= 65534:  # ctypes would cut a large one to its low 32 bits
         raise ValueError(f"value: {value} is not in -1 .. 65534")
     x, y, z = c_float(), c_float(), c_float()
-    library.quorkitEncodeToSphere(value, byref(x), byref(y), byref(z))
+    call(library.quorkitEncodeToSphere, value, byref(x), byref(y), byref(z))
     return x.value, y.value, z.value
 
 

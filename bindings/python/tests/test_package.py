@@ -56,13 +56,13 @@ class Refused(unittest.TestCase):
     def test_statuses(self):
         square, ones = np.eye(4, 3), [1] * 4
         for error, status, words, function, *arguments in (
-                (quor.QuorError, 1, "nan is not 0 or more", quor.weld, square, [[0, 1, 2]], np.nan),
+                (quor.QuorError, 1, "tolerance is nan: give 0 or more", quor.weld, square, [[0, 1, 2]], np.nan),
                 (quor.QuorError, 1, "-1e-300", quor.weld, square, [[0, 1, 2]], -1e-300),
                 (quor.NoVertexError, 1, "none", quor.Solver, square[:0], np.empty((0, 3), int), []),
-                (quor.RepeatedCornerError, 23, "number 1 has", quor.Solver, square,
+                (quor.RepeatedCornerError, 23, "triangle 1 has the corners 3, 1, 3: drop it with quor.clean", quor.Solver, square,
                  [[0, 1, 2], [3, 1, 3]], ones),
-                (quor.UnusedVertexError, 24, "number 2 is", quor.Solver, square, [[0, 1, 3]], ones),
-                (quor.UnusedVertexError, 24, "number 0 is", quor.Solver, square,
+                (quor.UnusedVertexError, 24, "no triangle uses vertex 2", quor.Solver, square, [[0, 1, 3]], ones),
+                (quor.UnusedVertexError, 24, "no triangle uses vertex 0", quor.Solver, square,
                  np.empty((0, 3), int), ones)):
             with self.assertRaisesRegex(error, words) as caught:
                 function(*arguments)

@@ -98,10 +98,11 @@ double leastTriangles(const Surface& surface, double length) {
 quor::kit::Solver build(const Surface& mesh, const std::vector<std::int32_t>& tags,
                         Stages& stages) {
   try {
-    quor::kit::Solver solver(mesh.vertices, mesh.triangles, tags, [&stages](double fraction) {
-      stages.advance(fraction);
-      return !isInterrupted();
-    });
+    quor::kit::Solver solver =
+        quor::kit::Solver::make(mesh.vertices, mesh.triangles, tags, [&stages](double fraction) {
+          stages.advance(fraction);
+          return isInterrupted();
+        });
     if (solver.info().factorization != 0) {
       throw std::runtime_error(std::string("the factorization failed: ") + kThinTriangles);
     }
