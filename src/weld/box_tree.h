@@ -6,6 +6,7 @@
 #include "weld/point.h"
 #include "weld/point_columns.h"
 
+#include <cassert>
 #include <cstdint>
 #include <vector>
 
@@ -31,8 +32,14 @@ struct BoxTree {
   std::vector<Node> nodes;           ///< in preorder: the left child follows its parent
 
   /// Both for a node that is no leaf.
-  const Node& left(const Node& node) const { return (&node)[1]; }
-  const Node& right(const Node& node) const { return nodes[toSize(node.right)]; }
+  const Node& left(const Node& node) const {
+    assert(!node.isLeaf());
+    return (&node)[1];
+  }
+  const Node& right(const Node& node) const {
+    assert(!node.isLeaf());
+    return nodes[toSize(node.right)];
+  }
 };
 
 /// Both halves of every split hold points, so the depth is at most 28, the number of voxel bits,

@@ -5,6 +5,7 @@
 #include "weld/point.h"
 
 #include <array>
+#include <cassert>
 #include <cmath>
 #include <cstdint>
 
@@ -40,10 +41,14 @@ class CellNumbers {
   bool isUsable() const { return cellsPerUnit_ > 0.0 && cellsPerUnit_ < 0x1p511; }
   bool canNumber(Point p) const { return canNumber(p[0]) && canNumber(p[1]) && canNumber(p[2]); }
   Cell of(Point p) const { return {of(p[0]), of(p[1]), of(p[2])}; }
+  /// The cells where points near to p may be are those from the first to the last, on each axis.
+  /// @param p  one that can be numbered
   Cell first(Point p) const {
+    assert(canNumber(p));
     return {of(p[0] - tolerance_), of(p[1] - tolerance_), of(p[2] - tolerance_)};
   }
   Cell last(Point p) const {
+    assert(canNumber(p));
     return {of(p[0] + tolerance_), of(p[1] + tolerance_), of(p[2] + tolerance_)};
   }
 

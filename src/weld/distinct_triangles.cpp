@@ -15,7 +15,9 @@ DistinctTriangles::DistinctTriangles(std::int32_t count, const std::int32_t* tri
       vertexOfPoint_(vertexOfPoint),
       kept_(kept),
       index_(toSize(count), count),
-      homesPerVertex_(~std::uint64_t{0} / 3 / toSize(vertexCount)) {}
+      homesPerVertex_(~std::uint64_t{0} / 3 / toSize(vertexCount)) {
+  assert(count >= 0 && vertexCount >= 1);
+}
 
 std::int32_t DistinctTriangles::keep() {
   for (std::int32_t begin = 0; begin < count_; begin += std::min(kBlock, count_ - begin)) {
@@ -24,7 +26,7 @@ std::int32_t DistinctTriangles::keep() {
     const std::size_t candidates = hashCandidates(begin, end);
     const std::size_t looked = keepNew(candidates, end);
     if (looked < candidates) {
-      keepNewBySorting(begin + toIndex(candidates_[looked]));
+      keepNewBySorting(begin + candidates_[looked]);
       break;
     }
   }
@@ -71,11 +73,10 @@ DistinctTriangles::Triangle DistinctTriangles::rewritten(std::int32_t t) const {
 std::size_t DistinctTriangles::hashCandidates(std::int32_t begin, std::int32_t end) {
   std::size_t candidates = 0;
   for (std::int32_t t = begin; t < end; ++t) {
-    const auto k = static_cast<std::uint32_t>(t - begin);
-    const Triangle key = sorted(&corners_[3 * toSize(k)]);
+    const Triangle key = sorted(&corners_[3 * toSize(t - begin)]);
     hashes_[candidates] = hashOf(key);
     index_.prefetchSlot(hashes_[candidates]);
-    candidates_[candidates] = k;
+    candidates_[candidates] = t - begin;
     candidates += toSize(static_cast<int>(key[0] != key[1]) & static_cast<int>(key[1] != key[2]));
   }
   return candidates;

@@ -55,9 +55,9 @@ class DistinctTriangles {
   HashIndex index_;               ///< of the kept triangles
   std::uint64_t homesPerVertex_;  ///< as a share of 2^64, for each of the three
   // Of the block:
-  std::array<std::int32_t, std::size_t{3} * kBlock> corners_;
-  std::array<std::uint32_t, kBlock> candidates_;
-  std::array<std::uint64_t, kBlock> hashes_;
+  std::array<std::int32_t, 3 * toSize(kBlock)> corners_;  ///< vertices of all triangles
+  std::array<std::int32_t, kBlock> candidates_;           ///< positions in the block
+  std::array<std::uint64_t, kBlock> hashes_;              ///< of the candidates
 };
 
 }  // namespace quor

@@ -1,6 +1,7 @@
 // A hash table from records, which live elsewhere, to their indices.
 #pragma once
 
+#include "util/index.h"
 #include "util/machine.h"
 #include "weld/hashing.h"
 
@@ -33,7 +34,7 @@ class HashIndex {
   /// @param expected    entries that fit without growing
   /// @param indexLimit  all indices are below it
   HashIndex(std::size_t expected, std::int32_t indexLimit) {
-    while (indexMask_ < static_cast<std::uint64_t>(indexLimit)) {
+    while (indexMask_ < toSize(indexLimit)) {
       indexMask_ = 2 * indexMask_ + 1;
     }
     resize(expected);
@@ -69,15 +70,13 @@ class HashIndex {
   }
 
   /// The index in a slot, kNone if it is empty.
-  std::int32_t index(std::size_t slot) const {
-    return static_cast<std::int32_t>(slots()[slot] & indexMask()) - 1;
-  }
+  std::int32_t index(std::size_t slot) const { return indexIn(slots()[slot]); }
 
   /// Fills an empty slot that locate returned. The table must not be full: a search ends at an
   /// empty slot, and half of them always are.
   void fill(std::size_t slot, std::uint64_t hash, std::int32_t index) {
     assert(slots()[slot] == 0 && !isFull());
-    assert(index >= 0 && static_cast<std::uint64_t>(index) < indexMask_);
+    assert(toSize(index) < indexMask_);
     slots()[slot] =
         (static_cast<std::uint32_t>(hash) & ~indexMask()) | static_cast<std::uint32_t>(index + 1);
     ++size_;
@@ -91,9 +90,7 @@ class HashIndex {
 
   /// Whether searches took so many steps that something other than this table is faster.
   /// @param seen  records so far, those found included
-  bool isCrowded(std::int32_t seen) const {
-    return steps_ > kStepsPerRecord * (static_cast<std::uint64_t>(seen) + 64);
-  }
+  bool isCrowded(std::int32_t seen) const { return steps_ > kStepsPerRecord * (toSize(seen) + 64); }
 
   /// Makes room for more entries, at least for twice as many. Breaks off where the table is, or
   /// becomes, crowded: what it holds is then of no use.
@@ -106,7 +103,7 @@ class HashIndex {
     resize(std::max(expected, oldCount));
     for (std::size_t slot = 0; slot < oldCount && !isCrowded(seen); ++slot) {
       if (old.get()[slot] != 0) {
-        const auto index = static_cast<std::int32_t>(old.get()[slot] & indexMask()) - 1;
+        const std::int32_t index = indexIn(old.get()[slot]);
         const std::uint64_t hash = hashOf(index);
         fill(locate(hash, [](std::int32_t) { return false; }), hash, index);
       }
@@ -138,8 +135,9 @@ class HashIndex {
 
   std::uint32_t* slots() const { return slots_.get(); }
   // The slot comes from the upper bits of the hash, the tag from bits 31 downwards.
-  std::size_t home(std::uint64_t hash) const { return static_cast<std::size_t>(hash >> shift_); }
+  std::size_t home(std::uint64_t hash) const { return toSize(hash >> shift_); }
   std::uint32_t indexMask() const { return static_cast<std::uint32_t>(indexMask_); }
+  std::int32_t indexIn(std::uint32_t entry) const { return toIndex(entry & indexMask()) - 1; }
   bool isTagged(std::uint32_t entry, std::uint64_t hash) const {
     return ((entry ^ static_cast<std::uint32_t>(hash)) & ~indexMask()) == 0;
   }

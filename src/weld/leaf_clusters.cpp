@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <cstddef>
 #include <cstdint>
 
 namespace quor {
@@ -16,14 +17,15 @@ using Mask = PointColumns::Mask;
 /// Which points of a leaf chains of near ones connect.
 class LeafClusters {
  public:
-  explicit LeafClusters(std::int32_t size) {
-    for (std::int32_t k = 0; k < size; ++k) {
-      clusterOf_[toSize(k)] = Mask{1} << static_cast<unsigned>(k);
+  /// @param size  number of points
+  explicit LeafClusters(std::size_t size) {
+    for (std::size_t k = 0; k < size; ++k) {
+      clusterOf_[k] = Mask{1} << k;
     }
   }
 
   /// Unites the clusters of point k and of all that are near to it.
-  void unite(unsigned k, Mask near) {
+  void unite(std::size_t k, Mask near) {
     Mask cluster = clusterOf_[k];
     Mask rest = near & ~cluster;
     if (rest == 0) {
@@ -38,7 +40,7 @@ class LeafClusters {
     united_ |= cluster;
   }
 
-  Mask of(unsigned k) const { return clusterOf_[k]; }
+  Mask of(std::size_t k) const { return clusterOf_[k]; }
 
   /// All points that are not alone in their clusters.
   Mask united() const { return united_; }
@@ -67,6 +69,7 @@ void linkToSmallest(const std::int32_t* points, Mask cluster, DisjointSets fores
 
 bool linkLeaf(const BoxTree& tree, const BoxTree::Node& leaf, DisjointSets forest,
               double squaredTolerance) {
+  assert(leaf.isLeaf());
   const Range range = leaf.range;
   const std::int32_t* const points = tree.points.data() + range.begin;
   const Mask all = PointColumns::all(range);
@@ -74,9 +77,10 @@ bool linkLeaf(const BoxTree& tree, const BoxTree::Node& leaf, DisjointSets fores
     linkToSmallest(points, all, forest);
     return true;
   }
-  LeafClusters clusters(range.size());
-  for (std::int32_t i = range.begin; i + 1 < range.end; ++i) {
-    const auto k = static_cast<unsigned>(i - range.begin);
+  const std::size_t size = toSize(range.size());
+  LeafClusters clusters(size);
+  for (std::size_t k = 0; k + 1 < size; ++k) {
+    const std::int32_t i = range.begin + toIndex(k);
     const Range later{i + 1, range.end};
     clusters.unite(k, tree.columns.nearTo(tree.columns.point(i).data(), later, squaredTolerance)
                           << (k + 1));

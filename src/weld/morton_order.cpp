@@ -101,8 +101,8 @@ class Grid {
     std::array<std::size_t, 3> halvings{};
     std::vector<std::size_t> axisOfBit;
     while (axisOfBit.size() < bits) {
-      const auto widest =
-          static_cast<std::size_t>(std::max_element(width.begin(), width.end()) - width.begin());
+      const std::size_t widest =
+          toSize(std::max_element(width.begin(), width.end()) - width.begin());
       if (!(width[widest] > 0.0) || halvings[widest] == kMaxBitsPerAxis) {
         break;
       }

@@ -1,6 +1,7 @@
 // Puts points into the order of the voxels of a grid along a space-filling curve.
 #pragma once
 
+#include "util/index.h"
 #include "weld/point.h"
 
 #include <cstdint>
@@ -18,7 +19,7 @@ struct MortonOrder {
 
   /// First position of the voxels from `voxel` on.
   std::int32_t start(std::uint32_t voxel) const {
-    return static_cast<std::int32_t>(voxel < voxelStart.size() ? voxelStart[voxel] : points.size());
+    return toIndex(voxel < voxelStart.size() ? voxelStart[voxel] : points.size());
   }
 };
 

@@ -30,7 +30,7 @@ std::size_t size(Mask set) {
 
 /// The position of the first point of a set.
 std::int32_t first(Mask set, Range range) {
-  return range.begin + static_cast<std::int32_t>(lowestBit(set));
+  return range.begin + toIndex(lowestBit(set));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "weld/oriented_box.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 
@@ -130,10 +131,12 @@ void OrientedBox::setDirections(const PointColumns& columns, Range range) {
 
 PointColumns::Mask OrientedBox::nearIn(const PointColumns& columns, Range range,
                                        double squaredTolerance) const {
+  assert(isUsable(squaredTolerance));
   return columns.nearTo(center_, directions_, half_, range, squaredTolerance * kBeyond * kBeyond);
 }
 
 bool OrientedBox::isBeyond(const OrientedBox& other, double squaredTolerance) const {
+  assert(isUsable(squaredTolerance));
   const Vector between = minus(other.center_, center_);
   const double tolerance = std::sqrt(squaredTolerance) * kBeyond;
   // Whether a slab across a direction, wider than the tolerance, lies between the boxes.

@@ -16,6 +16,7 @@
 #pragma once
 
 #include "util/exact_arithmetic.h"
+#include "util/index.h"
 
 #include <algorithm>
 #include <array>
@@ -33,7 +34,7 @@ using Point = const double*;
 class PointArray {
  public:
   explicit PointArray(const double* coordinates) : coordinates_(coordinates) {}
-  Point operator[](std::int32_t i) const { return coordinates_ + 3 * static_cast<std::size_t>(i); }
+  Point operator[](std::int32_t i) const { return coordinates_ + 3 * toSize(i); }
 
  private:
   const double* coordinates_;

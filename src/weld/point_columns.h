@@ -2,6 +2,7 @@
 // point or a box.
 #pragma once
 
+#include "util/index.h"
 #include "util/machine.h"
 #include "weld/point.h"
 
@@ -35,10 +36,8 @@ class PointColumns {
       : stride_(count + 1), coordinates_(new double[3 * stride_]) {}
 
   void put(std::int32_t position, Point p) {
-    assert(position >= 0 && static_cast<std::size_t>(position) + 1 < stride_);
     for (std::size_t axis = 0; axis < 3; ++axis) {
-      double* const place =
-          coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
+      double* const place = coordinates_.get() + offset(axis, position);
       place[0] = place[1] = p[axis];  // the second completes a pair until the next point comes
     }
   }
@@ -50,7 +49,7 @@ class PointColumns {
   /// All points of a range.
   static Mask all(Range range) {
     assert(range.size() >= 0 && range.size() <= kMaskBits);
-    return static_cast<Mask>((std::uint64_t{1} << static_cast<unsigned>(range.size())) - 1);
+    return static_cast<Mask>((std::uint64_t{1} << toSize(range.size())) - 1);
   }
 
   /// Those that are near to p.
@@ -94,6 +93,7 @@ class PointColumns {
 
   /// The tight box of a range, which is not empty.
   Box box(Range range) const {
+    assert(range.size() > 0);
     Box box(point(range.begin).data());
     for (std::int32_t i = range.begin + 1; i < range.end; ++i) {
       box.extend(Box(point(i).data()));
@@ -102,8 +102,12 @@ class PointColumns {
   }
 
  private:
+  std::size_t offset(std::size_t axis, std::int32_t position) const {
+    assert(toSize(position) + 1 < stride_);
+    return axis * stride_ + toSize(position);
+  }
   const double* column(std::size_t axis, std::int32_t position) const {
-    return coordinates_.get() + axis * stride_ + static_cast<std::size_t>(position);
+    return coordinates_.get() + offset(axis, position);
   }
 
   /// Those whose distance is below the squared tolerance.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "util/disjoint_sets.h"
+#include "util/index.h"
 #include "util/machine.h"
 #include "weld/point.h"
 #include "weld/point_table.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -67,6 +69,7 @@ class PointPass {
     for (std::int32_t i = begin; i < end; ++i) {
       const Point p = points[i];
       const std::int32_t guess = recent_.exchange(i, p, i - 1);
+      assert(guess >= 0 && guess < i);
       const Point q = points[guess];
       // Differences are 0 for equal finite coordinates only.
       const double apart = std::abs(p[0] - q[0]) + std::abs(p[1] - q[1]) + std::abs(p[2] - q[2]);

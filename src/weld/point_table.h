@@ -1,9 +1,11 @@
 // A hash table of points, which grows as their number becomes known.
 #pragma once
 
+#include "util/index.h"
 #include "weld/hash_index.h"
 #include "weld/point.h"
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -19,7 +21,9 @@ class PointTable {
         points_(points),
         hash_(hash),
         // In a triangle soup one point in six is new.
-        index_(static_cast<std::size_t>(count) / 8, count) {}
+        index_(toSize(count) / 8, count) {
+    assert(count >= 1);
+  }
 
   std::uint64_t hashOf(Point p) const { return hash_(p); }
 

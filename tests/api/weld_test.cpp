@@ -92,6 +92,13 @@ TEST(Weld, Examples) {
        {1, 2, 3, 1, 2, 3},
        {},
        {0, 1}},
+      {"a square that just does not underflow, to the smallest number above 0",
+       {{1, 2, 3, 1, 2, 3}, {}},
+       1.58e-162,
+       {1, 2, 3},
+       {},
+       {0, 0}},
+      {"one that just does", {{1, 2, 3, 1, 2, 3}, {}}, 1.56e-162, {1, 2, 3, 1, 2, 3}, {}, {0, 1}},
       {"infinity merges what is finite",
        {{0, 0, 0, 9e9, 1, 1, kNaN, 0, 0, -5, 0, 0}, {}},
        kInfinity,
@@ -144,6 +151,23 @@ TEST(Weld, MatchesBruteForceOnManySmallNastyInputs) {
       const Mesh soup = withTriangles(std::move(points), random);
       ASSERT_TRUE(same(welded(soup, tolerance), bruteForceWeld(soup, tolerance)))
           << nasty.name << ", round " << round << ", tolerance " << tolerance;
+    }
+  }
+}
+
+TEST(Weld, MatchesBruteForceWhereverABlockEnds) {
+  // Points are taken by 1024 after the first one, triangles by 512.
+  Random random(25);
+  for (const int n : {1, 2, 1024, 1025, 1026, 2048, 2049, 2050}) {
+    for (const int m : {0, 1, 511, 512, 513, 1024, 1025}) {
+      Mesh soup;
+      for (int i = 0; i < 3 * n; ++i) {
+        soup.vertices.push_back(below(random, 9));
+      }
+      for (int corner = 0; corner < 3 * m; ++corner) {
+        soup.triangles.push_back(below(random, n));
+      }
+      ASSERT_TRUE(same(welded(soup, 1e-3), bruteForceWeld(soup, 1e-3))) << n << ", " << m;
     }
   }
 }
