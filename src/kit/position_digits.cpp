@@ -34,8 +34,10 @@ int positionDigits(const MeshView& mesh) {
     }
   }
   int digits = quor::kFewestDigits;
-  for (double step = 2e-5; digits < kMostDigits && least < step; step /= 10.0) {
+  double step = 2e-5;
+  while (digits < kMostDigits && least < step) {
     ++digits;
+    step /= 10.0;
   }
   return digits;
 }

@@ -253,6 +253,7 @@ class Damaged(Case):
                 ("list.ply", "ply\nelement face 3\nproperty list float int x\n", "the length of a list is no integer"),
                 ("orphan.ply", "ply\nproperty float x\n", "line 2: a property before the first element"),
                 ("least.ply", "ply\nelement vertex -1\n", "not between 0 and 2147483647"),
+                ("minus.ply", ply((triangle, [(0, 1, 2)]), extra=False).replace(b"\n3 0", b"\n-3 0"), "a list has -3 entries"),
                 ("range.ply", ply((triangle, [(0, 1, 3)])), "a face has vertex 3, and there are 3 before it"),
                 ("axis.ply", ply((triangle, [(0, 1, 2)])).replace(b"double z", b"double w"), "corner at .*nan.*not finite"),
                 ("nan.obj", "v nan 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n", r"triangle 1 has a corner at \(nan, 0, 0\), which "

@@ -88,6 +88,9 @@ class Within(Case):
                 self.assertRegex(result.json["errorExcept"], f"^{where}$")
                 self.assertRegex(result.stdout, f", ± [0-9.e-]+, except {where}")
                 self.assertLessEqual(result.json["error"], 0.01)
+        edges = self.solve("box.obj", "--hot", "face:5,4,4", "--cold", "face:5,0,2", "--edge", "1")
+        self.assertRegex(edges.stderr, r"^heatmap: warning: nothing is promised near where regions of different values touch, "
+                         r"first at \(0, 0, 4\): no continuous field has both values there; keep the regions apart\n$")
         apart = self.solve("box.obj", "--hot", "face:5,4,4", "--cold", "face:5,4,0")
         self.assertNotIn("errorExcept", apart.json)
 

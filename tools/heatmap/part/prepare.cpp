@@ -33,11 +33,13 @@ constexpr double kLostArea = 1e-4;
 double rounded(double x, double size) {
   double step = 1.0;  // or the number of steps in one, where that is above 1
   if (size >= 1.0) {
-    for (; 10.0 * step <= size; step *= 10.0) {
+    while (10.0 * step <= size) {
+      step *= 10.0;
     }
     return std::round(x / step) * step;
   }
-  for (; size * step < 1.0; step *= 10.0) {
+  while (size * step < 1.0) {
+    step *= 10.0;
   }
   return std::round(x * step) / step;
 }

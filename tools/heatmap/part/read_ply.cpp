@@ -126,8 +126,12 @@ class PlyElements {
 
   void takeList(const PlyProperty& property) {
     const bool areCorners = property.name == "vertex_indices" || property.name == "vertex_index";
-    const double count = numbers_.next(property.countType);
-    for (double k = 0.0; k < count; ++k) {
+    const double given = numbers_.next(property.countType);
+    if (!(given >= 0.0 && given <= kMost && given == std::floor(given))) {
+      throw std::runtime_error("a list has " + heatmap::text(given) +
+                               " entries: the file is damaged; export it again");
+    }
+    for (auto left = static_cast<std::int64_t>(given); left > 0; --left) {
       const double number = numbers_.next(property.type);
       if (areCorners) {
         corners_.push_back(cornerOf(number));
@@ -143,6 +147,8 @@ class PlyElements {
     }
     return static_cast<std::int32_t>(number);
   }
+
+  static constexpr double kMost = 4294967295.0;
 
   const PlyHeader& header_;
   Numbers numbers_;

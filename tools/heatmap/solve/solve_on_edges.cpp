@@ -41,18 +41,27 @@ class Refinement {
     }
   }
 
-  // Per vertex whether its value is prescribed, 1 or 0, and the value: where regions touch, a mean.
-  std::vector<std::int32_t> prescribe(std::vector<double>& values) const {
+  // Per vertex whether its value is prescribed, 1 or 0, and the value: where regions touch, a mean,
+  // with a warning if their values differ.
+  std::vector<std::int32_t> prescribe(std::vector<double>& values, Stages& stages) const {
     std::vector<std::int32_t> tags(mesh_.vertices.size() / 3);
     values.assign(tags.size(), 0.0);
+    std::int32_t jump = -1;
     for (const Region& region : regions_) {
       Selection selection = region.selection;
       follow(change_, selection);
       for (const std::int32_t v : verticesOf(mesh_, selection)) {
         double& value = values[toSize(v)];
-        value = tags[toSize(v)] == 0 ? region.value : value / 2.0 + region.value / 2.0;
+        const bool isJump = tags[toSize(v)] != 0 && value != region.value;
+        jump = isJump && jump < 0 ? v : jump;
+        value = isJump ? value / 2.0 + region.value / 2.0 : region.value;
         tags[toSize(v)] = 1;
       }
+    }
+    if (jump >= 0) {
+      stages.warn("nothing is promised near where regions of different values touch, first at " +
+                  placeText(mesh_, mesh_.point(jump)) +
+                  ": no continuous field has both values there; keep the regions apart");
     }
     return tags;
   }
@@ -137,7 +146,7 @@ Solution solveOnEdges(const Regions& regions, std::optional<double> length, Stag
 
   Solution solution{refinement.mesh(), {}, std::nullopt, ""};
   std::vector<double> values;
-  const std::vector<std::int32_t> tags = refinement.prescribe(values);
+  const std::vector<std::int32_t> tags = refinement.prescribe(values, stages);
   stages.begin("build");
   const quor::kit::Solver solver = build(solution.mesh, tags, stages);
   stages.end("factorized");
