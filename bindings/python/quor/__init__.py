@@ -10,14 +10,18 @@ Solver, colours or write. Arrays are numpy arrays:
     values, fields     (n,)   float64
 
 Other real and integer types, strides and byte orders are accepted and copied; an aligned and
-contiguous array of the type above is passed as it is. Shapes, types and indices are checked before
-a call:
+contiguous array of the type above is passed as it is, and must not change during the call. In place
+of vertices and triangles every function takes one mesh: what this package returns, or an object of
+meshio, trimesh, PyVista or Open3D, whatever has vertices and triangles or faces, or points and cells
+or faces. The arguments that follow are then named, as in refine(mesh, longest_edge=0.1).
+
+Shapes, types and indices are checked before a call:
 
     TypeError     numbers of the wrong kind (complex values, fractional indices)
     ValueError    a wrong shape, a wrong size, a closed solver
     IndexError    a triangle with an index that no vertex has
-    QuorError     a ValueError with the library's own answer, see its subclasses
-    MemoryError   memory ran out
+    QuorError     a ValueError of the library's: which argument and which entry; see its subclasses
+    MemoryError   out of memory
     OSError       a file cannot be written, or the disk is full
 
 Calls release the global interpreter lock. Any number of threads may use one solver at a time. Nothing
@@ -27,19 +31,25 @@ The library is looked for at the path in the environment variable QUOR_LIBRARY; 
 in the folder of this package; then wherever the system's loader looks.
 """
 
-from ._errors import (Cancelled, NoVertexError, QuorError, RepeatedCornerError, TooLargeError,
-                      UnprescribedPieceError, UnprescribedPieceWarning, UnusedVertexError)
-from ._meshes import (CleanMesh, Finding, RefinedMesh, Report, Welded, areas, check, clean, refine,
-                      weld)
+from ._errors import (Cancelled, IsolatedVertexError, NoVertexError, QuorError, RepeatedCornerError,
+                      SingularMatrixError, TooLargeError, UnprescribedPieceError,
+                      UnprescribedPieceWarning, UnusedVertexError)
+from ._meshes import (CleanMesh, Faces, Finding, FlippedMesh, RefinedMesh, Report, Welded,
+                      WeldedWithOrigins, areas, check, check_regions, clean, faces, flip, flow,
+                      gradients, refine, weld, weld_with_origins)
 from ._showing import colours, write
 from ._solver import Info, Solver
 from ._sphere import decode_integer_from_sphere, encode_integer_to_sphere
+from ._within import Solution, solve_within
 
 __all__ = [
-    "Cancelled", "CleanMesh", "Finding", "Info", "NoVertexError", "QuorError", "RefinedMesh",
-    "RepeatedCornerError", "Report", "Solver", "TooLargeError", "UnprescribedPieceError",
-    "UnprescribedPieceWarning", "UnusedVertexError", "Welded", "areas", "check", "clean", "colours",
-    "decode_integer_from_sphere", "encode_integer_to_sphere", "refine", "weld", "write",
+    "Cancelled", "CleanMesh", "Faces", "Finding", "FlippedMesh", "Info", "IsolatedVertexError",
+    "NoVertexError", "QuorError", "RefinedMesh", "RepeatedCornerError", "Report",
+    "SingularMatrixError", "Solution", "Solver", "TooLargeError", "UnprescribedPieceError",
+    "UnprescribedPieceWarning", "UnusedVertexError", "Welded", "WeldedWithOrigins", "areas",
+    "check", "check_regions", "clean", "colours", "decode_integer_from_sphere",
+    "encode_integer_to_sphere", "faces", "flip", "flow", "gradients", "refine", "solve_within",
+    "weld", "weld_with_origins", "write",
 ]
 __version__ = "0.1.0"
 

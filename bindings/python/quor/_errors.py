@@ -1,5 +1,9 @@
 """What the library may answer besides Python's own exceptions."""
 
+from __future__ import annotations
+
+from typing import Any, Tuple
+
 
 class QuorError(ValueError):
     """The library refused an argument.
@@ -9,13 +13,13 @@ class QuorError(ValueError):
     index     which entry of it: the vertex, triangle or value; -1 if none or all of them
     """
 
-    def __init__(self, status, text, argument="", index=-1):
+    def __init__(self, status: int, text: str, argument: str = "", index: int = -1) -> None:
         super().__init__(text)
         self.status = status
         self.argument = argument
         self.index = index
 
-    def __reduce__(self):  # pickle makes it again from these: another process may raise it
+    def __reduce__(self) -> Tuple[Any, ...]:  # another process may raise it
         return type(self), (self.status, *self.args, self.argument, self.index), self.__dict__
 
 
@@ -32,11 +36,19 @@ class UnusedVertexError(QuorError):
 
 
 class UnprescribedPieceError(QuorError):
-    """A piece of the mesh has no prescribed vertex: nothing says what its field is."""
+    """A connected component of the mesh has no prescribed vertex: nothing says what its field is."""
+
+
+class IsolatedVertexError(QuorError):
+    """A vertex has a value, but no edge at it is prescribed: its field depends on the mesh."""
+
+
+class SingularMatrixError(QuorError):
+    """The equations of the mesh have no single solution."""
 
 
 class UnprescribedPieceWarning(UserWarning):
-    """The same, where the caller has asked for a warning."""
+    """What UnprescribedPieceError says, where the caller has asked for a warning."""
 
 
 class TooLargeError(QuorError):

@@ -1,29 +1,41 @@
 """A field as colours: for hosts that colour vertices, and in files for viewers."""
 
+from __future__ import annotations
+
 import ctypes
 import os
 from ctypes import c_void_p
+from typing import TYPE_CHECKING, Any, Optional, Union
 
 import numpy as np
 
-from ._arrays import mesh_arrays, real
+from ._arrays import given, real
+from ._inputs import mesh_arrays
 from ._library import call, library
 
+if TYPE_CHECKING:
+    from numpy.typing import ArrayLike
 
-def colours(field, low=None, high=None):
+    from ._arrays import Bytes, MeshLike, Reals
+
+    Path = Union[str, bytes, os.PathLike[str], os.PathLike[bytes]]
+
+
+def colours(field: ArrayLike, low: Optional[float] = None, high: Optional[float] = None) -> Bytes:
     """(n, 4) uint8: red, green, blue and alpha of each value, from dark violet at low to yellow at
     high; by default the ends of the field. NaN is grey."""
-    field = real("field", field, (None,))
+    values = real("field", field, (None,))
     if low is None or high is None:
-        finite = field[np.isfinite(field)]
+        finite = values[np.isfinite(values)]
         low = (finite.min() if finite.size else 0.0) if low is None else low
         high = (finite.max() if finite.size else 1.0) if high is None else high
-    rgba = np.empty((len(field), 4), np.uint8)
-    call(library.quorkitColours, len(field), field, float(low), float(high), rgba)
+    rgba = np.empty((len(values), 4), np.uint8)
+    call(library.quorkitColours, len(values), values, float(low), float(high), rgba)
     return rgba
 
 
-def write(vertices, triangles, field, path, ramp=None, margin=0.001):
+def write(vertices: MeshLike, triangles: Optional[ArrayLike] = None, field: Optional[ArrayLike] = None,
+          path: Optional[Path] = None, ramp: Optional[Path] = None, margin: float = 0.001) -> None:
     """Writes a mesh and a field as an OBJ file and its material, which viewers show as colours: the
     largest value yellow, the smallest violet.
 
@@ -33,20 +45,21 @@ def write(vertices, triangles, field, path, ramp=None, margin=0.001):
     margin  how far the ends of the field stay away from those of the ramp, as a part of its range:
             viewers that repeat textures would mix the ends. All viewers are fine with the default.
 
-    Numbers have six significant digits. Raises OSError when a file cannot be written whole, a full disk
-    included; what was there before is then as it was.
+    Numbers have six significant digits. Raises OSError with the file and the cause when a file cannot
+    be written whole, a full disk included; what was there before is then as it was.
     """
     vertices, triangles = mesh_arrays(vertices, triangles)
-    field = real("field", field, (len(vertices),))
-    write_files(len(vertices), vertices.ctypes.data, len(triangles), triangles.ctypes.data, field,
-                path, ramp, margin)
+    values = real("field", given("field", field), (len(vertices),))
+    write_files(len(vertices), vertices.ctypes.data, len(triangles), triangles.ctypes.data, values,
+                given("path", path), ramp, margin)
 
 
-def write_files(n, vertices, m, triangles, field, path, ramp, margin):
+def write_files(n: int, vertices: Any, m: int, triangles: Any, field: Reals, path: Path,
+                ramp: Optional[Path], margin: float) -> None:
     """Of arrays that are checked, by their addresses."""
 
-    def utf8(name):
-        name = os.fsdecode(name)
+    def utf8(path: Path) -> bytes:
+        name = os.fsdecode(path)
         if "\0" in name:
             raise ValueError("write: a null character in a path")
         return name.encode() if os.name == "nt" else os.fsencode(name)

@@ -1,12 +1,15 @@
 """Integers carried in directions."""
 
+from __future__ import annotations
+
 import operator
 from ctypes import byref, c_float
+from typing import Tuple
 
 from ._library import call, library
 
 
-def encode_integer_to_sphere(value):
+def encode_integer_to_sphere(value: int) -> Tuple[float, float, float]:
     """Packs an integer in -1 .. 65534 into a unit vector around +z: three floats that single
     precision holds exactly. Raises ValueError for another integer."""
     value = operator.index(value)
@@ -17,7 +20,7 @@ def encode_integer_to_sphere(value):
     return x.value, y.value, z.value
 
 
-def decode_integer_from_sphere(x, y, z):
+def decode_integer_from_sphere(x: float, y: float, z: float) -> int:
     """Unpacks the integer from a vector that encode_integer_to_sphere made, or from its mirror
     image (-x, -y, -z). Any other vector gives some integer in -1 .. 65534."""
-    return library.quorkitDecodeFromSphere(float(x), float(y), float(z))
+    return int(library.quorkitDecodeFromSphere(float(x), float(y), float(z)))

@@ -119,6 +119,9 @@ class Shown(unittest.TestCase):
             self.assertEqual(sorted(os.listdir(path.parent)), ["a.mtl", "a.obj", "viridis.PNG"])
             u = [float(line.split()[1]) for line in path.read_text().splitlines() if line[:2] == "vt"]
             np.testing.assert_allclose([min(u), max(u)], [.001 / 1.002, 1.001 / 1.002], atol=1e-6)
+            with self.assertRaises(FileNotFoundError) as caught:
+                quor.write(vertices, triangles, field, Path(folder) / "missing" / "x")
+            self.assertEqual(caught.exception.filename, str(Path(folder) / "missing" / "x.obj"))
             for error, bad in ((FileNotFoundError, Path(folder) / "missing" / "x"),
                                (OSError, "/dev/null/x"), (ValueError, folder + "/a\0b"),
                                (ValueError, folder + "/")):

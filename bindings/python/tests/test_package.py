@@ -1,6 +1,8 @@
 """What must not reach the library, and how the package finds it."""
 
+import importlib.metadata
 import pickle
+import re
 import shutil
 import sys
 import tempfile
@@ -76,6 +78,34 @@ class Package(unittest.TestCase):
     def test_missing_library_is_an_import_error(self):
         outcome = run("import quor", QUOR_LIBRARY="/nowhere/libquorkit.so")
         self.assertIn("ImportError: quor: cannot load", outcome.stderr)
+
+    def test_a_mac_loads_no_library_of_the_current_directory(self):
+        """Its loader looks there for a bare name; every name that is tried is a whole path."""
+        for chosen in ("", "libquorkit.dylib"):
+            outcome = run("""if True:
+                import ctypes, sys, numpy
+                tried = []
+                def load(name, *_):
+                    tried.append(name)
+                    raise OSError("none")
+                ctypes.CDLL, sys.platform = load, "darwin"
+                try:
+                    import quor
+                except ImportError:
+                    print(len(tried) > 0 and all(name.startswith("/") for name in tried), tried)
+            """, QUOR_LIBRARY=chosen)
+            self.assertTrue(outcome.stdout.startswith("True"), outcome)
+
+    def test_metadata_stand_alone(self):
+        """A wheel has no files beside its description that a link could lead to."""
+        try:
+            metadata = importlib.metadata.metadata("quor")
+        except importlib.metadata.PackageNotFoundError:
+            self.skipTest("not installed, only imported")
+        text = metadata.get_payload() or metadata["Description"]
+        self.assertIn("quor.refine", text)
+        self.assertEqual(re.findall(r"\]\((?!https?:)[^)]*\)", text), [])
+        self.assertTrue((Path(quor.__file__).parent / "py.typed").exists())
 
     def test_all_names_are_met_as_quors_own(self):
         for name in quor.__all__:

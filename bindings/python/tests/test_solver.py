@@ -177,10 +177,16 @@ class Solve(unittest.TestCase):
         solver = quor.Solver([[0, 0, 0], [1, 0, 0], [0, 1, 0]], [[0, 1, 2]], [0] * 3,
                              unprescribed="ignore")
         self.assertEqual(solver.info, quor.Info.NUMERICAL_ISSUE)
+        # The weights of the free corners with the far one are lost in that with each other.
+        far = [[0, 0, 0], [1e20, 0, 0], [1e20, 1, 0]], [[0, 1, 2]], [1, 0, 0]
+        with self.assertRaises(quor.SingularMatrixError):
+            quor.Solver(*far)
+        with self.assertWarnsRegex(quor.UnprescribedPieceWarning, "singular"):
+            quor.Solver(*far, unprescribed="warn")
         self.assertEqual(list(solver.solve([1.0] * 3)), [0] * 3)
 
     def test_pieces_without_a_prescribed_vertex(self):
-        triangle = [[0, 0, 0], [1, 0, 0], [0, 1, 0]]
+        triangle = [[0., 0, 0], [1, 0, 0], [0, 1, 0]]
         two = (np.concatenate([triangle, np.add(triangle, 5)]), [[0, 1, 2], [3, 4, 5]])
         with self.assertRaisesRegex(quor.UnprescribedPieceError, "1 of 2 .* vertex 3"):
             quor.Solver(*two, [1, 0, 0, 0, 0, 0])
@@ -188,13 +194,22 @@ class Solve(unittest.TestCase):
             quor.Solver(*two, [1, 0, 0, 0, 0, 0], unprescribed="warn")
         with self.assertRaises(ValueError):
             quor.Solver(*two, [1, 0, 0, 1, 0, 0], unprescribed="maybe")
+        two[0][4, 1] = np.inf
+        for wish in ("raise", "warn"):
+            with self.assertRaisesRegex(quor.QuorError, r"vertex 4 is at \(6, inf, 5\)") as caught:
+                quor.Solver(*two, [1, 0, 0, 1, 0, 0], unprescribed=wish)
+            self.assertEqual((caught.exception.argument, caught.exception.index), ("vertices", 4))
+        quor.Solver(*two, [1, 0, 0, 1, 0, 0], unprescribed="ignore")
 
     def test_progress(self):
         mesh, told = bumpy_grid(), []
         quor.Solver(*mesh, progress=told.append)
         self.assertEqual((told[0], told[-1]), (0, 1))
-        with self.assertRaises(quor.Cancelled):
-            quor.Solver(*mesh, progress=lambda fraction: True)
+        for answer in (True, np.bool_(True)):
+            with self.assertRaises(quor.Cancelled):
+                quor.Solver(*mesh, progress=lambda fraction: answer)
+        for answer in (False, None, 12, "written"):
+            quor.Solver(*mesh, progress=lambda fraction: answer)
         with self.assertRaises(ZeroDivisionError):
             quor.Solver(*mesh, progress=lambda fraction: 1 / 0)
 
