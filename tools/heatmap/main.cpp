@@ -9,6 +9,7 @@
 #include "regions/faces.h"
 #include "regions/region.h"
 #include "regions/region_checks.h"
+#include "results/assets.h"
 #include "results/destination.h"
 #include "results/legend.h"
 #include "results/page.h"
@@ -116,7 +117,7 @@ void run(const Options& options) {
   if (!options.listsFaces) {
     requireUsable(destination, options.part);
   }
-  const std::string viewer = options.hasPage ? readViewer(QUOR_VIEWER) : "";
+  const std::string viewer = options.hasPage ? readViewer(assetPath("viewer.html")) : "";
   watchForInterrupt();
   Stages stages;
   const Surface part =

@@ -2,6 +2,7 @@
 
 #include "number.h"
 #include "prescribed_values.h"
+#include "results/assets.h"
 #include "text.h"
 #include "usage_error.h"
 
@@ -137,7 +138,7 @@ void requireNames(const Options& options) {
 
 std::optional<Options> parseCommandLine(int argc, char** argv) {
   Options options;
-  options.ramp = QUOR_RAMP;
+  options.ramp = assetPath("viridis.PNG").string();
   options.field = "temperature";
   Texts texts;
   CLI::App app("Computes a heat map on the surface of a part and writes it as a coloured OBJ.",

@@ -1,6 +1,7 @@
 """Where results go, what is in them, and what heatmap leaves when they cannot be written."""
 
 import os
+import pathlib
 import shutil
 import signal
 import subprocess
@@ -51,6 +52,23 @@ class Files(Case):
         self.assertEqual(warm.vertices[-3:], 3 * warm.vertices[:1])
         for vertex in range(len(hot.vertices)):
             self.assertAlmostEqual((hot.values[vertex] - 20) / 2 + 20, warm.values[vertex], delta=0.01)
+
+
+class Assets(Case):
+    def test_an_installed_program_takes_those_beside_it(self):
+        (self.work / "bin").mkdir()
+        (self.work / "share/quor").mkdir(parents=True)
+        program = shutil.copy(HEATMAP, self.work / "bin/heatmap")
+        ramp = b"\x89PNG\r\n\x1a\nof the installation"
+        self.write("share/quor/viridis.PNG", ramp)
+        self.write("share/quor/viewer.html", "<p><!-- result --></p>")
+        self.write("part.obj", box((0, 0, 0), (1, 1, 1)))
+        libraries = pathlib.Path(HEATMAP).resolve().parents[2] / "src/kit"
+        done = subprocess.run([program, "part.obj", "--out", "out", "--html", "--edge", "none"], cwd=self.work, check=False,
+                              capture_output=True, env={**os.environ, "LD_LIBRARY_PATH": str(libraries)})
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual((self.work / "out/viridis.PNG").read_bytes(), ramp)
+        self.assertRegex((self.work / "out/heatmap.html").read_text(), "^<p><script .*data-name=\"heatmap.obj\"")
 
 
 class Refusals(Case):
