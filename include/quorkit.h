@@ -504,8 +504,9 @@ typedef struct QuorkitFaces {
  *
  *   n, vertices   0 or more; 3n finite coordinates
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1, of a triangle all different; weld a
- * soup first angle         in degrees, above 0 and below 90; 30 suits most parts facesOut      out
- * the faces, to be released with quorkitFreeFaces; not null
+ *                 soup first
+ *   angle         in degrees, above 0 and below 90; 30 suits most parts
+ *   facesOut      out  the faces, to be released with quorkitFreeFaces; not null
  *
  * This is a good guess, not a proof: tessellations do not say where a face ends. Pass the numbers
  * of your CAD system instead where you have them.
@@ -520,7 +521,7 @@ QUORKIT_API void quorkitFreeFaces(const QuorkitFaces* faces);
 
 /* What quorkitSolveWithin is asked for. Set it to zero first: zero means none, or the default. */
 typedef struct QuorkitProblem {
-  int32_t n;                /* number of vertices, 1 or more                                      */
+  int32_t n;                /* number of vertices, 1 or more; each is used by a triangle          */
   const double* vertices;   /* 3n finite coordinates                                              */
   int32_t m;                /* number of triangles, 1 or more                                     */
   const int32_t* triangles; /* 3m vertex indices in 0 .. n-1, of a triangle all different         */

@@ -210,6 +210,7 @@ void requireSoundMesh(const MeshView& mesh) {
 void requireProblem(const QuorkitProblem& problem, const MeshView& mesh) {
   requireArrays(mesh, 1);
   requireSoundMesh(mesh);
+  requireVerticesUsed(mesh);
   requireNoDegenerateTriangle(mesh);
   requireLength(problem.tolerance, "tolerance");
   requireAtLeast(problem.triangleLimit, 0, "triangleLimit");

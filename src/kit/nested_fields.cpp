@@ -62,7 +62,7 @@ void compose(std::vector<std::int32_t>& origins, const std::vector<std::int32_t>
 
 /// The mesh with every triangle in four.
 NestedFields splitNested(const Level& coarse) {
-  NestedFields nested{{splitOnce(coarse.view()), coarse.values}, {}, {}, {}, 0, false};
+  NestedFields nested{{splitOnce(coarse.view()), coarse.values}, {}, {}, {}, {}, 0, false};
   MeshData& split = nested.fine.mesh;
   std::copy(coarse.mesh.vertexOrigins.begin(), coarse.mesh.vertexOrigins.end(),
             split.vertexOrigins.begin());
@@ -71,18 +71,18 @@ NestedFields splitNested(const Level& coarse) {
   return nested;
 }
 
-/// The field less the coarse one, which is linear between the origins of each vertex.
-void subtractInterpolated(NestedFields& nested, std::vector<double> coarse) {
+/// The field less another one, which is given at the coarse vertices and linear between them.
+std::vector<double> lessInterpolated(const NestedFields& nested, std::vector<double> coarse) {
   const std::vector<std::int32_t>& origins = nested.fine.mesh.vertexOrigins;
   const std::size_t first = coarse.size();
   coarse.resize(nested.field.size());
   for (std::size_t v = first; v < coarse.size(); ++v) {
     coarse[v] = 0.5 * coarse[toSize(origins[2 * v])] + 0.5 * coarse[toSize(origins[2 * v + 1])];
   }
-  nested.difference.resize(nested.field.size());
   for (std::size_t v = 0; v < coarse.size(); ++v) {
-    nested.difference[v] = nested.field[v] - coarse[v];
+    coarse[v] = nested.field[v] - coarse[v];
   }
+  return coarse;
 }
 
 void clearExempt(NestedFields& nested, const Exemption& exempt) {
@@ -116,7 +116,10 @@ NestedFields solveNested(const Problem& problem, const Level& coarse, const Exem
   const std::vector<double>& values = nested.fine.values.perVertex();
   nested.field = system.solve(values, sourceValues(problem, nested.fine));
   nested.isRegular = coarseSystem.isRegular() && system.isRegular();
-  subtractInterpolated(nested, std::move(coarseField));
+  nested.surplus = lessInterpolated(
+      nested,
+      {nested.field.begin(), nested.field.begin() + static_cast<std::ptrdiff_t>(coarseCount)});
+  nested.difference = lessInterpolated(nested, std::move(coarseField));
   clearExempt(nested, exempt);
   const auto isLess = [](double a, double b) { return std::abs(a) < std::abs(b); };
   const auto begin = nested.difference.begin();

@@ -41,6 +41,7 @@ struct NestedFields {
   Level fine;
   std::vector<double> field;       ///< on the fine mesh
   std::vector<double> difference;  ///< per fine vertex: the field less the coarse one, interpolated
+  std::vector<double> surplus;     ///< the field less itself on the coarse mesh, interpolated
   std::vector<double> green;       ///< the response to a source where a coarse vertex differs most
   std::int32_t worstVertex = 0;    ///< that vertex
   bool isRegular = false;          ///< whether both systems could be solved

@@ -1,7 +1,4 @@
 // A field within an error.
-//
-// Sources: R. Becker, R. Rannacher, An optimal control approach to a posteriori error estimation in
-// finite element methods, Acta Numerica 10 (2001), for weighing by the response to a source.
 #pragma once
 
 #include "kit/mesh.h"
@@ -37,7 +34,8 @@ struct Solution {
 };
 
 /// Refines where the error comes from until it is small enough everywhere, or the limit is reached.
-/// Throws std::bad_alloc, std::length_error where even the first mesh has no room, and what an
+/// The first mesh is made whatever the limit.
+/// Throws std::bad_alloc, std::length_error for more than a quarter of kMostTriangles, and what an
 /// observer of progress throws.
 /// @param problem  checked: finite coordinates, corners different and in range, no triangle
 ///                 degenerate, values and densities finite, a tolerance above 0
