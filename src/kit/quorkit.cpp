@@ -1,7 +1,7 @@
-// The exported functions: each checks its arguments and makes one call, guarded.
+// The exported functions about meshes, files and labels: each checks its arguments and makes one
+// call, guarded. Those about fields are in quorkit_fields.cpp.
 #include "quorkit.h"
 
-#include "api/solver_handle.h"
 #include "kit/areas.h"
 #include "kit/arguments.h"
 #include "kit/check.h"
@@ -10,93 +10,23 @@
 #include "kit/exception_guard.h"
 #include "kit/faces.h"
 #include "kit/flip.h"
-#include "kit/flow.h"
-#include "kit/gradients.h"
 #include "kit/mesh.h"
 #include "kit/obj_file.h"
-#include "kit/progress_reporter.h"
+#include "kit/owned_results.h"
 #include "kit/refine.h"
 #include "kit/refine_to.h"
-#include "kit/solve_within.h"
 #include "kit/triangle_origins.h"
-#include "operator/construct_tagged.h"
-#include "solve/field_solve.h"
-#include "solve/fields_solve.h"
 #include "util/integer_on_sphere.h"
 #include "weld/weld.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <stdexcept>
-#include <utility>
 #include <vector>
-
-struct QuorkitSolver {
-  std::unique_ptr<const quor::SolverHandle> handle;
-};
 
 namespace {
 
 using namespace quorkit;
-
-/// A mesh as it is handed out, with what it points to.
-struct OwnedMesh : QuorkitMesh {
-  explicit OwnedMesh(quorkit::MeshData&& mesh) : QuorkitMesh(), data(std::move(mesh)) {
-    vertexCount = toIndex(data.vertices.size() / 3);
-    triangleCount = toIndex(data.triangles.size() / 3);
-    vertices = data.vertices.data();
-    triangles = data.triangles.data();
-    triangleOrigins = data.triangleOrigins.data();
-    vertexOrigins = data.vertexOrigins.data();
-    vertexMap = data.vertexMap.empty() ? nullptr : data.vertexMap.data();
-    vertexMapCount = toIndex(data.vertexMap.size());
-    longestEdge = data.longestEdge;
-    degenerateCount = data.degenerateCount;
-  }
-  quorkit::MeshData data;
-};
-
-/// Faces as they are handed out, with what they point to.
-struct OwnedFaces : QuorkitFaces {
-  explicit OwnedFaces(quorkit::Faces&& found) : QuorkitFaces(), data(std::move(found)) {
-    faceCount = data.faceCount;
-    chainCount = data.chainCount;
-    edgeCount = toIndex(data.chainOf.size());
-    faces = data.faceOf.data();
-    edges = data.edges.data();
-    chains = data.chainOf.data();
-  }
-  quorkit::Faces data;
-};
-
-/// A solution as it is handed out, with what it points to.
-struct OwnedSolution : QuorkitSolution {
-  explicit OwnedSolution(quorkit::Solution&& solution)
-      : QuorkitSolution(), data(std::move(solution)) {
-    outcome = static_cast<std::int32_t>(data.refusal);
-    vertex = data.refusedVertex;
-    vertexCount = toIndex(data.field.size());
-    triangleCount = toIndex(data.mesh.triangles.size() / 3);
-    vertices = data.mesh.vertices.data();
-    triangles = data.mesh.triangles.data();
-    triangleOrigins = data.mesh.triangleOrigins.data();
-    vertexOrigins = data.mesh.vertexOrigins.data();
-    field = data.field.data();
-    error = data.error;
-    tolerance = data.tolerance;
-    isReached = data.isReached ? 1 : 0;
-    rounds = data.rounds;
-    jumpCount = toIndex(data.jumps.size());
-    jumps = data.jumps.data();
-    jumpRadius = data.jumpRadius;
-  }
-  quorkit::Solution data;
-};
-static_assert(static_cast<int>(quorkit::Refusal::kIsolatedVertex) == QUORKIT_ISOLATED_VERTEX &&
-              static_cast<int>(quorkit::Refusal::kUnprescribed) == QUORKIT_UNPRESCRIBED &&
-              static_cast<int>(quorkit::Refusal::kNotSolvable) == QUORKIT_NOT_SOLVABLE);
 
 /// The outputs of a weld, and its tolerance.
 struct Weld {
@@ -271,107 +201,6 @@ QuorkitStatus quorkitRefineTo(int32_t n, const double* vertices, int32_t m,
   });
 }
 
-QuorkitStatus quorkitConstruct(int32_t n, const double* vertices, int32_t m,
-                               const int32_t* triangles, const int32_t* tags,
-                               QuorkitProgress progress, void* context, QuorkitSolver** solverOut,
-                               QuorkitError* errorOut) {
-  return guarded(errorOut, [&] {
-    requireNotNull(solverOut, "solverOut");
-    *solverOut = nullptr;
-    const MeshView mesh = {n, vertices, m, triangles};
-    requireArrays(mesh, 1);
-    requireNotNull(tags, "tags");
-    quor::requireSizesFit(n, m);
-    requireCornersInRange(mesh);
-    auto solver = std::make_unique<QuorkitSolver>();
-    ProgressReporter reporter(progress, context);
-    reporter.begin();
-    quor::Construction made =
-        quor::constructTagged(n, vertices, m, triangles, tags, reporter.whole());
-    if (made.handle == nullptr) {
-      requireCornersDifferent(mesh);
-      requireVerticesUsed(mesh);
-      throw std::logic_error("refused without a fault");
-    }
-    solver->handle = std::move(made.handle);
-    reporter.end();
-    *solverOut = solver.release();
-  });
-}
-
-QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver, QuorkitSolverInfo* infoOut,
-                                QuorkitError* errorOut) {
-  return guarded(errorOut, [&] {
-    requireNotNull(solver, "solver");
-    requireNotNull(infoOut, "infoOut");
-    const quor::SolverHandle& handle = *solver->handle;
-    infoOut->vertexCount = toIndex(handle.vertexCount);
-    infoOut->triangleCount = toIndex(handle.triangles->size() / 3);
-    infoOut->prescribedCount = toIndex(handle.prescribedCount);
-    infoOut->factorization = static_cast<std::uint32_t>(handle.factorFF->info());
-    infoOut->vertices = handle.vertices->data();
-    infoOut->triangles = handle.triangles->data();
-    infoOut->order = handle.solverToCaller.data();
-  });
-}
-
-QuorkitStatus quorkitSolve(const QuorkitSolver* solver, const double* prescribedValues,
-                           const double* sourceValues, double* fieldOut, QuorkitError* errorOut) {
-  return guarded(errorOut, [&] {
-    requireNotNull(solver, "solver");
-    requireNotNull(prescribedValues, "prescribedValues");
-    requireNotNull(fieldOut, "fieldOut");
-    quor::solveField(*solver->handle, prescribedValues, sourceValues, fieldOut);
-  });
-}
-
-QuorkitStatus quorkitSolveMany(const QuorkitSolver* solver, int32_t columnCount,
-                               const double* prescribedValues, const double* sourceValues,
-                               double* fieldsOut, QuorkitError* errorOut) {
-  return guarded(errorOut, [&] {
-    requireNotNull(solver, "solver");
-    requireAtLeast(columnCount, 0, "columnCount");
-    requireNotNull(prescribedValues, "prescribedValues", columnCount > 0);
-    requireNotNull(fieldsOut, "fieldsOut", columnCount > 0);
-    quor::solveFields(*solver->handle, toSize(columnCount), prescribedValues, sourceValues,
-                      fieldsOut);
-  });
-}
-
-QuorkitStatus quorkitSolveWithin(const QuorkitProblem* problem, QuorkitProgress progress,
-                                 void* context, const QuorkitSolution** solutionOut,
-                                 QuorkitError* errorOut) {
-  return guarded(errorOut, [&] {
-    requireNotNull(solutionOut, "solutionOut");
-    *solutionOut = nullptr;
-    requireNotNull(problem, "problem");
-    constexpr std::int32_t kUsualLimit = 4000000;
-    Problem checked;
-    checked.mesh = {problem->n, problem->vertices, problem->m, problem->triangles};
-    requireProblem(*problem, checked.mesh);
-    checked.triangleValues = problem->triangleValues;
-    checked.edgeCount = problem->edgeCount;
-    checked.edges = problem->edges;
-    checked.edgeValues = problem->edgeValues;
-    checked.vertexValues = problem->vertexValues;
-    checked.sources = problem->sources;
-    checked.faces = problem->faces;
-    checked.tolerance = problem->tolerance;
-    checked.isShareOfSpan = problem->isShareOfSpan != 0;
-    checked.triangleLimit = std::min(
-        problem->triangleLimit == 0 ? kUsualLimit : problem->triangleLimit, kMostTriangles);
-    ProgressReporter reporter(progress, context);
-    reporter.begin();
-    auto solution = std::make_unique<OwnedSolution>(solveWithin(checked, reporter.whole()));
-    reporter.end();
-    *solutionOut = solution.release();
-  });
-}
-
-void quorkitFreeSolution(const QuorkitSolution* solution) {
-  delete static_cast<const OwnedSolution*>(solution);
-}
-
 QuorkitStatus quorkitFaces(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
                            double angle, const QuorkitFaces** facesOut, QuorkitError* errorOut) {
   return guarded(errorOut, [&] {
@@ -402,10 +231,6 @@ QuorkitStatus quorkitFlip(int32_t n, const double* vertices, int32_t m, const in
   });
 }
 
-void quorkitFreeSolver(QuorkitSolver* solver) {
-  delete solver;
-}
-
 QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
                            double* areasOut, QuorkitError* errorOut) {
   return guarded(errorOut, [&] {
@@ -413,33 +238,6 @@ QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_t m, const i
     requireMesh(mesh);
     requireNotNull(areasOut, "areasOut", n > 0);
     areas(mesh, areasOut);
-  });
-}
-
-QuorkitStatus quorkitFlow(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
-                          const double* field, const int32_t* regions, int32_t regionCount,
-                          double* flowsOut, QuorkitError* errorOut) {
-  return guarded(errorOut, [&] {
-    const MeshView mesh = {n, vertices, m, triangles};
-    requireMesh(mesh);
-    requireNotNull(field, "field", n > 0);
-    requireNotNull(regions, "regions", n > 0);
-    requireAtLeast(regionCount, 0, "regionCount");
-    requireNotNull(flowsOut, "flowsOut", regionCount > 0);
-    requireBelow(regions, mesh.vertexCount(), regionCount, "regions");
-    flows(mesh, field, regions, regionCount, flowsOut);
-  });
-}
-
-QuorkitStatus quorkitGradients(int32_t n, const double* vertices, int32_t m,
-                               const int32_t* triangles, const double* field, double* gradientsOut,
-                               QuorkitError* errorOut) {
-  return guarded(errorOut, [&] {
-    const MeshView mesh = {n, vertices, m, triangles};
-    requireMesh(mesh);
-    requireNotNull(field, "field", m > 0);
-    requireNotNull(gradientsOut, "gradientsOut", m > 0);
-    gradients(mesh, field, gradientsOut);
   });
 }
 
