@@ -312,15 +312,25 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  * wrong by several per cent of the field, whatever the solver. A thirty-second part of the
  * part's diagonal (QuorkitReport) is a length to begin with.
  *
- * Every edge longer than the length, dx*dx + dy*dy + dz*dz > length*length in double, is split at
- * its midpoint; a triangle with one, two or three such edges becomes two, three or four triangles,
- * in the second case by the shorter diagonal; and so on until none is left. Whether an edge is
- * split depends on its two ends alone, so all its triangles, one, two or more, split it alike: the
- * mesh has no hanging vertices unless the input had some. An edge
- * of at most sixteen rounding steps of its largest coordinate is left.
+ * Every edge longer than the length is split at its midpoint, and so on until none is left. Longer
+ * means, in double, dx*dx + dy*dy + dz*dz > s*s. Here s is the length, or sixteen rounding steps if
+ * they are more: 16 * 2^-52 times the largest absolute coordinate of both ends. The midpoint of x
+ * and y is 0.5*x + 0.5*y. An edge whose midpoint is one of its ends is left as well.
  *
- * Input vertices keep their numbers and bits. New ones follow, each after the two whose midpoint it
- * is. Parts of a triangle have its orientation and are together, in the input's order.
+ * Whether an edge is split depends on its two ends alone, so all its triangles, one, two or more,
+ * split it alike: the mesh has no hanging vertices unless the input had some.
+ *
+ * With p, q and r on the midpoints of ab, bc and ca, triangle abc becomes, in this order,
+ *
+ *   if ab is split          apc pbc
+ *   if bc and ca are split  abr bqr rqc if br is shorter than aq, else abq aqr rqc
+ *   if all are split        apr pbq pqr rqc
+ *
+ * and so for the other sides, with the corners rotated. Each part is divided to its end before the
+ * next one. All parts have the orientation of their triangle, and the order of the input.
+ *
+ * Input vertices keep their numbers and bits. New ones follow, in the order in which their edges
+ * are first met, those of a triangle as ab, bc, ca.
  *
  *   n, vertices   0 or more; 3n finite coordinates
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1, of a triangle all different
@@ -357,8 +367,9 @@ QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32
  * a plate: there the field has a singular point, and is the more wrong the longer the edges at it.
  *
  * Every vertex has a size, an input vertex the lesser of its own and longestEdge. An edge is split
- * if it is longer than the lesser size of its ends; the size of its midpoint is the lesser one and
- * a quarter of the edge's length, but not more than longestEdge. All else is as with quorkitRefine.
+ * if it is longer than the lesser size of its ends, as quorkitRefine compares. The size of its
+ * midpoint is the lesser size plus a quarter of the edge's length, but not more than longestEdge.
+ * All else is as with quorkitRefine.
  *
  *   sizes  in  n lengths above 0; infinity where longestEdge will do
  */
