@@ -8,6 +8,7 @@
 #include <Eigen/OrderingMethods>
 
 #include <stdexcept>
+#include <string>
 
 using namespace test;
 
@@ -40,34 +41,37 @@ SparseMatrix patternOf(unsigned kind, int n, double degree, bool fullDiagonal,
   return pattern;
 }
 
-/// Whether both orders are the same, and the inverse fits.
-bool isEigensOrder(const SparseMatrix& pattern) {
-  quor::Permutation ours;
-  const quor::Permutation inverse = quor::orderByMinimumDegree(pattern, ours).inverse();
-  SparseMatrix copy = pattern;
-  quor::Permutation eigens;
-  Eigen::internal::minimum_degree_ordering(copy, eigens);
-  return ours.indices() == eigens.indices() && ours.indices() == inverse.indices();
+quor::Permutation eigensOrder(SparseMatrix pattern) {
+  quor::Permutation order;
+  Eigen::internal::minimum_degree_ordering(pattern, order);
+  return order;
+}
+
+/// The order when marks are reset at nearly every pivot, as happens on meshes of millions only.
+quor::Permutation orderWithFewMarks(const SparseMatrix& pattern) {
+  const auto n = int(pattern.cols());
+  quor::QuotientGraph graph(pattern, 2 * n + 2);
+  graph.eliminateAll();
+  quor::Permutation order(n);
+  graph.postorder(order.indices().data());
+  return order;
 }
 
 TEST(MinimumDegree, GivesEigensOrder) {
   std::mt19937 random(3);
-  int compactions = 0;
-  int restarts = 0;
   for (int round = 0; round < 3000; ++round) {
     const int n = int(random() % (round < 2000 ? 40U : round < 2990 ? 300U : 3000U));
     const unsigned kind = random() % 5;
     const double degree = double(random() % 200) / 20;
     const SparseMatrix pattern = patternOf(kind, n, degree, random() % 4 != 0, random);
-    ASSERT_TRUE(isEigensOrder(pattern)) << "n " << n << ", kind " << kind;
-    quor::QuotientGraph graph(pattern);
-    graph.eliminateAll();
-    compactions += graph.compactions();
-    restarts += graph.restarts();
+    SCOPED_TRACE("n " + std::to_string(n) + ", kind " + std::to_string(kind));
+    const Eigen::VectorXi expected = eigensOrder(pattern).indices();
+    quor::Permutation inverse;
+    const quor::Permutation order = quor::orderByMinimumDegree(pattern, inverse);
+    ASSERT_EQ(inverse.indices(), expected);
+    ASSERT_EQ(order.inverse().eval().indices(), expected);
+    ASSERT_EQ(orderWithFewMarks(pattern).indices(), expected);
   }
-  // What a mesh hardly ever needs has been done too.
-  EXPECT_GT(compactions, 100);
-  EXPECT_GT(restarts, 1000);
 }
 
 TEST(MinimumDegree, RefusesWhatEigensIndicesCannotCount) {

@@ -14,15 +14,16 @@ std::int64_t QuotientGraph::room(const SparseMatrix& matrix) {
   return matrix.nonZeros() + matrix.nonZeros() / 5 + 2 * matrix.cols();
 }
 
-QuotientGraph::QuotientGraph(const SparseMatrix& matrix)
-    : n_(static_cast<int>(matrix.cols())),
-      nodes_(static_cast<std::size_t>(n_) + 1),
-      elements_(static_cast<std::size_t>(n_) + 1, Element{0, kUnmarked}),
-      sizes_(static_cast<std::size_t>(n_) + 1, 1),
+QuotientGraph::QuotientGraph(const SparseMatrix& matrix, int largestMark)
+    : n_(toIndex(matrix.cols())),
+      nodes_(toSize(n_) + 1),
+      elements_(toSize(n_) + 1, Element{0, kUnmarked}),
+      sizes_(toSize(n_) + 1, 1),
       parent_(Eigen::VectorXi::Constant(n_ + 1, kNone)),
       firstOfDegree_(parent_),
       lists_(room(matrix)),
-      base_(kMaxIndex - 3 * n_) {
+      largestMark_(largestMark) {
+  assert(base_ <= largestMark - 2 * n_);
   while (bucketBits_ < kMaxBucketBits && (1 << bucketBits_) < n_) {
     ++bucketBits_;
   }

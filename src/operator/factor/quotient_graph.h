@@ -10,6 +10,7 @@
 #pragma once
 
 #include "operator/factor/sparse_matrix.h"
+#include "util/index.h"
 #include "util/progress.h"
 
 #include <Eigen/Core>
@@ -35,12 +36,16 @@ namespace quor {
 /// equal variables are found, does not.
 class QuotientGraph {
  public:
+  static constexpr int kMaxIndex = std::numeric_limits<int>::max();
+
   /// How many numbers its lists need: the entries and a fifth more, two per row.
   static std::int64_t room(const SparseMatrix& matrix);
 
   /// @param matrix  symmetric, both triangles stored, compressed; room(matrix) and eight times its
   ///                rows at most 2^31 - 1
-  explicit QuotientGraph(const SparseMatrix& matrix);
+  /// @param largestMark  marks rise with every pivot, and are all reset when they come near to it;
+  ///                     at least 2n + 2. The order does not depend on it.
+  explicit QuotientGraph(const SparseMatrix& matrix, int largestMark = kMaxIndex);
 
   /// @param progress  is reported to by unknowns, every few thousand
   void eliminateAll(const Progress& progress = {});
@@ -48,10 +53,6 @@ class QuotientGraph {
   /// Writes the n unknowns in the order of their elimination: children before their parents,
   /// elements before the variables that were merged, both ascending. To be called last.
   void postorder(int* order);
-
-  /// How often the lists were moved together, and all marks made old ones by a pass over the nodes.
-  int compactions() const { return compactions_; }
-  int restarts() const { return restarts_; }
 
  private:
   struct Node {
@@ -66,15 +67,14 @@ class QuotientGraph {
     int degree;  ///< its unknowns
     int mark;    ///< kAbsorbed, or see measureElements; also that of a variable, see markList
   };
-  static constexpr int kMaxIndex = std::numeric_limits<int>::max();
   static constexpr int kNone = -1;
   static constexpr int kAbsorbed = 0;
   static constexpr int kUnmarked = 1;
   static constexpr int kMaxBucketBits = 14;  // 64 KB stay in the cache
 
-  Node& node(int i) { return nodes_[static_cast<std::size_t>(i)]; }
-  Element& elementOf(int e) { return elements_[static_cast<std::size_t>(e)]; }
-  int& sizeOf(int i) { return sizes_[static_cast<std::size_t>(i)]; }
+  Node& node(int i) { return nodes_[toSize(i)]; }
+  Element& elementOf(int e) { return elements_[toSize(e)]; }
+  int& sizeOf(int i) { return sizes_[toSize(i)]; }
 
   void eliminateUpTo(int end);
   void listNeighbours(const SparseMatrix& matrix);
@@ -113,10 +113,11 @@ class QuotientGraph {
   Eigen::VectorXi lists_;
   std::vector<int> buckets_;  ///< by hash: the variable that came last
   unsigned bucketBits_ = 1;
-  int eliminated_ = 0;     ///< unknowns
-  int leastDegree_ = 0;    ///< no variable has a lower one
-  int largestDegree_ = 0;  ///< of any element
-  int base_;               ///< above all old marks; starts so high that starting anew is no rarity
+  int eliminated_ = 0;        ///< unknowns
+  int leastDegree_ = 0;       ///< no variable has a lower one
+  int largestDegree_ = 0;     ///< of any element
+  int base_ = kUnmarked + 1;  ///< above all old marks, and at least 2n below largestMark_
+  int largestMark_;
 
   int pivot_ = kNone;
   int pivotSize_ = 0;         ///< unknowns
@@ -125,9 +126,6 @@ class QuotientGraph {
   int elementEnd_ = 0;
   int degree_ = 0;              ///< of the current element
   bool bucketsShared_ = false;  ///< whether some bucket holds two variables
-
-  int compactions_ = 0;
-  int restarts_ = 0;
 };
 
 }  // namespace quor

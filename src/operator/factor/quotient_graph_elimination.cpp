@@ -91,7 +91,6 @@ void QuotientGraph::compactLists() {
     }
   }
   listsEnd_ = end;
-  ++compactions_;
 }
 
 /// Makes the pivot the element of all variables next to it, and takes in the elements that it
@@ -317,15 +316,15 @@ void QuotientGraph::releaseVariables() {
   raiseBase(1);
 }
 
-/// Makes all marks old ones. The base starts anew before a degree added to it would overflow.
+/// Makes all marks old ones. A degree added to the base stays below largestMark_: where it might
+/// not, all marks are reset.
 void QuotientGraph::raiseBase(int by) {
   base_ += by;
-  if (base_ > kMaxIndex - 2 * n_) {
+  if (base_ > largestMark_ - 2 * n_) {
     for (Element& any : elements_) {
       any.mark = std::min(any.mark, kUnmarked);
     }
     base_ = kUnmarked + 1;
-    ++restarts_;
   }
 }
 
