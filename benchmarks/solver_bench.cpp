@@ -3,7 +3,9 @@
 #include "api/solver_handle.h"
 #include "hard_meshes.h"
 #include "memory_meter.h"
-#include "operator/factor/factorization.h"
+#include "operator/factor/analysis.h"
+#include "operator/factor/minimum_degree.h"
+#include "operator/factor/multifrontal.h"
 #include "operator/mesh_check.h"
 #include "operator/stiffness_assembly.h"
 #include "operator/vertex_partition.h"
@@ -21,8 +23,11 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <iterator>
 #include <memory>
+#include <numeric>
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
@@ -123,27 +128,41 @@ PlainAssembly ourAssembly(const TaggedMesh& mesh) {
   return a;
 }
 
-/// The library's factorization, step by step.
-class OurSteps : public quor::Factorization {
+/// The steps of the library's factorization, of a matrix that is large enough for fronts.
+class OurSteps {
  public:
   void order(const Matrix& matrix) {
-    permuted_ = std::make_unique<quor::PermutedTriangles>(Factorization::order(matrix));
+    order_ = quor::orderByMinimumDegree(matrix, inverse_);
+    permute(matrix);
   }
   void analyze() {
     analysis_ = quor::analyze(*permuted_);
-    takeOver(analysis_);
+    const Eigen::VectorXi& counts = analysis_.columnCounts;
+    starts_.assign(1, 0);
+    std::partial_sum(counts.begin(), counts.end(), std::back_inserter(starts_));
+    rows_.resize(starts_.back());
+    values_.resize(starts_.back());
+    diagonal_.resize(counts.size());
   }
-  void computeEntries(const Matrix& matrix, quor::VectorWidth width) {
-    Factorization::computeEntries(matrix, *permuted_, analysis_, width);
+  void computeEntries(quor::VectorWidth width) {
+    if (!analysis_.blocksPay ||
+        !quor::factorizeFronts(*permuted_, analysis_.supernodes, analysis_.fronts, width,
+                               {starts_.data(), rows_.data(), values_.data(), diagonal_.data()})) {
+      throw std::runtime_error("the matrix is not factorized by fronts");
+    }
   }
-  /// What the numeric step took away.
-  void restore(const Matrix& matrix) {
-    permuted_ = std::make_unique<quor::PermutedTriangles>(matrix, m_P, m_Pinv);
+  /// Restores the triangle that the numeric step released.
+  void permute(const Matrix& matrix) {
+    permuted_ = std::make_unique<quor::PermutedTriangles>(matrix, order_, inverse_);
   }
 
  private:
+  quor::Permutation order_, inverse_;
   std::unique_ptr<quor::PermutedTriangles> permuted_;
   quor::Analysis analysis_;
+  std::vector<int> starts_;
+  Eigen::VectorXi rows_;
+  Eigen::VectorXd values_, diagonal_;
 };
 
 void printSteps(const std::vector<TaggedMesh>& meshes, int rounds) {
@@ -163,15 +182,14 @@ void printSteps(const std::vector<TaggedMesh>& meshes, int rounds) {
     const std::vector<double> assemblies = sideBySide(
         rounds, {[&] { assembly = ourAssembly(mesh); }, [&] { assembly = plainAssemble(mesh); }},
         [&] { assembly = {}; });
-    const std::vector<double> t =
-        sideBySide(rounds,
-                   {[&] { ours->order(matrix); }, [&] { ours->analyze(); },
-                    [&] { ours->computeEntries(matrix, quor::widestVectors()); },
-                    [&] { ours->computeEntries(matrix, quor::VectorWidth::two); },
-                    [&] { plain->order(matrix); }, [&] { plain->analyze(); },
-                    [&] { plain->factorizeNumerically(); }, [&] { cholmod->analyze(matrix); },
-                    [&] { cholmod->factorize(matrix); }},
-                   [&] { ours->restore(matrix); });
+    const std::vector<double> t = sideBySide(
+        rounds,
+        {[&] { ours->order(matrix); }, [&] { ours->analyze(); },
+         [&] { ours->computeEntries(quor::widestVectors()); },
+         [&] { ours->computeEntries(quor::VectorWidth::two); }, [&] { plain->order(matrix); },
+         [&] { plain->analyze(); }, [&] { plain->factorizeNumerically(); },
+         [&] { cholmod->analyze(matrix); }, [&] { cholmod->factorize(matrix); }},
+        [&] { ours->permute(matrix); });
     std::printf("| %s | ours | %.4f | %.4f | %.4f | %.4f (%.4f) |\n", mesh.label().c_str(),
                 assemblies[0], t[0], t[1], t[2], t[3]);
     std::printf("| | plain | %.4f | %.4f | %.4f | %.4f |\n", assemblies[1], t[4], t[5], t[6]);

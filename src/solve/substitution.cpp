@@ -4,6 +4,7 @@
 #include "solve/factor_view.h"
 #include "util/exact_arithmetic.h"
 #include "util/machine.h"
+#include "util/vectors.h"
 
 #include <array>
 #include <cassert>

@@ -3,6 +3,7 @@
 #include "operator/factor/column_groups.h"
 #include "operator/factor/minimum_degree.h"
 #include "operator/factor/multifrontal.h"
+#include "util/vectors.h"
 
 #include <cmath>
 
@@ -22,20 +23,16 @@ double shareBeforeNumeric(Eigen::Index rows) {
 Factorization::Factorization(const SparseMatrix& matrix, const Progress& progress) {
   constexpr double kOrdering = 0.8;  // of the steps before the numeric one
   const double before = shareBeforeNumeric(matrix.cols());
-  PermutedTriangles permuted = order(matrix, progress.part(0.0, kOrdering * before));
+  m_P = orderByMinimumDegree(matrix, m_Pinv, progress.part(0.0, kOrdering * before));
+  PermutedTriangles permuted(matrix, m_P, m_Pinv);
   const Analysis analysis = analyze(permuted);
-  takeOver(analysis);
+  adoptPattern(analysis);
   progress.report(before);
-  computeEntries(matrix, permuted, analysis, widestVectors(), progress.part(before, 1.0));
+  computeEntries(matrix, permuted, analysis, progress.part(before, 1.0));
   progress.report(1.0);
 }
 
-PermutedTriangles Factorization::order(const SparseMatrix& matrix, const Progress& progress) {
-  m_P = orderByMinimumDegree(matrix, m_Pinv, progress);
-  return {matrix, m_P, m_Pinv};
-}
-
-void Factorization::takeOver(const Analysis& analysis) {
+void Factorization::adoptPattern(const Analysis& analysis) {
   const Eigen::Index n = analysis.parent.size();
   m_parent = analysis.parent;
   m_nonZerosPerCol = analysis.columnCounts;
@@ -53,14 +50,14 @@ void Factorization::takeOver(const Analysis& analysis) {
 
 /// An entry that is not finite comes to a pivot that is not finite, and so to Eigen's numeric step.
 void Factorization::computeEntries(const SparseMatrix& matrix, PermutedTriangles& permuted,
-                                   const Analysis& analysis, VectorWidth width,
-                                   const Progress& progress) {
+                                   const Analysis& analysis, const Progress& progress) {
   m_diag.resize(m_matrix.cols());
   const bool isBlocked =
-      analysis.blocksPay && factorizeFronts(permuted, analysis.supernodes, analysis.fronts, width,
-                                            {m_matrix.outerIndexPtr(), m_matrix.innerIndexPtr(),
-                                             m_matrix.valuePtr(), m_diag.data()},
-                                            progress);
+      analysis.blocksPay &&
+      factorizeFronts(
+          permuted, analysis.supernodes, analysis.fronts, widestVectors(),
+          {m_matrix.outerIndexPtr(), m_matrix.innerIndexPtr(), m_matrix.valuePtr(), m_diag.data()},
+          progress);
   m_factorizationIsOk = true;
   if (isBlocked) {
     columnGroups_ = groupColumns(m_parent, analysis.columnCounts);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "operator/factor/analysis.h"
-#include "operator/factor/dense_front.h"
 #include "operator/factor/permuted_triangles.h"
 #include "operator/factor/sparse_matrix.h"
 #include "util/progress.h"
@@ -52,18 +51,14 @@ class Factorization
   /// The columns of L in groups, see groupColumns; none unless isBlocked().
   const std::vector<std::uint8_t>& columnGroups() const { return columnGroups_; }
 
- protected:
-  // The steps, in their order, for whoever measures them one by one.
-  Factorization() = default;
-  PermutedTriangles order(const SparseMatrix& matrix, const Progress& progress = {});
-  /// Takes the pattern of L over and makes room for it.
-  void takeOver(const Analysis& analysis);
-  /// @param matrix    that was ordered
-  /// @param permuted  of it; loses its upper triangle
-  void computeEntries(const SparseMatrix& matrix, PermutedTriangles& permuted,
-                      const Analysis& analysis, VectorWidth width, const Progress& progress = {});
-
  private:
+  /// Copies the pattern of L's columns, and makes room for its entries.
+  void adoptPattern(const Analysis& analysis);
+  /// @param matrix    in the caller's order
+  /// @param permuted  of it; its upper triangle is released
+  void computeEntries(const SparseMatrix& matrix, PermutedTriangles& permuted,
+                      const Analysis& analysis, const Progress& progress);
+
   std::vector<std::uint8_t> columnGroups_;
 };
 
