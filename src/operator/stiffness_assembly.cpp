@@ -3,6 +3,7 @@
 #include "operator/element_stiffness.h"
 #include "operator/stiffness_column.h"
 #include "operator/vertex_triangles.h"
+#include "util/index.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -21,16 +22,17 @@ class ColumnAppender {
   }
 
   void append(const StiffnessColumn& column) {
-    const std::int32_t* const end = column.rows() + column.count();
-    const std::int32_t* const rows = std::lower_bound(column.rows(), end, firstRow_);
-    const double* const values = column.values() + (rows - column.rows());
-    const std::ptrdiff_t start = entries_;
-    entries_ += end - rows;
+    const StiffnessColumn::Entry* const first =
+        std::lower_bound(column.begin(), column.end(), firstRow_,
+                         [](const auto& entry, std::int32_t row) { return entry.row < row; });
+    std::ptrdiff_t next = entries_;
+    entries_ += column.end() - first;
     matrix_.data().resize(entries_, 0.5);  // makes room for half as many more, if it has to
-    std::transform(rows, end, matrix_.innerIndexPtr() + start,
-                   [this](std::int32_t row) { return row - firstRow_; });
-    std::copy_n(values, entries_ - start, matrix_.valuePtr() + start);
-    matrix_.outerIndexPtr()[++columns_] = static_cast<int>(entries_);
+    for (const auto* entry = first; entry != column.end(); ++entry) {
+      matrix_.innerIndexPtr()[next] = entry->row - firstRow_;
+      matrix_.valuePtr()[next++] = entry->sum;
+    }
+    matrix_.outerIndexPtr()[++columns_] = toIndex(entries_);
   }
 
   /// Gives back what room is left, if it is much.
