@@ -22,7 +22,8 @@ endif()
 
 # Single modules.
 add_executable(module_tests
-  modules/dense_front_test.cpp modules/disjoint_sets_test.cpp modules/edge_midpoints_test.cpp
+  modules/assembly_test.cpp modules/dense_front_test.cpp modules/disjoint_sets_test.cpp
+  modules/edge_midpoints_test.cpp
   modules/factorization_test.cpp modules/fields_solve_test.cpp
   modules/operator_test.cpp modules/ordering_test.cpp modules/oriented_box_test.cpp
   modules/substitution_test.cpp modules/weld_search_test.cpp modules/weld_steps_test.cpp

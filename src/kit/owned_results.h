@@ -1,5 +1,5 @@
-// Results as they are handed out: what a caller sees, with the memory behind it. Freed by the function that
-// the header names.
+// Results as they are handed out: what a caller sees, with the memory behind it. Freed by the
+// function that the header names.
 #pragma once
 
 #include "kit/faces.h"
@@ -45,8 +45,7 @@ struct OwnedFaces : QuorkitFaces {
 
 /// A solution as it is handed out, with what it points to.
 struct OwnedSolution : QuorkitSolution {
-  explicit OwnedSolution(Solution&& solution)
-      : QuorkitSolution(), data(std::move(solution)) {
+  explicit OwnedSolution(Solution&& solution) : QuorkitSolution(), data(std::move(solution)) {
     outcome = static_cast<std::int32_t>(data.refusal);
     vertex = data.refusedVertex;
     vertexCount = toIndex(data.field.size());
