@@ -111,6 +111,21 @@ function showIsolines() {
   view.setIsolines(element('isolines').checked ? shown?.scale ?? null : null);
 }
 
+// A link may name files of the place that this page is from, and of no other.
+function openAddress(obj) {
+  let address;
+  try {
+    address = new URL(obj, location.href);
+  } catch {
+    address = null;
+  }
+  if (address?.protocol === location.protocol && address.host === location.host) {
+    open(sourceAtAddress(address), obj.split(/[/\\]/).pop());
+  } else {
+    fail(`${obj} is not opened: it is not a file of the place that this page is from.`);
+  }
+}
+
 function openDropped(files) {
   dropped.add([...files]);
   const reason = [...files].map(({name}) => whyNotObj(name)).find((text) => text);
@@ -200,8 +215,7 @@ function start() {
   }
   const inPage = new FilesInPage(document);
   if (parameters.has('obj')) {
-    const obj = parameters.get('obj');
-    open(sourceAtAddress(new URL(obj, location.href)), obj.split('/').pop());
+    openAddress(parameters.get('obj'));
   } else if (inPage.objName) {
     open(inPage, inPage.objName);
   } else {

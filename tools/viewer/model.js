@@ -6,6 +6,7 @@ import {OBJLoader} from 'three/addons/loaders/OBJLoader.js';
 import usualRamp from '../../assets/viridis.PNG';
 import {blankMaterial, rampMaterial} from './material.js';
 import {countVertices, readObjText} from './obj_text.js';
+import {isPlainName} from './sources.js';
 
 // What stands for u in triangles without a value: outside the ramp, unlike NaN the same everywhere.
 export const NO_VALUE = -1;
@@ -58,8 +59,16 @@ function rampEndsOf([first, last], [outerFirst, outerLast]) {
 function parseObj(text, objName) {
   const group = new OBJLoader().parse(text);
   group.remove(...group.children.filter((object) => !object.isMesh));
-  if (!group.children.every(({geometry}) => geometry.getAttribute('position').array.every(Number.isFinite))) {
+  const corners = group.children.map(({geometry}) => geometry.getAttribute('position').array);
+  if (!corners.every((array) => array.every(Number.isFinite))) {
     throw new Error(`${objName} is damaged: a triangle has a corner that is no finite point.`);
+  }
+  const [first] = corners.filter((array) => array.length > 0);
+  if (!first) {
+    throw new Error(`${objName} holds no triangle: its faces have fewer than three corners.`);
+  }
+  if (corners.every((array) => array.every((value, k) => value === first[k % 3]))) {
+    throw new Error(`${objName} shows nothing: all corners of its triangles are at one point.`);
   }
   return group;
 }
@@ -85,7 +94,7 @@ async function loadRamp(source, objName, group, notes) {
   }
   const mtl = await source.read(mtlName);
   if (!mtl) {
-    return replace(`The material file ${mtlName} is missing`);
+    return replace(`The material file ${missing(mtlName)}`);
   }
   const creator = new MTLLoader().parse(await mtl.text(), '');
   const materialName = [group.children[0].material].flat()[0].name;
@@ -96,10 +105,13 @@ async function loadRamp(source, objName, group, notes) {
   const rampName = creator.getTextureParams(material.map_kd, {}).url;
   const image = await source.read(rampName);
   if (!image) {
-    return replace(`The colour ramp ${rampName} is missing`);
+    return replace(`The colour ramp ${missing(rampName)}`);
   }
   return imageOf(image).catch(() => replace(`The colour ramp ${rampName} is not an image`));
 }
+
+const missing = (name) => (isPlainName(name) ? `${name} is missing`
+  : `${name} is not read, because that is not the plain name of a file`);
 
 const imageOf = (blob) => createImageBitmap(blob, {colorSpaceConversion: 'none'});
 

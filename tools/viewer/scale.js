@@ -30,6 +30,11 @@ export async function readInfo(source, name) {
   if (typeof info?.quor !== 'number') {
     return {info: {}, notes: []};
   }
+  for (const word of ['title', 'field', 'unit', 'errorExcept']) {
+    if (typeof info[word] !== 'string') {
+      delete info[word];
+    }
+  }
   if (info.quor > NEWEST) {
     return refuse('was written for a newer viewer');
   }
@@ -54,14 +59,14 @@ export class Scale {
 
   // ends: the least and the largest u, those of the largest and the smallest value.
   constructor(ends, {title = '', field = '', unit = '', minimum, maximum, error, errorExcept = ''}) {
-    this.title = String(title);
-    this.field = String(field);
-    this.unit = String(unit);
+    this.title = title;
+    this.field = field;
+    this.unit = unit;
     this.isShare = minimum === undefined;
     this.minimum = minimum ?? 0;
     this.maximum = maximum ?? 1;
-    this.error = error > 0 && Number.isFinite(error) ? error : 0;
-    this.errorExcept = String(errorExcept);
+    this.error = Number.isFinite(error) && error > 0 ? error : 0;
+    this.errorExcept = errorExcept;
     this.#ends = ends;
   }
 
@@ -81,11 +86,12 @@ export class Scale {
   // The values between the ends that are round numbers, upwards.
   ticks() {
     const step = this.#step();
-    const values = [];
-    for (let k = Math.floor(this.minimum / step) + 1; step > 0 && k * step < this.maximum; ++k) {
-      values.push(k * step);
+    const before = Math.floor(this.minimum / step);
+    if (!Number.isSafeInteger(before)) {  // the range is lost in the digits of its ends
+      return [];
     }
-    return values;
+    return Array.from({length: Math.ceil(MOST_STEPS)}, (_, k) => (before + 1 + k) * step)
+      .filter((value) => value < this.maximum);
   }
 
   // Where the ticks lie in u: (u - origin) * frequency is an integer there; ends are what that comes to

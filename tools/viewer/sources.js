@@ -3,15 +3,22 @@
 
 const baseName = (name) => name.split(/[/\\]/).pop();
 
-// The files beside an address. read throws an Error in the user's words when nothing answers.
+// Whether this is the name of a file in the folder of the OBJ: //host/ramp.png would be one of another
+// host, and ../ramp.png one of another folder.
+export const isPlainName = (name) => /^[^/\\:]+$/.test(name) && name !== '.' && name !== '..';
+
+// The files beside an address, none but those with plain names. read throws an Error in the user's words
+// when nothing answers.
 export function sourceAtAddress(address) {
   const folder = new URL('.', address);
   return {
     async read(name) {
-      const path = name.split(/[/\\]/).map(encodeURIComponent).join('/');
+      if (!isPlainName(name)) {
+        return null;
+      }
       let response;
       try {
-        response = await fetch(new URL(path, folder));
+        response = await fetch(new URL(encodeURIComponent(name), folder));
       } catch {
         throw new Error(folder.protocol === 'file:'
           ? 'A page from the disk may not read files by itself: drop them on it.'

@@ -4,6 +4,7 @@
 import assert from 'node:assert/strict';
 import {spawnSync} from 'node:child_process';
 import {copyFileSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync} from 'node:fs';
+import {request} from 'node:http';
 import {tmpdir} from 'node:os';
 import {join, resolve} from 'node:path';
 import {after, test} from 'node:test';
@@ -289,6 +290,111 @@ test('says what is wrong with files', async (t) => {
   });
 });
 
+// What a file from a stranger may hold, and what is shown of it all the same. Nothing of it may call another
+// place, run, or stop the page.
+const FOREIGN = 'quor.invalid';
+const mtl = (line) => (file) => writeFileSync(file(mtlName), `newmtl Heat\n${line}\n`);
+const obj = (text) => (file) => writeFileSync(file(objName), text);
+const HTML = '<img src=x onerror=document.title=1>';
+const hostile = [
+  ['materials of another host', obj(plate.replace(mtlName, `//${FOREIGN}/a.mtl`)), 'not the plain name', 'ready'],
+  ['materials of another scheme', obj(plate.replace(mtlName, `http://${FOREIGN}/a.mtl`)), 'not the plain', 'ready'],
+  ['materials with backslashes', obj(plate.replace(mtlName, `\\\\${FOREIGN}\\a.mtl`)), 'not the plain', 'ready'],
+  ['materials of another folder', obj(plate.replace(mtlName, `../other/${mtlName}`)), 'not the plain', 'ready'],
+  ['materials in the folder above', obj(plate.replace(mtlName, '..')), 'not the plain name', 'ready'],
+  ['materials that are encoded', obj(plate.replace(mtlName, '%2e%2e%2fother.mtl')), 'is missing', 'ready'],
+  ['ramp of another host', mtl(`map_Kd //${FOREIGN}/a.png`), 'not the plain name', 'ready'],
+  ['ramp with options', mtl(`map_Kd -s 2 2 2 -o 1 1 1 //${FOREIGN}/a.png`), 'not the plain name', 'ready'],
+  ['ramp of another folder', mtl('map_Kd ../../viridis.PNG'), 'not the plain name', 'ready'],
+  ['ramp as data', mtl('map_Kd data:image/png;base64,AAAA'), 'not the plain name', 'ready'],
+  ['other maps of another host', mtl(`map_Ks //${FOREIGN}/a.png\nbump //${FOREIGN}/b.png`), 'with an image', 'ready'],
+  ['names of prototypes', obj(plate.replace('usemtl Heat', 'usemtl __proto__')), 'no material "__proto__"', 'ready'],
+  ['names of HTML', obj(plate.replace('usemtl Heat', `usemtl ${HTML}\no ${HTML}`)), HTML, 'ready'],
+  ['a title of HTML', saying({...CELSIUS, title: HTML, field: HTML, unit: HTML}), '', 'ready'],
+  ['words that are none', saying('{"quor": 1, "minimum": 0, "maximum": 1, "title": {"toString": 1},' +
+    '"field": [{"valueOf": 0}], "unit": {"toString": null}, "error": {"valueOf": 1},' +
+    '"errorExcept": {"toString": 1}}'), '', 'ready'],
+  ['a range below the digits', saying({...CELSIUS, minimum: 1, maximum: 1 + 2 ** -52}), '', 'ready'],
+  ['a range of large numbers', saying({...CELSIUS, minimum: 2 ** 60, maximum: 2 ** 60 + 256}), '', 'ready'],
+  ['the widest range', saying({...CELSIUS, minimum: -1.7e308, maximum: 1.7e308}), '', 'ready'],
+  ['the narrowest range', saying({...CELSIUS, minimum: 0, maximum: 5e-324}), '', 'ready'],
+  ['numbers beyond all', saying('{"quor": 1, "minimum": -1e999, "maximum": 1e999}'), 'no minimum', 'ready'],
+  ['a deep JSON', saying('['.repeat(1e6)), 'is damaged', 'ready'],
+  ['a JSON of a prototype', saying('{"__proto__": {"quor": 1, "minimum": 0}, "quor": 1}'), 'no minimum', 'ready'],
+  ['faces of no triangle', obj('v 0 0 0\nf 1\nf\nf 1 1\n'), 'holds no triangle', 'failed'],
+  ['corners below the first', obj(`${plate}f -1 -99 -9999999\n`), 'is damaged', 'failed'],
+  ['corners without numbers', obj(`${plate}f a/b c/d e/f\n`), 'is damaged', 'failed'],
+  ['points without numbers', obj(`v\nv 0\nv a b c\n${plate}`), '', 'failed'],
+  ['points beyond single precision', obj(plate.replace('v 0 0 0', 'v 1e300 0 0')), 'is damaged', 'failed'],
+  ['points at the end of single precision', obj(plate.replace(/^v (\S+)/gm, 'v $1e37')), '', 'ready'],
+  ['all points in one', obj(plate.replace(/^v .*/gm, 'v 1 1 1')), 'at one point', 'failed'],
+  ['a face of many corners', obj(`${plate}f ${'1/1 2/2 3/3 '.repeat(50000)}\n`), '', 'ready'],
+  ['a thousand materials', obj(plate + Array.from({length: 1000}, (_, k) =>
+    `o ${k}\nusemtl ${k}\nf 1/1 2/2 3/3\n`).join('')), '', 'ready'],
+  ['a line of a megabyte', obj(`# ${'x'.repeat(1e6)}\n${plate}`), '', 'ready'],
+  ['bytes that are no text', (file) => writeFileSync(file(objName),
+    Buffer.concat([Buffer.from(plate), Buffer.from([0xff, 0xfe, 0, 0xc3, 10])])), '', 'ready'],
+];
+
+test('shows files of strangers and does nothing that they say', async (t) => {
+  const results = resultsOf(t, hostile.map(([name, change]) => ({name, change})));
+  copyFileSync(join(directory, 'viridis.PNG'), join(results, 'viridis.PNG'));
+  mkdirSync(join(results, 'other'));
+  copyFileSync(join(directory, mtlName), join(results, 'other', mtlName));
+  await withViewer(results, {viewport: {width: 300, height: 300}}, async (page, address) => {
+    const requests = [];
+    const errors = [];
+    page.on('request', (request) => requests.push(request.url()));
+    page.on('pageerror', (error) => errors.push(String(error)));
+    for (const [name, , words, state] of hostile) {
+      await t.test(name, {timeout: 60000}, async () => {
+        requests.length = 0;
+        const folder = `${address}${encodeURIComponent(name)}/`;
+        const start = `${address}?obj=${encodeURIComponent(name)}/${objName}`;
+        await page.goto(start);
+        assert.equal(await opened(page), state, await page.textContent('#message'));
+        const message = await page.textContent('#message');
+        assert.ok(message.includes(words), `said: ${message}`);
+        assert.doesNotMatch(message, /undefined|null|NaN|Cannot|not a function|Error/);
+        assert.doesNotMatch(await page.innerText('body'), /undefined|object Object/);
+        assert.equal(await page.evaluate(() => document.querySelector('img')), null);
+        assert.notEqual(await page.title(), '1');
+        assert.deepEqual(requests.filter((url) => !/^(data|blob):/.test(url) &&
+          !(url.startsWith(folder) && !url.slice(folder.length).includes('/')) && url !== start), []);
+      });
+    }
+    await t.test('links to other places', async () => {
+      for (const link of [`//${FOREIGN}/a.obj`, `http://${FOREIGN}/a.obj`, 'file:///etc/a.obj', 'http://[',
+        'javascript:alert(1)', `\\\\${FOREIGN}\\a.obj`]) {
+        requests.length = 0;
+        await page.goto(`${address}?obj=${encodeURIComponent(link)}`);
+        assert.equal(await opened(page), 'failed');
+        assert.match(await page.textContent('#message'), /is not opened/);
+        assert.equal(requests.filter((url) => !/^(data|blob):/.test(url)).length, 1, requests.join(' '));
+      }
+    });
+    assert.deepEqual(errors, []);
+  });
+});
+
+test('the page calls no other place, whatever runs in it', () =>
+  withViewer(directory, size, async (page, address) => {
+    await page.goto(address);
+    const outcomes = await page.evaluate(async (host) => {
+      const script = document.createElement('script');
+      script.textContent = 'window.isBroken = true';
+      document.body.append(script);
+      const image = new Image();
+      const answer = new Promise((done) => {
+        image.onerror = () => done('none');
+        image.onload = () => done('image');
+      });
+      image.src = `http://${host}/a.png`;
+      return [window.isBroken, await answer, await fetch(`http://${host}/a`).catch((error) => error.name)];
+    }, address.replace('http://127.0.0.1', 'localhost').replace('/', ''));
+    assert.deepEqual(outcomes, [undefined, 'none', 'TypeError']);
+  }));
+
 // The boxes of what is written, none of which may touch another or the model, or leave the page.
 test('writes nothing over the model, on a phone neither', (t) => {
   const results = resultsOf(t, [{name: 'plate', change: () => {}}]);
@@ -363,6 +469,27 @@ test('opens from the disk, without a server', () => withPage(size, async (page) 
   assert.equal(await opened(page), 'failed');
   assert.match(await page.textContent('#message'), /may not read files by itself: drop them/);
 }));
+
+test('scripts/view answers to its own name alone', () =>
+  withViewer(directory, size, async (_, address) => {
+    const {port} = new URL(address);
+    // fetch sets the header itself.
+    const statusOf = (host) => new Promise((done) => {
+      const asked = request({host: '127.0.0.1', port, path: `/${objName}`, headers: host ? {host} : {}, setHost: false},
+        (response) => {
+          response.resume();
+          done(response.statusCode);
+        });
+      asked.end();
+    });
+    for (const host of [`127.0.0.1:${port}`, `localhost:${port}`]) {
+      assert.equal(await statusOf(host), 200, host);
+    }
+    for (const host of ['quor.invalid', `quor.invalid:${port}`, '127.0.0.1', `127.0.0.1:${port}.quor.invalid`,
+      `localhost:${port}@quor.invalid`, '']) {
+      assert.equal(await statusOf(host), 403, host || 'no header');
+    }
+  }));
 
 test('scripts/view says what it wants', () => {
   const cases = [[['nowhere'], /there is no nowhere/],
