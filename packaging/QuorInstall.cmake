@@ -1,5 +1,6 @@
-# What `cmake --install` copies, in two components: runtime (the library and what must go with it)
-# and development (headers, CMake package, pkg-config file).
+# What `cmake --install` copies, in three components: runtime (the library and what must go with it),
+# development (headers, CMake package, pkg-config file), and tools (heatmap and the page that shows what
+# it computed) where heatmap is built.
 include(CMakePackageConfigHelpers)
 
 set(ramp_directory "${CMAKE_INSTALL_DATADIR}/quor")
@@ -12,7 +13,19 @@ install(TARGETS ${libraries} quor_cpp quorkit_cpp EXPORT quor
   ARCHIVE COMPONENT development
   FILE_SET HEADERS COMPONENT development)
 install(FILES assets/viridis.PNG DESTINATION "${ramp_directory}" COMPONENT runtime)
-install(FILES assets/viewer.html DESTINATION "${ramp_directory}" COMPONENT development)
+set(viewer_component development)
+if(TARGET heatmap)
+  set(viewer_component tools)
+  # The program finds the library beside it, unless the library is where the system looks anyway.
+  if(APPLE)
+    set_target_properties(heatmap PROPERTIES INSTALL_RPATH "@loader_path/../${CMAKE_INSTALL_LIBDIR}")
+  elseif(UNIX AND NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set_target_properties(heatmap PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  endif()
+  install(TARGETS heatmap RUNTIME COMPONENT tools)
+  install(FILES licenses/heatmap.txt DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT tools)
+endif()
+install(FILES assets/viewer.html DESTINATION "${ramp_directory}" COMPONENT ${viewer_component})
 # The binding that is compiled in, and programs to begin with; a copy of the library alone has neither.
 if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/bindings/csharp")
   install(DIRECTORY bindings/csharp/ DESTINATION "${ramp_directory}/csharp" COMPONENT development

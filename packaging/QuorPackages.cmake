@@ -8,6 +8,9 @@ if(EXISTS "${PROJECT_SOURCE_DIR}/bindings/python/quor")
   install(FILES LICENSE DESTINATION share/doc/python3-quor RENAME copyright
     COMPONENT python EXCLUDE_FROM_ALL)
 endif()
+if(TARGET heatmap)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
 set(CPACK_STRIP_FILES ON)
@@ -48,4 +51,16 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION "${about}
 
 This package holds the module for Python.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME quor-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
+  "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION "${about}
+
+This package holds the command heatmap and the page that shows its results in a browser.")
+# The library of the other package is not installed where the packages are made.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+  "$<TARGET_FILE_DIR:quor>" "$<TARGET_FILE_DIR:quorkit>")
 include(CPack)

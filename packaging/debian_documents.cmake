@@ -1,13 +1,21 @@
 # Run by CPack over the staged trees: moves the documents of each component to where Debian has them,
 # /usr/share/doc/PACKAGE, with licence and notices in one file named copyright.
 set(documents "${CPACK_PACKAGING_INSTALL_PREFIX}/share/doc")
-foreach(component runtime development)
+foreach(component runtime development tools)
   string(TOUPPER "${component}" upper)
   set(tree "${CPACK_TEMPORARY_DIRECTORY}/${component}${documents}")
+  if(NOT EXISTS "${tree}/quor")  # a package that is not made
+    continue()
+  endif()
   if(component STREQUAL "runtime")
     file(READ "${tree}/quor/LICENSE" licence)
     file(READ "${tree}/quor/NOTICE.md" notices)
     file(REMOVE "${tree}/quor/LICENSE" "${tree}/quor/NOTICE.md")
+  endif()
+  if(component STREQUAL "tools")
+    file(READ "${tree}/quor/heatmap.txt" more)
+    file(REMOVE "${tree}/quor/heatmap.txt")
+    set(notices "${notices}\n${more}")
   endif()
   set(own "${tree}/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}")
   file(RENAME "${tree}/quor" "${own}")
