@@ -62,5 +62,5 @@ set(CPACK_DEBIAN_TOOLS_DESCRIPTION "${about}
 This package holds the command heatmap and the page that shows its results in a browser.")
 # The library of the other package is not installed where the packages are made.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-  "$<TARGET_FILE_DIR:quor>" "$<TARGET_FILE_DIR:quorkit>")
+  "${PROJECT_BINARY_DIR}/src" "${PROJECT_BINARY_DIR}/src/kit")
 include(CPack)
