@@ -272,13 +272,18 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
  * vertices that no triangle uses. Degenerate is what quorkitCheck calls flat, and two equal
  * corners.
  *
- * A degenerate triangle is no loss, but its neighbours meet through it. So it is removed in one of
- * two ways:
+ * A degenerate triangle is no loss, but its neighbours meet through it. So degenerate triangles are
+ * removed one at a time, always the one with the longest side that can be, in one of two ways:
  *
- *   - If two corners are closer than a millionth of its longest side, they become one vertex, the
- *     one of lower index. Triangles with both of them vanish.
- *   - Otherwise its middle corner lies on its longest side. Each neighbour across that side is
- * split there into two triangles with the same origin. Nothing moves.
+ *   - If its shortest side is at most a millionth of its longest side, the ends of the shortest
+ *     side become one vertex, the one of lower index. Triangles with both of them vanish. Each of
+ *     these is degenerate, or has no side longer than 1e-5 of the longest side.
+ *   - Otherwise, or if that is not allowed, its middle corner lies on its longest side. Each
+ *     triangle across that side is split there into two with the same origin. Nothing moves. Each
+ *     part has an area, or all its sides are shorter than the one that is split.
+ *
+ * Neither is allowed to take the area of another triangle that stays, or to turn it by more than 60
+ * degrees from the input triangle that it is part of.
  *
  * On any input:
  *

@@ -9,6 +9,7 @@
 #include <cassert>
 #include <cmath>
 #include <cstddef>
+#include <map>
 #include <numeric>
 #include <queue>
 #include <tuple>
@@ -68,11 +69,14 @@ class Cleaning {
         isStuck_ = true;
         break;
       }
-      const std::int32_t t = waiting_.top().second;
+      const auto [longest, t] = waiting_.top();
       waiting_.pop();
-      if (parts_[toSize(t)].isThere && shape(t).isFlat()) {
-        // What cannot be removed now may be when its neighbours change, and is considered then.
-        isStuck_ |= !((shape(t).isShortestNothing() && collapse(t)) || split(t));
+      const Part& part = parts_[toSize(t)];
+      const bool isCurrent = part.isThere && longestSide(part.corners) == longest;
+      if (isCurrent && shape(t).isFlat()) {
+        if (!(shape(t).isShortestNothing() && collapse(t)) && !split(t)) {
+          block(t);
+        }
       }
     }
     return result();
@@ -139,9 +143,23 @@ class Cleaning {
       waiting_.push({longestSide(parts_[toSize(t)].corners), t});
     }
   }
-  void considerAround(std::int32_t vertex) {
-    for (const std::int32_t t : around(vertex)) {
-      consider(t);
+
+  /// What cannot be removed now may be when a triangle at one of its corners changes.
+  void block(std::int32_t t) {
+    isStuck_ = true;
+    for (const std::int32_t corner : parts_[toSize(t)].corners) {
+      blocked_[corner].push_back(t);
+    }
+  }
+  void unblock(const Corners& changed) {
+    for (const std::int32_t corner : changed) {
+      const auto place = blocked_.find(corner);
+      if (place != blocked_.end()) {
+        for (const std::int32_t t : place->second) {
+          consider(t);
+        }
+        blocked_.erase(place);
+      }
     }
   }
 
@@ -185,14 +203,15 @@ class Cleaning {
     }
     for (const std::int32_t other : changed) {
       Part& part = parts_[toSize(other)];
+      unblock(part.corners);
       part.corners = replaced(part.corners, gone, kept);
       part.isThere = !isRepeated(part.corners);
       if (part.isThere) {
         isAround_[toSize(kept)].push_back(other);
+        consider(other);
       }
     }
     becameOf_[toSize(gone)] = kept;
-    considerAround(kept);
     return true;
   }
 
@@ -226,20 +245,20 @@ class Cleaning {
     for (const std::int32_t other : across) {
       divide(other, a, b, middle);
     }
-    considerAround(middle);
-    considerAround(a);
-    considerAround(b);
+    unblock(c);
     return true;
   }
 
   void divide(std::int32_t t, std::int32_t a, std::int32_t b, std::int32_t middle) {
     const Part before = parts_[toSize(t)];
     parts_[toSize(t)].isThere = false;
+    unblock(before.corners);
     for (const Corners& corners :
          {replaced(before.corners, b, middle), replaced(before.corners, a, middle)}) {
       if (!isRepeated(corners)) {
         parts_.push_back({corners, before.origin, true});
         addAround(toIndex(parts_.size() - 1));
+        consider(toIndex(parts_.size() - 1));
       }
     }
   }
@@ -317,6 +336,7 @@ class Cleaning {
   std::vector<std::int32_t> becameOf_;
   std::vector<std::vector<std::int32_t>> isAround_;  ///< triangles at each vertex, and former ones
   std::priority_queue<std::pair<double, std::int32_t>> waiting_;  ///< longest side first
+  std::map<std::int32_t, std::vector<std::int32_t>> blocked_;     ///< by corner
   std::size_t stepsLeft_ = 0;
   bool isStuck_ = false;  ///< whether a triangle could not be removed, at least once
   std::int32_t degenerateCount_ = 0;
