@@ -34,7 +34,7 @@ target_link_libraries(module_tests PRIVATE quor_objects GTest::gtest_main)
 add_executable(kit_tests
   kit/check_test.cpp kit/clean_test.cpp kit/error_test.cpp kit/flow_test.cpp
   kit/refine_exact_test.cpp kit/refine_test.cpp
-  kit/solver_test.cpp kit/weld_origins_test.cpp kit/within_error_test.cpp
+  kit/solver_test.cpp kit/thresholds_test.cpp kit/weld_origins_test.cpp kit/within_error_test.cpp
   kit/within_test.cpp kit/wrapper_test.cpp
   kit/write_test.cpp)
 target_link_libraries(kit_tests PRIVATE

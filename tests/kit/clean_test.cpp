@@ -120,14 +120,6 @@ TEST(KitClean, KeepsTheBorderOfOpenMeshes) {
   }
 }
 
-TEST(KitClean, CountsADegenerateTriangleFromAMillionthOfItsSide) {
-  // The height over the longest side of 1 is twice the area.
-  for (const auto& [height, isKept] : {std::pair{1.01e-6, true}, {0.99e-6, false}}) {
-    const Mesh mesh{{0, 0, 0, 1, 0, 0, 0.5, height, 0}, {0, 1, 2}};
-    EXPECT_EQ(clean(mesh)->triangleCount, isKept ? 1 : 0) << height;
-  }
-}
-
 /// Points on few places of a line, or hardly off it, in triangles of any order.
 Mesh tangleOnALine(std::mt19937& random) {
   Mesh mesh = tangledMesh(4 + int(random() % 8), 1 + int(random() % 16), unsigned(random()));

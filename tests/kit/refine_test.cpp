@@ -121,15 +121,6 @@ TEST(KitRefine, SplitsIntoTheFewestPartsOfTheirPatterns) {
   }
 }
 
-TEST(KitRefine, LeavesEdgesOfAtMostSixteenStepsOfRounding) {
-  const double step = std::numeric_limits<double>::epsilon();  // of coordinates a little below 2
-  const auto sliver = [&](int steps) {
-    return Mesh{{1.5, 0, 0, 1.5, 1.5 * step * steps, 0, 1.5, 0, 1e-20}, {0, 1, 2}};
-  };
-  EXPECT_EQ(refine(sliver(15), 1e-300)->triangleCount, 1);
-  EXPECT_EQ(refine(sliver(17), 1e-300)->triangleCount, 3);  // its third side is shorter
-}
-
 TEST(KitRefine, EndsWhereSizesAreBelowTheStepsOfRounding) {
   const Mesh triangle{{0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2}};
   for (const double size : {1e-17, 1e-30, 5e-324}) {

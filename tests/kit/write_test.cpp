@@ -302,7 +302,7 @@ TEST_F(KitWrite, SaysWhatIsABadArgument) {
        {std::string(), std::string(".obj"), directory_ / "", directory_ / ".obj"}) {
     EXPECT_EQ(write(name), QUORKIT_BAD_ARGUMENT) << name;
   }
-  for (const double margin : {-0.001, 1.001, kNaN}) {
+  for (const double margin : {-5e-324, std::nextafter(1.0, 2.0), kNaN}) {
     EXPECT_EQ(write(path, {}, margin), QUORKIT_BAD_ARGUMENT);
   }
   for (const double value : {kNaN, kInfinity}) {
