@@ -97,10 +97,11 @@ class Error : public std::runtime_error {
 /* No solver for this mesh: a component of it has no prescribed vertex, so it has no field. */
 class Unprescribed : public Error {
  public:
-  explicit Unprescribed(std::int32_t vertex)
+  explicit Unprescribed(std::int32_t vertex,
+                        const std::string& remedy = "tag one of its vertices 1, 2 or 3")
       : Error(QUOR_SUCCESS, QUOR_INFO_NUMERICAL_ISSUE,
               ("quor: nothing is prescribed on the component of vertex " + std::to_string(vertex) +
-               ": tag one of its vertices 1, 2 or 3")
+               ": " + remedy)
                   .c_str()),
         vertex_(vertex) {}
 

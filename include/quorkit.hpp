@@ -11,6 +11,11 @@
  *   const std::vector<double> field = solver.solve(values);
  *   quor::kit::write(mesh.vertices(), mesh.triangles(), field, "parts/plate");
  *
+ * or, in place of the last three steps, to a tolerance:
+ *
+ *   const quor::kit::Problem problem = {...};
+ *   const quor::kit::Solution solution = quor::kit::solveWithin(problem);
+ *
  * What the functions compute, and their limits and threads, is told in quorkit.h and holds here
  * word for word; the const members of a Solver are the calls that may overlap. A status that is not
  * QUORKIT_DONE becomes an exception with the text of QuorkitError:
@@ -31,141 +36,18 @@
 #error "quorkit.hpp needs C++17: compile with -std=c++17 (MSVC: /std:c++17), or take quorkit.h"
 #else
 
-#include "quor.hpp"
-#include "quorkit.h"
-
-#include <exception>
-#include <functional>
-#include <new>
+#include "quorkit_results.hpp"
 
 namespace quor::kit {
 
-/* QUORKIT_BAD_ARGUMENT: an argument that the library refused. See QuorkitError. */
-class BadArgument : public std::invalid_argument {
- public:
-  explicit BadArgument(const QuorkitError& error)
-      : std::invalid_argument(std::string("quor: ") + error.text),
-        argument_(error.argument),
-        reason_(error.reason),
-        index_(error.index) {}
-
-  const char* argument() const { return argument_; } /* its name in quorkit.h               */
-  std::int32_t reason() const { return reason_; }    /* QUORKIT_NULL or one that follows it */
-  std::int32_t index() const { return index_; }      /* of the entry, or -1                 */
-
- private:
-  const char* argument_;
-  std::int32_t reason_;
-  std::int32_t index_;
-};
-
-/* QUORKIT_FILE, QUORKIT_CANCELLED or QUORKIT_INTERNAL. */
-class Error : public std::runtime_error {
- public:
-  explicit Error(const QuorkitError& error)
-      : std::runtime_error(std::string("quor: ") + error.text),
-        status_(error.status),
-        system_(error.system) {}
-
-  QuorkitStatus status() const { return status_; }
-  std::int32_t system() const { return system_; } /* of QUORKIT_FILE: errno; 0 if unknown */
-
- private:
-  QuorkitStatus status_;
-  std::int32_t system_;
-};
-
-namespace detail {
-
-[[noreturn]] inline void fail(const QuorkitError& error) {
-  switch (error.status) {
-    case QUORKIT_BAD_ARGUMENT:
-      throw BadArgument(error);
-    case QUORKIT_OUT_OF_MEMORY:
-      throw std::bad_alloc();
-    case QUORKIT_TOO_LARGE:
-      throw std::length_error(std::string("quor: ") + error.text);
-    default:
-      throw Error(error);
-  }
-}
-
-/// Calls a function of the library and throws what its status means.
-template <class Function, class... Arguments>
-void call(Function* function, Arguments... arguments) {
-  QuorkitError error;
-  if (function(arguments..., &error) != QUORKIT_DONE) {
-    fail(error);
-  }
-}
-
-inline std::int32_t vertexCount(Span<double> vertices) {
-  return quor::detail::count(vertices.size(), 3, "vertices");
-}
-
-inline std::int32_t triangleCount(Span<std::int32_t> triangles) {
-  return quor::detail::count(triangles.size(), 3, "triangles");
-}
-
-}  // namespace detail
-
-/* A mesh of the library's, owned: moves, does not copy, and is empty after a move. */
-class Mesh {
- public:
-  Mesh() = default;
-  /* Takes over what quorkitClean or a like function gave, null for an empty mesh. */
-  explicit Mesh(const QuorkitMesh* mesh) : mesh_(mesh) {}
-
-  /* Views of the arrays of QuorkitMesh, valid as long as the mesh. */
-  Span<double> vertices() const {
-    return mesh_ ? Span<double>(mesh_->vertices, 3 * vertexCount()) : Span<double>();
-  }
-  Span<std::int32_t> triangles() const {
-    return mesh_ ? Span<std::int32_t>(mesh_->triangles, 3 * triangleCount()) : Span<std::int32_t>();
-  }
-  Span<std::int32_t> triangleOrigins() const {
-    return mesh_ ? Span<std::int32_t>(mesh_->triangleOrigins, triangleCount())
-                 : Span<std::int32_t>();
-  }
-  Span<std::int32_t> vertexOrigins() const {
-    return mesh_ ? Span<std::int32_t>(mesh_->vertexOrigins, 2 * vertexCount())
-                 : Span<std::int32_t>();
-  }
-  /* One entry per vertex of the input of `clean`; empty after `refine`. */
-  Span<std::int32_t> vertexMap() const {
-    return mesh_ && mesh_->vertexMap != nullptr
-               ? Span<std::int32_t>(mesh_->vertexMap,
-                                    static_cast<std::size_t>(mesh_->vertexMapCount))
-               : Span<std::int32_t>();
-  }
-  double longestEdge() const { return mesh_ ? mesh_->longestEdge : 0.0; }
-
- private:
-  std::size_t vertexCount() const { return static_cast<std::size_t>(mesh_->vertexCount); }
-  std::size_t triangleCount() const { return static_cast<std::size_t>(mesh_->triangleCount); }
-
-  struct Free {
-    void operator()(const QuorkitMesh* mesh) const { quorkitFreeMesh(mesh); }
-  };
-  std::unique_ptr<const QuorkitMesh, Free> mesh_;
-};
-
 /* quorkitWeld. */
 inline Welded weld(Span<double> points, Span<std::int32_t> triangles, double tolerance) {
-  const std::int32_t pointCount = quor::detail::count(points.size(), 3, "points");
-  const std::int32_t triangleCount = detail::triangleCount(triangles);
-  Welded welded;
-  welded.vertices.resize(points.size());
-  welded.triangles.resize(triangles.size());
-  welded.pointMap.resize(points.size() / 3);
-  std::int32_t vertices = 0;
-  std::int32_t kept = 0;
-  detail::call(quorkitWeld, pointCount, points.data(), triangleCount, triangles.data(),
-               welded.vertices.data(), welded.triangles.data(), welded.pointMap.data(), &vertices,
-               &kept, tolerance);
-  welded.vertices.resize(3 * static_cast<std::size_t>(vertices));
-  welded.triangles.resize(3 * static_cast<std::size_t>(kept));
-  return welded;
+  detail::Room<Welded> room(points, triangles);
+  Welded& welded = room.welded;
+  detail::call(quorkitWeld, room.pointCount, points.data(), room.triangleCount, triangles.data(),
+               welded.vertices.data(), welded.triangles.data(), welded.pointMap.data(),
+               &room.vertexCount, &room.keptCount, tolerance);
+  return room.used();
 }
 
 /* What weldWithOrigins gives: a welded mesh, and the input triangle that each triangle was. */
@@ -176,22 +58,15 @@ struct WeldedWithOrigins : Welded {
 /* quorkitWeldOrigins. */
 inline WeldedWithOrigins weldWithOrigins(Span<double> points, Span<std::int32_t> triangles,
                                          double tolerance) {
-  const std::int32_t pointCount = quor::detail::count(points.size(), 3, "points");
-  const std::int32_t triangleCount = detail::triangleCount(triangles);
-  WeldedWithOrigins welded;
-  welded.vertices.resize(points.size());
-  welded.triangles.resize(triangles.size());
-  welded.pointMap.resize(points.size() / 3);
+  detail::Room<WeldedWithOrigins> room(points, triangles);
+  WeldedWithOrigins& welded = room.welded;
   welded.triangleOrigins.resize(triangles.size() / 3);
-  std::int32_t vertices = 0;
-  std::int32_t kept = 0;
-  detail::call(quorkitWeldOrigins, pointCount, points.data(), triangleCount, triangles.data(),
-               welded.vertices.data(), welded.triangles.data(), welded.pointMap.data(),
-               welded.triangleOrigins.data(), &vertices, &kept, tolerance);
-  welded.vertices.resize(3 * static_cast<std::size_t>(vertices));
-  welded.triangles.resize(3 * static_cast<std::size_t>(kept));
-  welded.triangleOrigins.resize(static_cast<std::size_t>(kept));
-  return welded;
+  detail::call(quorkitWeldOrigins, room.pointCount, points.data(), room.triangleCount,
+               triangles.data(), welded.vertices.data(), welded.triangles.data(),
+               welded.pointMap.data(), welded.triangleOrigins.data(), &room.vertexCount,
+               &room.keptCount, tolerance);
+  welded.triangleOrigins.resize(static_cast<std::size_t>(room.keptCount));
+  return room.used();
 }
 
 /* quorkitCheck. No tags: what is prescribed is not looked at. */
@@ -203,7 +78,7 @@ inline QuorkitReport check(Span<double> vertices, Span<std::int32_t> triangles,
   }
   QuorkitReport report{};
   detail::call(quorkitCheck, n, vertices.data(), detail::triangleCount(triangles), triangles.data(),
-               tags.size() != 0 ? tags.data() : nullptr, &report);
+               detail::dataOf(tags), &report);
   return report;
 }
 
@@ -217,8 +92,7 @@ inline QuorkitReport checkRegions(Span<double> vertices, Span<std::int32_t> tria
   }
   QuorkitReport report{};
   detail::call(quorkitCheckRegions, n, vertices.data(), detail::triangleCount(triangles),
-               triangles.data(), regions.data(), values.size() != 0 ? values.data() : nullptr,
-               &report);
+               triangles.data(), regions.data(), detail::dataOf(values), &report);
   return report;
 }
 
@@ -258,11 +132,29 @@ inline Mesh refineTo(Span<double> vertices, Span<std::int32_t> triangles,
   return Mesh(mesh);
 }
 
+/* quorkitFlip: one face number per triangle. None: all are one face. */
+inline Mesh flip(Span<double> vertices, Span<std::int32_t> triangles,
+                 Span<std::int32_t> faces = {}) {
+  detail::requireOnePerTriangle(faces.size(), triangles, "faces");
+  const QuorkitMesh* mesh = nullptr;
+  detail::call(quorkitFlip, detail::vertexCount(vertices), vertices.data(),
+               detail::triangleCount(triangles), triangles.data(), detail::dataOf(faces), &mesh);
+  return Mesh(mesh);
+}
+
+/* quorkitFaces: the angle is in degrees, above 0 and below 90. */
+inline Faces faces(Span<double> vertices, Span<std::int32_t> triangles, double angle = 30) {
+  const std::int32_t m = detail::triangleCount(triangles);
+  const QuorkitFaces* faces = nullptr;
+  detail::call(quorkitFaces, detail::vertexCount(vertices), vertices.data(), m, triangles.data(),
+               angle, &faces);
+  return {faces, m};
+}
+
 /* A solver, owned: moves, does not copy, and is empty after a move. */
 class Solver {
  public:
-  /* Called with the fraction that is done, 0 .. 1, like QuorkitProgress. Returns true to cancel. */
-  using Progress = std::function<bool(double fraction)>;
+  using Progress = quor::kit::Progress;
 
   /* An empty solver, which has no vertices. */
   Solver() = default;
@@ -289,20 +181,15 @@ class Solver {
   static Solver make(Span<double> vertices, Span<std::int32_t> triangles, Span<std::int32_t> tags,
                      const Progress& progress = {}) {
     quor::detail::requireOnePerVertex(tags.size(), vertices.size() / 3, "tags");
-    Watch watch{progress, nullptr};
+    detail::Watch watch{progress, nullptr};
     QuorkitSolver* made = nullptr;
     QuorkitError error;
     const QuorkitStatus status = quorkitConstruct(
         detail::vertexCount(vertices), vertices.data(), detail::triangleCount(triangles),
-        triangles.data(), tags.data(), progress ? &Watch::call : nullptr, &watch, &made, &error);
+        triangles.data(), tags.data(), watch.function(), &watch, &made, &error);
     Solver solver;
     solver.solver_.reset(made);
-    if (watch.thrown) {
-      std::rethrow_exception(watch.thrown);
-    }
-    if (status != QUORKIT_DONE) {
-      detail::fail(error);
-    }
+    watch.require(status, error);
     return solver;
   }
 
@@ -339,8 +226,7 @@ class Solver {
     std::vector<double> fields(prescribedValues.size());
     if (solver_) {
       detail::call(quorkitSolveMany, solver_.get(), quor::detail::count(columns, 1, "columns"),
-                   prescribedValues.data(),
-                   sourceValues.size() != 0 ? sourceValues.data() : nullptr, fields.data());
+                   prescribedValues.data(), detail::dataOf(sourceValues), fields.data());
     }
     return fields;
   }
@@ -349,20 +235,6 @@ class Solver {
   struct Free {
     void operator()(QuorkitSolver* solver) const { quorkitFreeSolver(solver); }
   };
-  struct Watch {
-    const Progress& progress;
-    std::exception_ptr thrown;
-    static std::int32_t call(double fraction, void* context) {
-      auto* const watch = static_cast<Watch*>(context);
-      try {
-        return watch->progress(fraction) ? 1 : 0;
-      } catch (...) {
-        watch->thrown = std::current_exception();
-        return 1;
-      }
-    }
-  };
-
   std::vector<double> solveWith(Span<double> prescribedValues, const double* sourceValues) const {
     const auto n = static_cast<std::size_t>(info().vertexCount);
     quor::detail::requireOnePerVertex(prescribedValues.size(), n, "prescribed values");
@@ -376,6 +248,81 @@ class Solver {
 
   std::unique_ptr<QuorkitSolver, Free> solver_;
 };
+
+/* What solveWithin is asked for: QuorkitProblem with views, whose values must outlive the call. An
+   empty view means none. */
+struct Problem {
+  Span<double> vertices;
+  Span<std::int32_t> triangles;
+  Span<double> triangleValues; /* one per triangle; NaN: free */
+  Span<std::int32_t> edges;    /* two vertices each           */
+  Span<double> edgeValues;     /* one per edge                */
+  Span<double> vertexValues;   /* one per vertex; NaN: free   */
+  Span<double> sources;        /* one density per triangle    */
+  Span<std::int32_t> faces;    /* one number per triangle     */
+  double tolerance = 0;        /* above 0                     */
+  bool isShareOfSpan = false;
+  std::int32_t triangleLimit = 0; /* 0: 4,000,000 */
+};
+
+namespace detail {
+
+inline QuorkitProblem problemOf(const Problem& problem) {
+  const std::size_t n = problem.vertices.size() / 3;
+  requireOnePerTriangle(problem.triangleValues.size(), problem.triangles, "triangle values");
+  requireOnePerTriangle(problem.sources.size(), problem.triangles, "sources");
+  requireOnePerTriangle(problem.faces.size(), problem.triangles, "faces");
+  if (problem.vertexValues.size() != 0) {
+    quor::detail::requireOnePerVertex(problem.vertexValues.size(), n, "vertex values");
+  }
+  if (problem.edges.size() % 2 != 0 || problem.edgeValues.size() != problem.edges.size() / 2) {
+    throw std::invalid_argument("quor: edges: give two vertices and one of the edge values each");
+  }
+  QuorkitProblem asked{};
+  asked.n = vertexCount(problem.vertices);
+  asked.vertices = problem.vertices.data();
+  asked.m = triangleCount(problem.triangles);
+  asked.triangles = problem.triangles.data();
+  asked.triangleValues = dataOf(problem.triangleValues);
+  asked.edgeCount = quor::detail::count(problem.edgeValues.size(), 1, "edges");
+  asked.edges = dataOf(problem.edges);
+  asked.edgeValues = dataOf(problem.edgeValues);
+  asked.vertexValues = dataOf(problem.vertexValues);
+  asked.sources = dataOf(problem.sources);
+  asked.faces = dataOf(problem.faces);
+  asked.tolerance = problem.tolerance;
+  asked.isShareOfSpan = problem.isShareOfSpan ? 1 : 0;
+  asked.triangleLimit = problem.triangleLimit;
+  return asked;
+}
+
+}  // namespace detail
+
+/*
+ * quorkitSolveWithin. Throws where there is no field: IsolatedVertex, and like Solver
+ * quor::Unprescribed, or quor::Error for equations without a finite solution. An exception that
+ * leaves `progress` cancels, and then leaves this.
+ */
+inline Solution solveWithin(const Problem& problem, const Progress& progress = {}) {
+  detail::Watch watch{progress, nullptr};
+  const QuorkitProblem asked = detail::problemOf(problem);
+  const QuorkitSolution* made = nullptr;
+  QuorkitError error;
+  const QuorkitStatus status = quorkitSolveWithin(&asked, watch.function(), &watch, &made, &error);
+  Solution solution(made);
+  watch.require(status, error);
+  switch (solution.info().outcome) {
+    case QUORKIT_SOLVED:
+      return solution;
+    case QUORKIT_ISOLATED_VERTEX:
+      throw IsolatedVertex(solution.info().vertex);
+    case QUORKIT_UNPRESCRIBED:
+      throw Unprescribed(solution.info().vertex, "prescribe a triangle or an edge of it");
+    default:
+      throw quor::Error(QUOR_SUCCESS, QUOR_INFO_NUMERICAL_ISSUE,
+                        "quor: the equations have no finite solution: clean the mesh");
+  }
+}
 
 /* quorkitAreas: one per vertex. */
 inline std::vector<double> areas(Span<double> vertices, Span<std::int32_t> triangles) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <quorkit.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <type_traits>
 
@@ -104,6 +105,138 @@ struct Pair {
   std::vector<std::int32_t> tags{1, 0, 0, 0, 2, 0};
 };
 
+TEST(KitWrapper, SolvesToATolerance) {
+  const Mesh mesh = gridMesh(5, 3);
+  const std::vector<double> sources(16, -1);
+  const std::vector<std::int32_t> left{0, 5, 5, 10};
+  const std::vector<double> leftValues{2, 2};
+  kit::Problem problem;
+  problem.vertices = mesh.vertices;
+  problem.triangles = mesh.triangles;
+  problem.edges = left;
+  problem.edgeValues = leftValues;
+  problem.sources = sources;
+  problem.tolerance = 0.01;
+  double last = -1;
+  const kit::Solution solution = kit::solveWithin(problem, [&](double fraction) {
+    last = fraction;
+    return false;
+  });
+  EXPECT_EQ(last, 1);
+  EXPECT_TRUE(solution.isReached());
+  EXPECT_LE(solution.error(), 0.01);
+  EXPECT_EQ(solution.info().tolerance, 0.01);
+  EXPECT_EQ(solution.jumps().size(), 0U);
+  ASSERT_EQ(solution.field().size(), solution.vertices().size() / 3);
+  EXPECT_EQ(solution.triangleOrigins().size(), solution.triangles().size() / 3);
+  EXPECT_EQ(solution.vertexOrigins().size(), 2 * solution.field().size());
+  for (std::size_t v = 0; v < solution.field().size(); ++v) {  // u'' = -1, u(0) = 2, u'(1) = 0
+    const double x = solution.vertices()[3 * v];
+    EXPECT_NEAR(solution.field()[v], 2 + x - x * x / 2, 0.01);
+  }
+
+  std::vector<double> ends(15, kNaN);
+  ends[0] = ends[5] = 2;
+  ends[4] = ends[9] = 6;
+  kit::Problem byVertices;
+  byVertices.vertices = mesh.vertices;
+  byVertices.triangles = mesh.triangles;
+  byVertices.vertexValues = ends;
+  byVertices.tolerance = 1e-6;
+  byVertices.isShareOfSpan = true;
+  byVertices.triangleLimit = 1000;
+  const kit::Solution limited = kit::solveWithin(byVertices);
+  EXPECT_NEAR(limited.info().tolerance, 4e-6, 1e-15);
+  EXPECT_FALSE(limited.isReached());
+  EXPECT_LE(limited.triangles().size(), 3U * 1000U);
+
+  std::vector<double> jump(16, kNaN);
+  jump[0] = 1;
+  jump[2] = 2;
+  std::vector<std::int32_t> numbers(16, 4);
+  kit::Problem byTriangles;
+  byTriangles.vertices = mesh.vertices;
+  byTriangles.triangles = mesh.triangles;
+  byTriangles.triangleValues = jump;
+  byTriangles.faces = numbers;
+  byTriangles.tolerance = 0.5;
+  const kit::Solution jumping = kit::solveWithin(byTriangles);
+  ASSERT_EQ(jumping.jumps().size(), 1U);
+  EXPECT_EQ(jumping.jumps()[0], 1);
+}
+
+TEST(KitWrapper, SaysWhyThereIsNoFieldWithinATolerance) {
+  const Pair pair;
+  std::vector<double> values(6, kNaN);
+  kit::Problem problem;
+  problem.vertices = pair.vertices;
+  problem.triangles = pair.triangles;
+  problem.vertexValues = values;
+  problem.tolerance = 1;
+  values[0] = values[1] = 1;
+  try {
+    kit::solveWithin(problem);
+    ADD_FAILURE();
+  } catch (const quor::Unprescribed& error) {
+    EXPECT_EQ(error.vertex(), 3);
+    EXPECT_NE(std::string(error.what()).find("triangle or an edge"), std::string::npos);
+  }
+  values[4] = 1;
+  try {
+    kit::solveWithin(problem);
+    ADD_FAILURE();
+  } catch (const kit::IsolatedVertex& error) {
+    EXPECT_EQ(error.vertex(), 4);
+  }
+  values[5] = 1;
+  EXPECT_THROW(kit::solveWithin(problem, [](double) { return true; }), kit::Error);
+  EXPECT_THROW(kit::solveWithin(problem, [](double) -> bool { throw std::domain_error("mine"); }),
+               std::domain_error);
+
+  // Lengths that do not fit together, which the library could not see.
+  const std::vector<double> three(3);
+  const std::vector<std::int32_t> numbers(3);
+  using Wrong = std::invalid_argument;
+  const auto refuses = [&](const auto& change) {
+    kit::Problem changed = problem;
+    change(changed);
+    EXPECT_THROW(kit::solveWithin(changed), Wrong);
+  };
+  refuses([&](kit::Problem& p) { p.triangleValues = three; });
+  refuses([&](kit::Problem& p) { p.vertexValues = three; });
+  refuses([&](kit::Problem& p) { p.sources = three; });
+  refuses([&](kit::Problem& p) { p.faces = numbers; });
+  refuses([&](kit::Problem& p) { p.edges = numbers; });
+  refuses([&](kit::Problem& p) { p.edgeValues = three; });
+  refuses([&](kit::Problem& p) { p.tolerance = kNaN; });
+  EXPECT_THROW(kit::flip(pair.vertices, pair.triangles, numbers), Wrong);
+  EXPECT_THROW(kit::faces(pair.vertices, pair.triangles, 90), Wrong);
+}
+
+TEST(KitWrapper, FindsFacesFlipsAndCleans) {
+  // Two squares that meet at a right angle, the first with the longer diagonal of a kite.
+  const std::vector<double> vertices{0, 0, 0, 4, 0, 0, 4, 1, 0, 0, 1, 0, 0, 1, 2, 4, 1, 2};
+  const std::vector<std::int32_t> triangles{0, 1, 2, 0, 2, 3, 3, 2, 5, 3, 5, 4};
+  const kit::Faces faces = kit::faces(vertices, triangles);
+  EXPECT_EQ(faces.faceCount(), 2);
+  ASSERT_EQ(faces.faces().size(), 4U);
+  EXPECT_EQ(faces.faces()[1], 0);
+  EXPECT_EQ(faces.faces()[2], 1);
+  ASSERT_EQ(faces.edges().size(), 2 * faces.chains().size());
+  EXPECT_EQ(faces.chains().size(), 7U);
+  EXPECT_EQ(faces.chainCount(), 7);
+
+  const std::vector<double> kite{0, 0, 0, 9, 0, 0, 5, 1, 0, 5, -1, 0};
+  const std::vector<std::int32_t> long2{0, 1, 2, 1, 0, 3};
+  const auto hasLong = [](const kit::Mesh& mesh) {
+    const quor::Span<std::int32_t> t = mesh.triangles();
+    return std::count(t.begin(), t.begin() + 3, 0) + std::count(t.begin(), t.begin() + 3, 1) == 2;
+  };
+  EXPECT_FALSE(hasLong(kit::flip(kite, long2)));
+  EXPECT_TRUE(hasLong(kit::flip(kite, long2, std::vector<std::int32_t>{7, 8})));
+  EXPECT_EQ(kit::clean(kite, long2).degenerateCount(), 0);
+}
+
 template <class Solver>
 void refusesWhatHasNoField() {
   const Pair good;
@@ -172,6 +305,7 @@ TEST(KitWrapper, IsEmptyAfterAMove) {
   EXPECT_FALSE(from);
   EXPECT_EQ(from.info().vertexCount, 0);
   EXPECT_TRUE(from.solve(std::vector<double>()).empty());
+  EXPECT_EQ(kit::Solution().field().size() + kit::Faces().faces().size(), 0U);
   EXPECT_EQ(refined.vertices().size() + refined.triangles().size() +
                 refined.triangleOrigins().size() + refined.vertexOrigins().size(),
             0U);
