@@ -16,6 +16,13 @@ namespace Quor
             return array;
         }
 
+        // An array that may be null.
+        internal static void Optional<T>(T[] array, int length, string name)
+        {
+            if (array != null)
+                Length(array, length, name);
+        }
+
         // The length must be a multiple of three; returns how many threes.
         internal static int Triples<T>(T[] array, string name)
         {
@@ -26,14 +33,18 @@ namespace Quor
             return array.Length / 3;
         }
 
-        internal static int Triangles(int[] triangles, int vertexCount)
+        // The message names the triangle too: the index alone may occur anywhere.
+        internal static int Triangles(int[] triangles, int vertexCount, string name = "triangles")
         {
-            var count = Triples(triangles, nameof(triangles));
-            foreach (var index in triangles)
+            var count = Triples(triangles, name);
+            for (var k = 0; k < triangles.Length; k++)
             {
-                if ((uint)index >= (uint)vertexCount)
-                    throw new ArgumentOutOfRangeException(nameof(triangles), index,
-                                                          $"is not in 0 .. {vertexCount - 1}");
+                if ((uint)triangles[k] < (uint)vertexCount)
+                    continue;
+                var error = new ArgumentOutOfRangeException(
+                    name, triangles[k], $"a corner of triangle {k / 3} is not in 0 .. {vertexCount - 1}");
+                error.Data["Index"] = k / 3;
+                throw error;
             }
             return count;
         }

@@ -5,7 +5,8 @@
 // length, triangles a b c a b c ... with 0-based indices, tags and values one entry per vertex. The
 // library reads and writes them in place, pinned for the duration of a call.
 //
-// Nulls, lengths and indices are checked before a call. Nothing is thrown through .NET: what happens
+// Nulls, lengths and indices are checked before a call. An exception names the argument; which triangle,
+// vertex or value it is about is QuorException.Index, or Data["Index"] of an ArgumentException. Nothing is thrown through .NET: what happens
 // inside the library comes back as an exception of .NET's own, OutOfMemoryException when memory runs
 // out, IOException when a file cannot be written, the disk being full included.
 //
@@ -16,7 +17,7 @@ using System;
 
 namespace Quor
 {
-    /// <summary>Why a solver could not be built.</summary>
+    /// <summary>Why the library refused something.</summary>
     public enum Status : uint
     {
         /// <summary>There is no vertex.</summary>
@@ -31,7 +32,12 @@ namespace Quor
         /// <summary>The result has no place in 32-bit indices.</summary>
         TooLarge = 101,
         /// <summary>A fault of the library.</summary>
-        Internal = 102
+        Internal = 102,
+        /// <summary>A vertex has a value, but no edge at it is prescribed: its field depends on the
+        /// mesh.</summary>
+        IsolatedVertex = 103,
+        /// <summary>The equations have no single solution.</summary>
+        SingularMatrix = 104
     }
 
     /// <summary>What became of a solver's factorization.</summary>

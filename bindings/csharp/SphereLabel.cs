@@ -12,9 +12,15 @@ namespace Quor
         /// 65534.</exception>
         public static void Encode(int label, out float x, out float y, out float z)
         {
-            if (Native.quorkitEncodeToSphere(label, out x, out y, out z, out _) != 0)
+            float a = 0, b = 0, c = 0;
+            if (label < -1 || label > 65534)
                 throw new ArgumentOutOfRangeException(nameof(label), label,
                                                       "is not in -1 .. 65534");
+            Native.Call((out NativeError error) => Native.quorkitEncodeToSphere(
+                label, out a, out b, out c, out error));
+            x = a;
+            y = b;
+            z = c;
         }
 
         /// <summary>Unpacks the label from a vector made by <see cref="Encode"/>, or from its

@@ -28,7 +28,7 @@ static class Part
         var words = text.Split((char[])null, StringSplitOptions.RemoveEmptyEntries);
         var points = Enumerable.Range(0, words.Length).Where(k => words[k] == "vertex")
             .SelectMany(k => new ArraySegment<string>(words, k + 1, 3))
-            .Select(word => double.Parse(word, CultureInfo.InvariantCulture)).ToArray();
+            .Select(word => double.Parse(word, NumberStyles.Float, CultureInfo.InvariantCulture)).ToArray();
         if (points.Length == 0 || points.Length % 9 != 0 || !words.Contains("endsolid"))
             throw new InvalidDataException("the part is not an STL file, or damaged");
         return points;

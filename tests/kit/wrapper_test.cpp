@@ -235,6 +235,10 @@ TEST(KitWrapper, FindsFacesFlipsAndCleans) {
   EXPECT_FALSE(hasLong(kit::flip(kite, long2)));
   EXPECT_TRUE(hasLong(kit::flip(kite, long2, std::vector<std::int32_t>{7, 8})));
   EXPECT_EQ(kit::clean(kite, long2).degenerateCount(), 0);
+  // Three triangles at one edge, one of them without height: dropping it would open a crack.
+  const std::vector<double> fan{4, 1e-6, 0, 3, 0, 0, 3, 1e-6, 0, 4, 0, 0, 4, 2e-6, 0};
+  const std::vector<std::int32_t> shared{0, 4, 3, 3, 4, 1, 4, 3, 2, 2, 3, 1};
+  EXPECT_EQ(kit::clean(fan, shared).degenerateCount(), 1);
 }
 
 template <class Solver>

@@ -12,12 +12,15 @@ static class QuorTest
     static readonly Random Random = new Random(7);
     static int failures;
 
-    static int Main()
+    static int Main(string[] arguments)
     {
         var own = new Action[] {
             WeldAgreesWithComparingAllPairs, BadArgumentsAreRefused,
             RawMeshesAreLookedAtMendedAndRefined, AllLabelsSurviveTheSphere };
-        foreach (var test in own.Concat(SolverTest.All))
+        var tests = arguments.SequenceEqual(new[] { "without-library" })
+            ? new Action[] { AMissingLibraryIsTold }
+            : own.Concat(SolverTest.All).Concat(FieldTest.All);
+        foreach (var test in tests)
         {
             try
             {
@@ -39,7 +42,7 @@ static class QuorTest
             throw new Exception(what);
     }
 
-    internal static void Throws<T>(Action action, string words) where T : Exception
+    internal static void Throws<T>(Action action, string words, int index = -1) where T : Exception
     {
         try
         {
@@ -48,6 +51,8 @@ static class QuorTest
         catch (T error)
         {
             Expect(error.Message.Contains(words), $"'{words}' is not in '{error.Message}'");
+            var found = (error as QuorException)?.Index ?? (int?)error.Data["Index"] ?? -1;
+            Expect(index == -1 || index == found, $"index {found}, not {index}, of '{error.Message}'");
             return;
         }
         throw new Exception($"no {typeof(T).Name} with '{words}'");
@@ -133,6 +138,7 @@ static class QuorTest
         {
             var bad = new[] { 0, index, 2 };
             Throws<ArgumentOutOfRangeException>(() => Mesh.Weld(three, bad, 1), "0 .. 2");
+            Throws<ArgumentException>(() => Mesh.Clean(three, bad), "triangle 0", 0);
             Throws<ArgumentOutOfRangeException>(() => new Solver(three, bad, tags), "0 .. 2");
         }
         foreach (var bad in new[] { double.NaN, -1e-300 })
@@ -185,7 +191,10 @@ static class QuorTest
         Throws<ArgumentException>(() => Mesh.Refine(square, crack, 0), "longestEdge is 0: give");
         Throws<QuorException>(() => Mesh.Refine(square, new[] { 0, 1, 2 }, 1e-9), "32-bit");
         Throws<QuorException>(() => new Solver(mesh.Vertices, mesh.Triangles,
-                                               new int[mesh.Vertices.Length / 3]), "1 of 1 pieces");
+                                               new int[mesh.Vertices.Length / 3]), "1 of 1 pieces", 0);
+        Throws<ArgumentException>(() => Mesh.Refine(new[] { 0, 0, 0, 1, double.NaN, 0, 0, 1, 0 },
+                                                    new[] { 0, 1, 2 }, 1), "vertices", 1);
+        Throws<QuorException>(() => Mesh.Refine(square, new[] { 0, 1, 2, 1, 1, 2 }, 1), "triangle 1", 1);
         var folder = Path.Combine(Path.GetTempPath(), Path.GetRandomFileName());
         Directory.CreateDirectory(folder);
         try
@@ -200,6 +209,16 @@ static class QuorTest
         finally
         {
             Directory.Delete(folder, true);
+        }
+    }
+
+    static void AMissingLibraryIsTold()
+    {
+        foreach (var use in new Action[] {
+            () => Mesh.Weld(new double[9], new[] { 0, 1, 2 }, 1), () => BumpySheet(3).Build(),
+            () => SphereLabel.Encode(1, out _, out _, out _) })
+        {
+            Throws<DllNotFoundException>(use, "quorkit is not found: put");
         }
     }
 

@@ -5,6 +5,8 @@ using System.Collections.Generic;
 using System.Globalization;
 using System.IO;
 using System.Linq;
+using System.Runtime.Serialization;
+using System.Runtime.Serialization.Formatters.Binary;
 using System.Threading;
 using Quor;
 using static QuorTest;
@@ -14,7 +16,7 @@ static class SolverTest
     internal static readonly Action[] All = {
         SolveAgreesWithElimination, OutputMayBeAnInput, MeshReadsBackInSolverOrder,
         WrittenFilesReadBack, RefusalsNameTheCulprit, ProgressCancelsAndPassesExceptionsOn,
-        SingularMatrixIsTold, DisposedSolverThrows, SolversSurviveCollectionDuringCalls,
+        SingularMatrixIsTold, SolversAreNotSerialized, DisposedSolverThrows, SolversSurviveCollectionDuringCalls,
         SolversSurviveDisposalDuringCalls, ForgottenSolversAreFreed };
 
     // K from the gradients of the hat functions: edges and areas, no cotangent.
@@ -183,6 +185,21 @@ static class SolverTest
         {
             Expect(solver.Info == Factorization.NumericalIssue, solver.Info.ToString());
         }
+        // The weights of the free corners with the far one are lost in that with each other.
+        Throws<QuorException>(() => new Solver(new[] { 0, 0, 0, 1e20, 0, 0, 1e20, 1, 0 },
+                                               new[] { 0, 1, 2 }, new[] { 1, 0, 0 }), "singular");
+        var wide = new[] { 0, 0, 0, 1, 0, 0, 0, double.PositiveInfinity, 0 };
+        int[] triangle = { 0, 1, 2 }, tags = { 1, 0, 0 };
+        Throws<ArgumentException>(() => new Solver(wide, triangle, tags), "vertex 2 is not finite", 2);
+        new Solver(wide, triangle, tags, mayFloat: true).Dispose();
+    }
+
+    // Two of the same memory would release it twice.
+    static void SolversAreNotSerialized()
+    {
+        using (var solver = BumpySheet(3).Build())
+            Throws<SerializationException>(
+                () => new BinaryFormatter().Serialize(new MemoryStream(), solver), "");
     }
 
     static void DisposedSolverThrows()
@@ -194,7 +211,7 @@ static class SolverTest
         foreach (var use in new Action[] {
             () => solver.Info.ToString(), () => solver.Solve(s.Values), () => solver.GetVertices(),
             () => solver.SolveWithSource(s.Values, s.Source), () => solver.GetTriangles(),
-            () => solver.Write(s.Values, "never") })
+            () => solver.SolveMany(s.Values), () => solver.Write(s.Values, "never") })
         {
             Throws<ObjectDisposedException>(use, "");
         }

@@ -62,7 +62,7 @@ class CMesh(ctypes.Structure):
                 ("vertices", POINTER(c_double)), ("triangles", POINTER(c_int32)),
                 ("triangle_origins", POINTER(c_int32)), ("vertex_origins", POINTER(c_int32)),
                 ("vertex_map", POINTER(c_int32)), ("vertex_map_count", c_int32),
-                ("longest_edge", c_double)]
+                ("longest_edge", c_double), ("degenerate_count", c_int32)]
 
 
 class CFaces(ctypes.Structure):

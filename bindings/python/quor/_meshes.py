@@ -84,6 +84,7 @@ class CleanMesh(NamedTuple):
     triangles: Integers  # (m, 3) int32
     triangle_origins: Integers  # (m,) int32: the input triangle that each is a part of
     vertex_map: Integers  # (input vertices,) int32: what each became, -1 if it was dropped
+    degenerate_count: int  # degenerate triangles that could not be removed without a crack
 
     def __repr__(self) -> str:
         return brief(self)
@@ -219,7 +220,8 @@ def clean(vertices: MeshLike, triangles: Optional[ArrayLike] = None) -> CleanMes
     made = POINTER(CMesh)()
     call(library.quorkitClean, *arguments(vertices, triangles), byref(made))
     return derived(made, CleanMesh,
-                   lambda mesh: (copy(mesh.vertex_map, (mesh.vertex_map_count,), np.int32),))
+                   lambda mesh: (copy(mesh.vertex_map, (mesh.vertex_map_count,), np.int32),
+                                 mesh.degenerate_count))
 
 
 def refine(vertices: MeshLike, triangles: Optional[ArrayLike] = None,

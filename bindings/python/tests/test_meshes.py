@@ -65,8 +65,14 @@ class Kit(unittest.TestCase):
         self.assertEqual(len(mesh.triangles), 4)
         np.testing.assert_array_equal(mesh.vertex_map, [0, 1, 2, 3, 4, -1])
         self.assertEqual(len(mesh.triangle_origins), 4)
+        self.assertEqual(mesh.degenerate_count, 0)
         with self.assertRaises(ValueError):
             quor.clean(self.FLAT * np.nan, self.CRACK)
+        # Three triangles at one edge, one of them without height: dropping it would open a crack.
+        vertices = [[4, 1e-6, 0], [3, 0, 0], [3, 1e-6, 0], [4, 0, 0], [4, 2e-6, 0]]
+        left = quor.clean(vertices, [[0, 4, 3], [3, 4, 1], [4, 3, 2], [2, 3, 1]])
+        self.assertEqual(left.degenerate_count, 1)
+        self.assertEqual(quor.check(left.vertices, left.triangles).flat_triangles.count, 1)
 
     def test_refine(self):
         vertices, triangles, _ = bumpy_grid()
