@@ -48,17 +48,13 @@ inline Mesh closedMesh(int side, std::mt19937& random) {
   return mesh;
 }
 
-/// Puts a vertex on a side of a triangle, or hardly beside it, splits the triangle there, and fills
-/// the crack with a degenerate triangle.
-inline void addFiller(Mesh& mesh, std::mt19937& random) {
-  const std::size_t t = random() % std::size_t(mesh.m());
-  const std::size_t e = random() % 3;
+/// Puts a vertex on side e of triangle t, at a share of its length, splits the triangle there, and
+/// fills the crack with a degenerate triangle.
+/// @param off  how far the vertex is off the side, as a share of the way to the opposite corner
+inline void insertFiller(Mesh& mesh, std::size_t t, std::size_t e, double share, double off) {
   const std::int32_t a = mesh.triangles[3 * t + e];
   const std::int32_t b = mesh.triangles[3 * t + (e + 1) % 3];
   const std::int32_t c = mesh.triangles[3 * t + (e + 2) % 3];
-  const int kind = int(random() % 4);
-  const double share = kind == 0 ? 1e-8 : kind == 1 ? 1 - 1e-8 : (1 + random() % 999) / 1000.0;
-  const double off = random() % 2 == 0 ? 0 : 1e-8;
   const std::int32_t middle = mesh.n();
   for (std::size_t axis = 0; axis < 3; ++axis) {
     mesh.vertices.push_back((1 - share - off) * pointOf(mesh, a)[axis] +
@@ -68,6 +64,15 @@ inline void addFiller(Mesh& mesh, std::mt19937& random) {
   mesh.triangles[3 * t + 1] = middle;
   mesh.triangles[3 * t + 2] = c;
   mesh.triangles.insert(mesh.triangles.end(), {middle, b, c, a, b, middle});
+}
+
+/// The same anywhere, often next to an end, and on the side or hardly off it.
+inline void addFiller(Mesh& mesh, std::mt19937& random) {
+  const std::size_t t = random() % std::size_t(mesh.m());
+  const std::size_t e = random() % 3;
+  const int kind = int(random() % 4);
+  const double share = kind == 0 ? 1e-8 : kind == 1 ? 1 - 1e-8 : (1 + random() % 999) / 1000.0;
+  insertFiller(mesh, t, e, share, random() % 2 == 0 ? 0 : 1e-8);
 }
 
 }  // namespace test

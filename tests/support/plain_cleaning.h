@@ -23,7 +23,7 @@ class PlainCleaning {
     for (std::int32_t t = 0; t < input.m(); ++t) {
       parts_.push_back({inputCorners(t), t});
     }
-    remove([this](const Part& part) { return hasEqual(part.corners); });
+    remove([](const Part& part) { return hasEqual(part.corners); });
     while (removeOne()) {
     }
     dropPiecesWithoutArea();
