@@ -141,9 +141,10 @@ inline void requireOnePerVertex(std::size_t size, std::size_t vertexCount, const
 }
 
 inline void requireCorners(Span<std::int32_t> triangles, std::int32_t vertexCount) {
-  for (const std::int32_t corner : triangles) {
-    if (corner < 0 || corner >= vertexCount) {
-      throw std::out_of_range("quor: corner " + std::to_string(corner) + " of a mesh of " +
+  for (std::size_t k = 0; k < triangles.size(); ++k) {
+    if (triangles[k] < 0 || triangles[k] >= vertexCount) {
+      throw std::out_of_range("quor: triangles: triangle " + std::to_string(k / 3) +
+                              " has the corner " + std::to_string(triangles[k]) + " in a mesh of " +
                               std::to_string(vertexCount) + " vertices");
     }
   }

@@ -19,7 +19,7 @@ Shapes, types and indices are checked before a call:
 
     TypeError     numbers of the wrong kind (complex values, fractional indices)
     ValueError    a wrong shape, a wrong size, a closed solver
-    IndexError    a triangle with an index that no vertex has
+    IndexError    CornerError: a triangle with an index that no vertex has
     QuorError     a ValueError of the library's: which argument and which entry; see its subclasses
     MemoryError   out of memory
     OSError       a file cannot be written, or the disk is full
@@ -31,8 +31,8 @@ The library is looked for at the path in the environment variable QUOR_LIBRARY; 
 in the folder of this package; then wherever the system's loader looks.
 """
 
-from ._errors import (Cancelled, IsolatedVertexError, NoVertexError, QuorError, RepeatedCornerError,
-                      SingularMatrixError, TooLargeError, UnprescribedPieceError,
+from ._errors import (Cancelled, CornerError, IsolatedVertexError, NoVertexError, QuorError,
+                      RepeatedCornerError, SingularMatrixError, TooLargeError, UnprescribedPieceError,
                       UnprescribedPieceWarning, UnusedVertexError)
 from ._meshes import (CleanMesh, Faces, Finding, FlippedMesh, RefinedMesh, Report, Welded,
                       WeldedWithOrigins, areas, check, check_regions, clean, faces, flip, flow,
@@ -43,7 +43,7 @@ from ._sphere import decode_integer_from_sphere, encode_integer_to_sphere
 from ._within import Solution, solve_within
 
 __all__ = [
-    "Cancelled", "CleanMesh", "Faces", "Finding", "FlippedMesh", "Info", "IsolatedVertexError",
+    "Cancelled", "CleanMesh", "CornerError", "Faces", "Finding", "FlippedMesh", "Info", "IsolatedVertexError",
     "NoVertexError", "QuorError", "RefinedMesh", "RepeatedCornerError", "Report",
     "SingularMatrixError", "Solution", "Solver", "TooLargeError", "UnprescribedPieceError",
     "UnprescribedPieceWarning", "UnusedVertexError", "Welded", "WeldedWithOrigins", "areas",

@@ -6,6 +6,9 @@ from typing import TYPE_CHECKING, Any, Optional, Sequence, Tuple, Type
 
 import numpy as np
 
+from ._errors import QuorError
+from ._library import BAD_ARGUMENT
+
 if TYPE_CHECKING:
     from numpy.typing import ArrayLike, NDArray
 
@@ -47,23 +50,25 @@ def real(name: str, values: ArrayLike, shape: Shape, limit: int = COUNT_LIMIT) -
 
 
 def integer(name: str, values: ArrayLike, shape: Shape, low: int, high: int,
-            error: Type[Exception], kinds: str = "iu", limit: int = COUNT_LIMIT) -> Integers:
-    """The same for int32, of numbers in low .. high, or that error. kinds: of types, as numpy has
-    them."""
+            error: Type[QuorError], kinds: str = "iu", limit: int = COUNT_LIMIT) -> Integers:
+    """The same for int32, of numbers in low .. high, or that error with the first row of another. kinds: of
+    types, as numpy has them."""
     array = plain(name, values)
     if array.size and array.dtype.kind not in kinds:
         raise TypeError(f"{name}: expected integers, not {array.dtype}")
     check_shape(name, array, shape, limit)
     if array.size:
-        for value in (array.min(), array.max()):
-            if not low <= value <= high:
-                raise error(f"{name}: {value} is not in {low} .. {high}")
+        if not (low <= array.min() and array.max() <= high):
+            entry = int(np.flatnonzero((array < low) | (array > high))[0])
+            row = entry * len(array) // array.size
+            raise error(BAD_ARGUMENT, f"{name}: {array.flat[entry]} in row {row} is not in {low} .. {high}", name,
+                        row)
     return np.require(array, np.int32, ("C", "A"))
 
 
 def any_integers(name: str, values: ArrayLike, count: int) -> Integers:
     """One int32 per vertex or triangle, of any value; booleans too."""
-    return integer(name, values, (count,), -2**31, 2**31 - 1, ValueError, kinds="iub")
+    return integer(name, values, (count,), -2**31, 2**31 - 1, QuorError, kinds="iub")
 
 
 def room_for(out: Optional[Reals], shape: Shape, inputs: Sequence[Reals]) -> Tuple[Reals, Sequence[Reals]]:

@@ -23,6 +23,10 @@ class QuorError(ValueError):
         return type(self), (self.status, *self.args, self.argument, self.index), self.__dict__
 
 
+class CornerError(QuorError, IndexError):
+    """A triangle or an edge has an index that no vertex has."""
+
+
 class NoVertexError(QuorError):
     """Status 1: a solver needs at least one vertex."""
 

@@ -7,6 +7,7 @@ from typing import TYPE_CHECKING, Any, Optional, Tuple
 import numpy as np
 
 from ._arrays import integer, real
+from ._errors import CornerError
 
 if TYPE_CHECKING:
     from numpy.typing import ArrayLike
@@ -81,7 +82,7 @@ def mesh_arrays(vertices: MeshLike, triangles: Optional[ArrayLike], name: str = 
     """Both, of a mesh that has every vertex its triangles name."""
     given_vertices, given_triangles = two_arrays(vertices, triangles)
     points = real(name, given_vertices, (None, 3), limit)
-    return points, integer("triangles", given_triangles, (None, 3), 0, len(points) - 1, IndexError,
+    return points, integer("triangles", given_triangles, (None, 3), 0, len(points) - 1, CornerError,
                            limit=triangle_limit)
 
 

@@ -9,6 +9,7 @@ from typing import TYPE_CHECKING, Any, Callable, NamedTuple, Optional, Tuple, Ty
 import numpy as np
 
 from ._arrays import (COUNT_LIMIT, address, any_integers, copy, given, integer, real)
+from ._errors import CornerError
 from ._inputs import arguments, mesh_arrays, two_arrays
 from ._library import CFaces, CMesh, CReport, call, library
 
@@ -165,7 +166,7 @@ def any_mesh(vertices: MeshLike, triangles: Optional[ArrayLike]) -> Tuple[Reals,
     """Both arrays, whatever indices the triangles have."""
     given_vertices, given_triangles = two_arrays(vertices, triangles)
     return (real("vertices", given_vertices, (None, 3)),
-            integer("triangles", given_triangles, (None, 3), -2**31, 2**31 - 1, IndexError))
+            integer("triangles", given_triangles, (None, 3), -2**31, 2**31 - 1, CornerError))
 
 
 def report_of(report: CReport) -> Report:

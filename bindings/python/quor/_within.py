@@ -9,7 +9,7 @@ from typing import TYPE_CHECKING, Callable, NamedTuple, Optional
 import numpy as np
 
 from ._arrays import COUNT_LIMIT, address, any_integers, copy, given, integer, real
-from ._errors import IsolatedVertexError, SingularMatrixError, UnprescribedPieceError
+from ._errors import CornerError, IsolatedVertexError, SingularMatrixError, UnprescribedPieceError
 from ._inputs import mesh_arrays
 from ._library import BAD_ARGUMENT, CProblem, CSolution, Watch, library
 from ._meshes import brief
@@ -71,7 +71,7 @@ def solve_within(vertices: MeshLike, triangles: Optional[ArrayLike] = None,
     n, m = len(vertices), len(triangles)
     if (edges is None) != (edge_values is None):
         raise TypeError("edges and edge_values go together")
-    ends = None if edges is None else integer("edges", edges, (None, 2), 0, n - 1, IndexError)
+    ends = None if edges is None else integer("edges", edges, (None, 2), 0, n - 1, CornerError)
     limit = operator.index(triangle_limit)
     if not 0 <= limit <= COUNT_LIMIT:
         raise ValueError(f"triangle_limit: {limit} is not in 0 .. {COUNT_LIMIT}")

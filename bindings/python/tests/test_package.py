@@ -55,6 +55,23 @@ class Refused(unittest.TestCase):
             with self.subTest(function=function, arguments=arguments), self.assertRaises(error):
                 function(*arguments)
 
+    def test_refusals_name_argument_and_entry(self):
+        vertices, triangles, tags = bumpy_grid(3, 3)
+        low, huge = triangles.copy(), triangles.astype(np.uint64)
+        low[4, 1], low[6, 0], huge[2, 2] = -1, 99, 2**63
+        far, wide = vertices.copy(), tags.astype(np.int64)
+        far[5, 2], wide[7] = np.nan, -2**40
+        for words, argument, index, function, *arguments in (
+                ("triangles: -1 in row 4 is not in 0 .. 8", "triangles", 4, quor.clean, vertices, low),
+                ("9223372036854775808 in row 2", "triangles", 2, quor.areas, vertices, huge),
+                ("tags: -1099511627776 in row 7", "tags", 7, quor.Solver, vertices, triangles, wide),
+                ("vertices", "vertices", 5, quor.refine, far, triangles, 1),
+                ("edges: 9 in row 1", "edges", 1, lambda *mesh: quor.solve_within(
+                    *mesh, 1, edges=[[0, 1], [9, 0]], edge_values=[1, 1]), vertices, triangles)):
+            with self.subTest(words), self.assertRaisesRegex(quor.QuorError, words) as caught:
+                function(*arguments)
+            self.assertEqual((caught.exception.argument, caught.exception.index), (argument, index))
+
     def test_statuses(self):
         square, ones = np.eye(4, 3), [1] * 4
         for error, status, words, function, *arguments in (
