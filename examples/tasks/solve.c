@@ -1,16 +1,21 @@
 /* The temperature of a ring that is heated at one place and cooled at another. */
 #include <math.h>
-#include <quor.h>
+#include <quorkit.h>
 #include <stdio.h>
+#include <stdlib.h>
 
 enum { ROUND = 160, TUBE = 64, N = ROUND * TUBE, M = 2 * N };
 
-static double vertices[3 * N], field[N], stored[N];
+static double vertices[3 * N], regions[2 * N], basis[2 * N], field[N];
 static int32_t triangles[3 * M], tags[N];
 
-/* Tags 1, 2 and 3 prescribe the value of a vertex; every other tag leaves it free. */
-static int is_prescribed(int i) {
-  return tags[i] >= 1 && tags[i] <= 3;
+static QuorkitError error;
+
+static void done(QuorkitStatus status) {
+  if (status != QUORKIT_DONE) {
+    printf("%s\n", error.text);
+    exit(1);
+  }
 }
 
 static int near(const double* p, double x, double y, double z) {
@@ -33,29 +38,25 @@ int main(void) {
       triangles[6 * i + k] = corners[k];
   }
 
-  uint32_t prescribed;
-  StatusCode status;
-  void* solver;
-  quorctorTagged(N, vertices, M, triangles, tags, &prescribed, &status, &solver);
-  if (status != QUOR_SUCCESS || quorinfo(solver) != QUOR_INFO_SUCCESS)
-    return 1;
-  printf("%u of %d vertices are prescribed\n", prescribed, N);
+  QuorkitReport report;
+  done(quorkitCheck(N, vertices, M, triangles, tags, &report, &error));
+  printf("%d of %d vertices are prescribed, %d components have none\n",
+         (int)report.prescribedVertices.count, N, (int)report.unprescribedPieces.count);
+  QuorkitSolver* solver;
+  done(quorkitConstruct(N, vertices, M, triangles, tags, NULL, NULL, &solver, &error));
 
-  for (double hot = 40; hot <= 100; hot += 20) { /* factorized once, solved as often as you like */
+  for (int i = 0; i < N; ++i) { /* one column for each region: 1 on it, 0 on the other */
+    regions[i] = tags[i] == 1;
+    regions[N + i] = tags[i] == 2;
+  }
+  done(quorkitSolveMany(solver, 2, regions, NULL, basis, &error));
+  quorkitFreeSolver(solver);
+
+  for (double hot = 40; hot <= 100; hot += 20) { /* a slider: no solve, only a sum */
     for (int i = 0; i < N; ++i)
-      field[i] = tags[i] == 1 ? hot : 20; /* read where the vertex is prescribed */
-    quorsolveTagged(solver, field, field, &status);
+      field[i] = hot * basis[i] + 20 * basis[N + i];
     printf("heated to %3.0f degrees: %.2f on the far side\n", hot, field[N / 2]);
   }
-
-  int k =
-      0; /* solver order: the prescribed vertices, then the free ones from the last to the first */
-  for (int i = 0; i < N; ++i)
-    if (is_prescribed(i))
-      stored[k++] = field[i];
-  for (int i = N - 1; i >= 0; --i)
-    if (!is_prescribed(i))
-      stored[k++] = field[i];
-  wobj(solver, stored, "solve");
-  quorfree(solver);
+  done(quorkitWrite(N, vertices, M, triangles, field, "solve", NULL, 0.001, &error));
+  return 0;
 }

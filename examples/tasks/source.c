@@ -1,11 +1,21 @@
 /* Two chips on a metal plate whose edge is cooled. */
-#include <quor.h>
+#include <quorkit.h>
 #include <stdio.h>
+#include <stdlib.h>
 
 enum { SIDE = 80, ROW = SIDE + 1, N = ROW * ROW, M = 2 * SIDE * SIDE };
 
 static double vertices[3 * N], edge[N], source[N], field[N];
 static int32_t triangles[3 * M], tags[N];
+
+static QuorkitError error;
+
+static void done(QuorkitStatus status) {
+  if (status != QUORKIT_DONE) {
+    printf("%s\n", error.text);
+    exit(1);
+  }
+}
 
 static int inside(int x, int y, int left, int right, int bottom, int top) {
   return x >= left && x <= right && y >= bottom && y <= top;
@@ -31,22 +41,20 @@ int main(void) {
     triangles[3 * t + 2] = t % 2 ? a + ROW : b;
   }
 
-  StatusCode status;
-  void *solver, *relief;
-  quorctorTagged(N, vertices, M, triangles, tags, NULL, &status, &solver);
-  if (status != QUOR_SUCCESS || quorinfo(solver) != QUOR_INFO_SUCCESS)
-    return 1;
-  quorsolvePTagged(solver, edge, source, field, &status);
-  quorfree(solver);
+  QuorkitSolver* solver;
+  done(quorkitConstruct(N, vertices, M, triangles, tags, NULL, NULL, &solver, &error));
+  done(quorkitSolve(solver, edge, source, field, &error));
+  quorkitFreeSolver(solver);
+  double flows[2]; /* of tag 0, the free vertices, and of tag 1, the edge */
+  done(quorkitFlow(N, vertices, M, triangles, field, tags, 2, flows, &error));
+  printf("the edge drains %.2f W\n", -conductance * flows[1]);
 
   double hottest = 0;
   for (int i = 0; i < N; ++i) { /* the same plate with the temperature as its height */
     hottest = field[i] > hottest ? field[i] : hottest;
     vertices[3 * i + 2] = field[i] - 20;
-    tags[i] = 1;
   }
-  printf("the hottest place is at %.1f degrees\n", hottest);
-  quorctorTagged(N, vertices, M, triangles, tags, NULL, &status, &relief);
-  wobj(relief, field, "source");
-  quorfree(relief);
+  printf("the hottest vertex is at %.1f degrees\n", hottest);
+  done(quorkitWrite(N, vertices, M, triangles, field, "source", NULL, 0.001, &error));
+  return 0;
 }

@@ -1,15 +1,15 @@
 /* A ball as a triangle soup becomes a mesh. */
 #include <math.h>
-#include <quor.h>
+#include <quorkit.h>
 #include <stdio.h>
 
 enum { SIDE = 8, M = 8 * SIDE * SIDE, POINTS = 3 * M };
 
 static double points[3 * POINTS], vertices[3 * POINTS], together[POINTS];
-static int32_t triangles[POINTS], map[POINTS], tags[POINTS], count;
+static int32_t triangles[POINTS], map[POINTS], count;
 
-/* One more point: (i, j) of an eighth of an octahedron, pushed out to the sphere, and, as if it
-   came out of many files, a billionth off. */
+/* Adds point (i, j) of an eighth of an octahedron, projected to the sphere and moved by some
+   billionths. */
 static void put(int eighth, int i, int j) {
   const double x = eighth & 1 ? -i : i, y = eighth & 2 ? -j : j;
   const double z = eighth & 4 ? i + j - SIDE : SIDE - i - j;
@@ -31,20 +31,15 @@ int main(void) {
       }
 
   int32_t n, m;
-  if (quorWeld(POINTS, points, M, triangles, vertices, triangles, map, &n, &m, 1e-6) != 0)
+  QuorkitError error;
+  if (quorkitWeld(POINTS, points, M, triangles, vertices, triangles, map, &n, &m, 1e-6, &error) !=
+      QUORKIT_DONE) {
+    printf("%s\n", error.text);
     return 1;
-  printf("%d points became %d vertices, %d triangles are left of %d\n", POINTS, n, m, M);
+  }
+  printf("%d points became %d vertices, %d triangles are left of %d\n", POINTS, (int)n, (int)m, M);
 
   for (int point = 0; point < POINTS; ++point)
     together[map[point]] += 1; /* how many points became this vertex */
-
-  StatusCode status;
-  void* mesh;
-  for (int i = 0; i < n; ++i)
-    tags[i] = 1; /* nothing to solve for: all prescribed, and solver order is our order */
-  quorctorTagged(n, vertices, m, triangles, tags, NULL, &status, &mesh);
-  if (status != QUOR_SUCCESS)
-    return 1;
-  wobj(mesh, together, "weld");
-  quorfree(mesh);
+  return quorkitWrite(n, vertices, m, triangles, together, "weld", NULL, 0.001, NULL);
 }

@@ -1,28 +1,21 @@
 /* A field and its mesh as files that a viewer opens. */
 #include <math.h>
-#include <quor.h>
+#include <quorkit.h>
 #include <stdio.h>
+#include <stdlib.h>
 
 enum { ROUND = 240, RINGS = 40, N = ROUND * RINGS, M = 2 * ROUND * (RINGS - 1) };
 
-static double vertices[3 * N], field[N], stored[N];
+static double vertices[3 * N], field[N];
 static int32_t triangles[3 * M], tags[N];
 
-/* Tags 1, 2 and 3 prescribe the value of a vertex; every other tag leaves it free. */
-static int is_prescribed(int32_t tag) {
-  return tag >= 1 && tag <= 3;
-}
+static QuorkitError error;
 
-/* What a solve returns is in our order, what wobj takes in that of the solver: the prescribed
-   vertices, then the free ones from the last to the first. */
-static void to_solver_order(int n, const int32_t* tag, const double* ours, double* solvers) {
-  int k = 0;
-  for (int i = 0; i < n; ++i)
-    if (is_prescribed(tag[i]))
-      solvers[k++] = ours[i];
-  for (int i = n - 1; i >= 0; --i)
-    if (!is_prescribed(tag[i]))
-      solvers[k++] = ours[i];
+static void done(QuorkitStatus status) {
+  if (status != QUORKIT_DONE) {
+    printf("%s\n", error.text);
+    exit(1);
+  }
 }
 
 int main(void) {
@@ -43,14 +36,15 @@ int main(void) {
     triangles[3 * t + 2] = t % 2 ? a + ROUND : b + ROUND;
   }
 
-  StatusCode status;
-  void* solver;
-  quorctorTagged(N, vertices, M, triangles, tags, NULL, &status, &solver);
-  if (status != QUOR_SUCCESS || quorinfo(solver) != QUOR_INFO_SUCCESS)
-    return 1;
-  quorsolveTagged(solver, field, field, &status);
-  to_solver_order(N, tags, field, stored);
-  wobj(solver, stored, "write");
-  quorfree(solver);
+  QuorkitSolver* solver;
+  done(quorkitConstruct(N, vertices, M, triangles, tags, NULL, NULL, &solver, &error));
+  done(quorkitSolve(solver, field, NULL, field, &error));
+  quorkitFreeSolver(solver);
+
+  done(quorkitWrite(N, vertices, M, triangles, field, "write", NULL, 0.001, &error));
   printf("wrote write.obj and write.mtl\n");
+  uint8_t rgba[4];
+  done(quorkitColours(1, field, 0, 100, rgba, &error)); /* for hosts that color vertices */
+  printf("the heart is %d %d %d\n", rgba[0], rgba[1], rgba[2]);
+  return 0;
 }
