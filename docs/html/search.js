@@ -6,11 +6,14 @@ const list = document.getElementById('found');
 const top_ = document.currentScript.dataset.top;
 const MOST = 12;
 
+// Small letters, and color however it is spelled.
+const spelled = (text) => text.toLowerCase().replaceAll('colour', 'color');
+
 // How well a section has the words: each counts most in its heading, then at the start of a word of
 // its text, a little more where it comes again; 0 if one is missing.
 function score(section, words) {
-  const heading = `${section.page} ${section.heading}`.toLowerCase();
-  const text = section.text.toLowerCase();
+  const heading = spelled(`${section.page} ${section.heading}`);
+  const text = spelled(section.text);
   let sum = 0;
   for (const word of words) {
     const points = heading.includes(word) ? 10
@@ -25,16 +28,14 @@ function score(section, words) {
 
 // The text around the first word that occurs in it.
 function excerpt(text, words) {
-  const at = Math.max(0, Math.min(...words.map((word) => text.toLowerCase().indexOf(word))
+  const at = Math.max(0, Math.min(...words.map((word) => spelled(text).indexOf(word))
     .filter((position) => position >= 0), text.length));
   const start = Math.max(0, at === text.length ? 0 : at - 40);
   return `${start > 0 ? '…' : ''}${text.slice(start, start + 120)}`;
 }
 
 function show() {
-  // These pages write colour.
-  const words = input.value.toLowerCase().split(/\s+/).filter((word) => word)
-    .map((word) => word.replace(/^color/, 'colour'));
+  const words = spelled(input.value).split(/\s+/).filter((word) => word);
   const found = words.length === 0 ? [] : SECTIONS
     .map((section) => ({section, points: score(section, words)}))
     .filter(({points}) => points > 0)

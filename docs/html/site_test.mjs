@@ -36,10 +36,11 @@ test('no page is wider than a phone', () => withPage(phone, async (page) => {
 
 // What is typed, on which page, and the page that comes first.
 const searches = [
-  ['quorWeld tolerance', 'docs/index.html', /^Manual: /],
+  ['quorWeld tolerance', 'docs/index.html', /^Reference: quorWeld/],
   ['isolines', 'index.html', /^Write and view/],
   ['mingw', 'bindings/python/index.html', /mingw|Windows/],
-  ['STL part', 'docs/index.html', /own part/i],
+  ['STL part', 'docs/index.html', /^Get started/],
+  ['colour bytes', 'docs/index.html', /^Write and view|^Reference/],
 ];
 
 test('finds words without a server', () => withPage(phone, async (page) => {
