@@ -60,7 +60,7 @@ int main(void) {
     values[i] = x > 49.999 ? 20 : 80;
   }
   require(quorkitCheck(n, mesh->vertices, m, mesh->triangles, tags, &report, &error));
-  printf("%d prescribed, %d pieces, %d of them without a prescribed vertex\n",
+  printf("%d prescribed, %d components, %d of them without a prescribed vertex\n",
          (int)report.prescribedVertices.count, (int)report.pieces.count,
          (int)report.unprescribedPieces.count);
 
