@@ -26,9 +26,9 @@ add_executable(module_tests
   modules/edge_midpoints_test.cpp
   modules/factorization_test.cpp modules/fields_solve_test.cpp
   modules/operator_test.cpp modules/ordering_test.cpp modules/oriented_box_test.cpp
-  modules/substitution_test.cpp modules/weld_search_test.cpp modules/weld_steps_test.cpp
+  modules/refined_count_test.cpp modules/substitution_test.cpp modules/weld_search_test.cpp modules/weld_steps_test.cpp
   modules/writer_test.cpp soups/soups.cpp soups/soups_slow_in_tables.cpp soups/soups_slow_in_tree.cpp)
-target_link_libraries(module_tests PRIVATE quor_objects GTest::gtest_main)
+target_link_libraries(module_tests PRIVATE quorkit_objects quor_objects GTest::gtest_main)
 
 # The kit, from outside, beside the library whose answers it gives.
 add_executable(kit_tests

@@ -48,8 +48,9 @@ inline Vec3 midpoint(Vec3 p, Vec3 q) {
   return {0.5 * p.x + 0.5 * q.x, 0.5 * p.y + 0.5 * q.y, 0.5 * p.z + 0.5 * q.z};
 }
 
-/// No edge of at most so many steps of rounding of its coordinates is split.
-constexpr double kStepsOfRounding = 16.0;
+/// Sixteen steps of rounding, as a part of the largest coordinate of both ends: no edge of at most
+/// this length is split.
+constexpr double kFewSteps = 16.0 * std::numeric_limits<double>::epsilon();
 
 /// Divides triangles by depth, the parts of each in the order of their patterns. Whether an edge is
 /// split, and where, depends on its ends alone and is the same either way round.
@@ -124,7 +125,7 @@ class Division {
   static double fewSteps(Vec3 p, Vec3 q) {
     const double largest = std::max(
         {std::abs(p.x), std::abs(p.y), std::abs(p.z), std::abs(q.x), std::abs(q.y), std::abs(q.z)});
-    return kStepsOfRounding * std::numeric_limits<double>::epsilon() * largest;
+    return kFewSteps * largest;
   }
 
   /// The size at the midpoint of an edge: grows by half of the distance from the smaller end.

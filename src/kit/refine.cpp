@@ -18,13 +18,10 @@ namespace {
   throw std::length_error("too many triangles");
 }
 
-/// How far an estimate may be off, as a factor.
-constexpr double kMargin = 1.1;
-
 /// Whether there would not be too many triangles if all edges of a part were of the smallest size
 /// at its corners, which is the smallest anywhere in it: a level of division makes four triangles
 /// of one, and halves its edges, or nearly so.
-bool areSizesClear(const MeshView& mesh, const EdgeLengths& lengths, double most) {
+bool isClear(const MeshView& mesh, const EdgeLengths& lengths, double most) {
   double count = 0.0;
   for (std::size_t t = 0; t < mesh.triangleCount() && count <= most; ++t) {
     const SizedTriangle c = cornersOf(mesh, t, lengths);
@@ -42,16 +39,9 @@ bool areSizesClear(const MeshView& mesh, const EdgeLengths& lengths, double most
 /// Leaves nothing to be found out while triangles are made, when memory has gone into them.
 /// @param most  triangles that fit
 void requireFits(const MeshView& mesh, const EdgeLengths& lengths, std::int64_t most) {
-  const double limit = kMargin * static_cast<double>(most);
-  const bool isClear =
-      mesh.m <= most &&
-      (lengths.sizes != nullptr
-           ? areSizesClear(mesh, lengths, static_cast<double>(most))
-           : kMargin * estimateRefined(mesh, lengths.longest, Estimate::high, limit) <=
-                 static_cast<double>(most));
-  if (!isClear &&
-      (mesh.m > most || estimateRefined(mesh, lengths.longest, Estimate::low, limit) > limit ||
-       countRefined(mesh, lengths, most) > most)) {
+  const auto mostCount = static_cast<double>(most);
+  if (!isClear(mesh, lengths, mostCount) && (leastRefined(mesh, lengths.longest) > mostCount ||
+                                             countRefined(mesh, lengths, most) > most)) {
     refuse();
   }
 }
@@ -67,13 +57,8 @@ std::int64_t mostTriangles(const MeshView& mesh) {
 std::optional<MeshData> refineUnlessMore(const MeshView& mesh, const EdgeLengths& lengths,
                                          std::int64_t most) {
   const double longest = lengths.longest;
-  const auto mostCount = static_cast<double>(most);
-  // With sizes the longest edges are most often gone already, and few are split.
-  const double likelyCount =
-      lengths.sizes != nullptr
-          ? 0.0
-          : std::min(estimateRefined(mesh, longest, Estimate::low, mostCount), mostCount);
-  const auto count = std::max(static_cast<std::size_t>(likelyCount), mesh.triangleCount());
+  const double least = std::min(leastRefined(mesh, longest), static_cast<double>(most));
+  const std::size_t count = std::max(static_cast<std::size_t>(least), mesh.triangleCount());
   // A new vertex lies on two triangles most often, each of which it divides once more.
   const std::size_t likely = (count - mesh.triangleCount()) / 2;
   MeshData refined;

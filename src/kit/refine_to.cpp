@@ -57,7 +57,7 @@ double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
   constexpr int kEvenSteps = 32;   // more upwards only where coordinates differ by powers of ten
   constexpr double kLargest = 0x1p512;  // has no square, so that nothing is split
   const auto isEnough = [&](double length) {
-    return estimateRefined(mesh, length, Estimate::likely, wanted) <= wanted;
+    return estimateRefined(mesh, length, wanted) <= wanted;
   };
   // Triangles of half the square of their longest edge are not far from what comes out.
   double good = std::min(extent.longestEdge, kLargest);

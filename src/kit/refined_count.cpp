@@ -1,9 +1,7 @@
 #include "kit/refined_count.h"
 
-#include "kit/division.h"
-
 #include <algorithm>
-#include <array>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -15,87 +13,55 @@ std::int32_t noNumber(const SizedCorner& /*p*/, const SizedCorner& /*q*/, Vec3 /
   return 0;
 }
 
-/// The parts of a triangle; any number above `most` if they are more.
-double countParts(SizedTriangle triangle, double longest, double most) {
-  for (SizedCorner& corner : triangle) {
-    corner.size = longest;
-  }
-  double count = 0.0;
-  Division(longest).divide(triangle, noNumber,
-                           [&](const SizedTriangle&) { return ++count <= most; });
-  return count;
-}
-
-/// The largest coordinate, by its size.
-double sizeOf(const SizedTriangle& c) {
-  double size = 0.0;
+/// A length that no edge of a part of the triangle exceeds: the one asked for, or what rounding and
+/// the smallest squares leave.
+double longestLeft(const SizedTriangle& c, double longest) {
+  constexpr double kHasSquare = 1e-150;
+  double left = std::max(longest, kHasSquare);
   for (const SizedCorner& corner : c) {
     const Vec3 p = corner.point;
-    size = std::max({size, std::abs(p.x), std::abs(p.y), std::abs(p.z)});
+    left = std::max(
+        {left, kFewSteps * std::abs(p.x), kFewSteps * std::abs(p.y), kFewSteps * std::abs(p.z)});
   }
-  return size;
+  return left;
 }
 
-/// Whether there are more parts than `most` along one side alone, rounded or not: a long needle
-/// needs no counting. Computed with the triangle's size as the unit, in which squares are safe;
-/// where the lengths' own squares are not, sides are not split as their lengths say.
-/// @param size  of the triangle: edges of its steps of rounding have no midpoint
-bool hasMoreAlongSide(const SizedTriangle& c, double size, double longest, double most) {
-  const double step = kStepsOfRounding * std::numeric_limits<double>::epsilon();
-  const double shortest = std::max(longest, step * size);
-  if (size == 0.0 || !std::isfinite(longest * longest) ||
-      shortest * shortest < std::numeric_limits<double>::min()) {
-    return false;
+/// The parts cover the triangle and its longest side.
+double leastParts(const SizedTriangle& c, double longest) {
+  constexpr double kTwiceLargest = 0.8660254037844387;  // twice the area of sides of length 1
+  const double unit = longestLeft(c, longest);
+  if (!std::isfinite(unit * unit)) {  // no square is larger: nothing is split
+    return 1.0;
   }
-  const auto inSizes = [size](Vec3 p) { return Vec3{p.x / size, p.y / size, p.z / size}; };
-  const double length = 2.0 * most * std::max(longest / size, step);
-  double squaredSide = 0.0;
-  for (std::size_t e = 0; e < 3; ++e) {
-    squaredSide =
-        std::max(squaredSide, squaredDistance(inSizes(c[e].point), inSizes(c[(e + 1) % 3].point)));
-  }
-  return squaredSide > length * length;
+  const auto side = [unit](Vec3 p, Vec3 q) {  // quarters do not overflow
+    return (4.0 / unit) * (0.25 * q - 0.25 * p);
+  };
+  const Vec3 u = side(c[0].point, c[1].point);
+  const Vec3 v = side(c[0].point, c[2].point);
+  const Vec3 w = v - u;
+  const Vec3 normal = cross(u, v);
+  const double squaredSide = std::max({dot(u, u), dot(v, v), dot(w, w)});
+  return std::max({1.0, std::sqrt(squaredSide), std::sqrt(dot(normal, normal)) / kTwiceLargest});
 }
 
 /// One of the similar triangles that are left when all sides have been halved until one of them is
 /// not longer than `longest`, with a corner at the origin.
 /// @param copies  receives how many there are
 SizedTriangle smallestSimilar(const SizedTriangle& c, double longest, double& copies) {
-  double shortest = std::numeric_limits<double>::infinity();
-  for (std::size_t e = 0; e < 3; ++e) {
-    shortest = std::min(shortest, squaredDistance(c[e].point, c[(e + 1) % 3].point));
+  constexpr int kMostHalvings = 64;  // rounding leaves no side for more
+  const double shortest = std::sqrt(
+      std::min({squaredDistance(c[0].point, c[1].point), squaredDistance(c[1].point, c[2].point),
+                squaredDistance(c[2].point, c[0].point)}));
+  int halvings = 0;
+  while (halvings < kMostHalvings && std::ldexp(shortest, -halvings) > longest) {
+    ++halvings;
   }
-  double scale = 1.0;
-  copies = 1.0;
-  while (shortest * scale * scale > longest * longest) {
-    scale *= 0.5;
-    copies *= 4.0;
-  }
-  const Vec3 origin = c[0].point;
-  SizedTriangle similar{};
-  for (std::size_t k = 1; k < 3; ++k) {
-    const Vec3 p = c[k].point;
-    similar[k].point = {(p.x - origin.x) * scale, (p.y - origin.y) * scale,
-                        (p.z - origin.z) * scale};
+  copies = std::ldexp(1.0, 2 * halvings);
+  SizedTriangle similar = c;
+  for (SizedCorner& corner : similar) {
+    corner.point = std::ldexp(1.0, -halvings) * (corner.point - c[0].point);
   }
   return similar;
-}
-
-/// @param size  of the triangle, not 0
-double estimateParts(SizedTriangle triangle, double size, double longest, double most) {
-  if (size < 0.1 * longest) {
-    return 1.0;
-  }
-  int exponent = 0;  // numbers of size 1 have squares, whatever the unit
-  std::frexp(size, &exponent);
-  for (SizedCorner& corner : triangle) {
-    corner.point = {std::ldexp(corner.point.x, -exponent), std::ldexp(corner.point.y, -exponent),
-                    std::ldexp(corner.point.z, -exponent)};
-  }
-  longest = std::ldexp(longest, -exponent);
-  double copies = 1.0;
-  const SizedTriangle similar = smallestSimilar(triangle, longest, copies);
-  return copies * countParts(similar, longest, most / copies);
 }
 
 }  // namespace
@@ -110,31 +76,26 @@ std::int64_t countRefined(const MeshView& mesh, const EdgeLengths& lengths, std:
   return count;
 }
 
-double estimateRefined(const MeshView& mesh, double longest, Estimate kind, double most) {
-  // Every level of halving adds a rounding error of the size of the coordinates to the sides. Where
-  // that is no longer small beside the length the triangle is divided itself; but to be low, a
-  // length will do that is longer by enough. Where the square of the length leaves the range of
-  // double nothing is as usual.
-  constexpr double kErrors = 64 * std::numeric_limits<double>::epsilon();
-  constexpr double kLargestError = 1e-6;
-  constexpr double kSmallest = 1e-150;
-  const double direction = kind == Estimate::low ? 1.0 : kind == Estimate::high ? -1.0 : 0.0;
+double estimateRefined(const MeshView& mesh, double longest, double most) {
+  assert(longest > 0.0);
+  Division division(longest);
   double sum = 0.0;
   for (std::size_t t = 0; t < mesh.triangleCount() && sum <= most; ++t) {
-    const SizedTriangle triangle = cornersOf(mesh, t, {longest});
-    const double size = sizeOf(triangle);
-    if (hasMoreAlongSide(triangle, size, longest, most)) {
-      return 2.0 * most + 1.0;
-    }
-    const double safe = std::max(kErrors / kLargestError * size, kSmallest);
-    const double length = kind == Estimate::low ? std::max(longest, safe) : longest;
-    const double changed = length * (1.0 + direction * kErrors * size / length);
-    const bool isUsual = length >= safe && std::isfinite(longest * longest);
-    if (!isUsual && kind == Estimate::high) {
-      return 2.0 * most + 1.0;
-    }
-    sum +=
-        isUsual ? estimateParts(triangle, size, changed, most) : countParts(triangle, length, most);
+    double copies = 1.0;
+    const SizedTriangle similar = smallestSimilar(cornersOf(mesh, t, {longest}), longest, copies);
+    division.divide(similar, noNumber, [&](const SizedTriangle&) {
+      sum += copies;
+      return sum <= most;
+    });
+  }
+  return sum;
+}
+
+double leastRefined(const MeshView& mesh, double longest) {
+  assert(longest > 0.0);
+  double sum = 0.0;
+  for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
+    sum += leastParts(cornersOf(mesh, t, {longest}), longest);
   }
   return sum;
 }
