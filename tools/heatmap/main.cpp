@@ -48,12 +48,22 @@ void select(const Options& options, Regions& regions, Stages& stages) {
   regions.finish();
   requireNoOverlap(regions.surface(), regions.all());
   requirePrescribedComponents(regions);
+  checkDegenerate(regions.surface(), !options.hasEdge, stages);
   warnOfComponents(regions, stages);
   stages.end(counts(regions.surface()));
   for (const Region& region : regions.all()) {
     std::printf("          %-9s %s: %s\n", text(region.value).c_str(), region.rule.text.c_str(),
                 region.what.c_str());
   }
+}
+
+// By how much the six digits of the values in the file may be off, in the unit of the field. That
+// they keep off the ends of the ramp counts too.
+double textErrorOf(const Options& options) {
+  constexpr double kRounding = 5.1e-7;  // of the range of the colours
+  const auto [low, high] = spanOf(options);
+  const bool hasRange = !options.range.empty();
+  return kRounding * (hasRange ? options.range[1] - options.range[0] : high - low);
 }
 
 Legend legendOf(const Options& options, const Solution& solution) {
@@ -69,11 +79,17 @@ Legend legendOf(const Options& options, const Solution& solution) {
           solution.mesh.origin};
 }
 
-// In the unit of the field.
-double toleranceOf(const Options& options) {
+// In the unit of the field, with the error that text adds to what is solved.
+Allowance allowanceOf(const Options& options) {
   const auto [low, high] = spanOf(options);
   const auto [size, isShare] = options.tolerance;
-  return isShare ? size * (high - low) : size;
+  const Allowance allowance{isShare ? size * (high - low) : size, textErrorOf(options)};
+  if (!(allowance.tolerance > allowance.textError)) {
+    throw UsageError("--within asks for " + shortText(allowance.tolerance) +
+                     ", and the six digits of the values in the file may be off by " +
+                     errorText(allowance.textError) + ": give a larger tolerance");
+  }
+  return allowance;
 }
 
 // The exact field is nowhere below the lowest value or above the highest. What rounding and the
@@ -117,6 +133,8 @@ void run(const Options& options) {
   if (!options.listsFaces) {
     requireUsable(destination, options.part);
   }
+  const Allowance allowance =
+      options.hasEdge || options.listsFaces ? Allowance{} : allowanceOf(options);
   const std::string viewer = options.hasPage ? readViewer(assetPath("viewer.html")) : "";
   watchForInterrupt();
   Stages stages;
@@ -125,7 +143,7 @@ void run(const Options& options) {
   stopIfInterrupted();
   stages.begin("faces");
   const Faces faces(part);
-  stages.end(std::to_string(faces.count()) + " faces");
+  stages.end(counted(faces.count(), "face"));
   if (options.listsFaces) {
     std::fputs(listOf(part, faces).c_str(), stdout);
     return;
@@ -133,9 +151,9 @@ void run(const Options& options) {
   Regions regions(part, faces);
   select(options, regions, stages);
   stopIfInterrupted();
-  Solution solution =
-      options.hasEdge ? solveOnEdges(regions, options.edgeLength, stages)
-                      : solveWithin(regions, toleranceOf(options), options.triangleLimit, stages);
+  Solution solution = options.hasEdge
+                          ? solveOnEdges(regions, options.edgeLength, stages)
+                          : solveWithin(regions, allowance, options.triangleLimit, stages);
   stopIfInterrupted();
   write(options, destination, solution, viewer, stages);
 }

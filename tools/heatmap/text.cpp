@@ -39,9 +39,13 @@ std::string errorText(double error) {
   return shortText(std::ceil(error / step - kRounding) * step, 2);
 }
 
+std::string counted(std::int32_t count, const char* noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 std::string counts(const Surface& surface) {
   return std::to_string(surface.vertexCount()) + " vertices, " +
-         std::to_string(surface.triangleCount()) + " triangles";
+         counted(surface.triangleCount(), "triangle");
 }
 
 std::string placeText(const Surface& surface, quor::Vec3 point) {

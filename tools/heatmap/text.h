@@ -19,6 +19,9 @@ std::string shortText(double value, int digits = 4);
 // An error with two significant digits, rounded up: "0.32".
 std::string errorText(double error);
 
+// "1 face", "2 faces": a noun whose plural ends in s.
+std::string counted(std::int32_t count, const char* noun);
+
 // "8 vertices, 12 triangles"
 std::string counts(const Surface& surface);
 

@@ -240,7 +240,7 @@ class Overlaps(Rules):
 class Components(Rules):
     def test_components_without_a_value(self):
         self.write("two.obj", obj_text(*merged(BOX, box_mesh((12, 0, 0), (13, 1, 1)))))
-        self.refuses(1, r"the connected component at \(12, 0, 0\), has no prescribed value: prescribe one there "
+        self.refuses(1, r"the connected component at \(12, 0, 0\) has no prescribed value: prescribe one there "
                      r"\(--hot face:X,Y,Z\), keep the largest component only \(--largest\), or close gaps", "two.obj",
                      "--out", "o", "--hot", "face:5,4,0", "--cold", "face:0,4,2")
         self.assertEqual(self.solve("two.obj", "--largest", "--edge", "none").stderr, "")

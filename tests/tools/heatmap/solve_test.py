@@ -51,6 +51,29 @@ class Within(Case):
             self.assertGreaterEqual(said, result.json["error"])
             self.assertLess(said, 1.1 * result.json["error"])
 
+    def test_the_error_is_that_of_the_file(self):
+        """A field that is linear on each triangle is solved exactly, but its values have six digits as text."""
+        arguments = ("box.obj", "--hot", "x+=1", "--cold", "x-=0")
+        for more, span in [([], 1), (["--range", "-50", "50"], 100)]:
+            result = self.solve(*arguments, *more)
+            self.assertGreaterEqual(result.json["error"], 5e-7 * span)
+            self.assertLess(result.json["error"], 6e-7 * span)
+        self.refuses_at_once(2, "--within asks for 5e-05, and the six digits of the values in the file may be off by 5.1e-05: "
+                             "give a larger tolerance", *arguments, "--out", "o", "--range", "-50", "50", "--within", "5e-5")
+
+    def test_degenerate_triangles_that_must_stay(self):
+        """Three triangles at one edge, one of them without height: dropping it would open a crack."""
+        self.write("fan.obj", obj_text([(4, 1e-6, 0), (3, 0, 0), (3, 1e-6, 0), (4, 0, 0), (4, 2e-6, 0)],
+                                       [(0, 4, 3), (3, 4, 1), (4, 3, 2), (2, 3, 1)]))
+        arguments = ("fan.obj", "--tolerance", "0", "--hot", "edge:3,0,0", "--cold", "edge:4,1e-6,0", "--out", "o")
+        left = r"cleaning left 1 degenerate triangle, the first at \(4, 1e-06, 0\), because .* crack"
+        self.refuses(1, left + ", and with them no error can be estimated: repair the part there, .* larger --tolerance",
+                     *arguments)
+        done = self.run_heatmap(*arguments, "--edge", "none")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertRegex(done.stderr.decode(), f"warning: {left}; the field near them may be wrong: repair the part there")
+        self.assertRegex(done.stdout.decode(), "clean +dropped 1 degenerate triangle ")
+
     def test_values_are_whole_and_inside_their_range(self):
         result = self.solve(BRACKET, "--hot", "x+", "--cold", "face:0,25,30", "--within", "2%")
         text = (self.work / "out/heatmap.json").read_text()

@@ -108,7 +108,7 @@ void warnOfLoss(const Surface& soup, const std::vector<std::int32_t>& map, doubl
   if (lost > kLostArea * area) {
     stages.warn("welding points nearer than " + shortText(tolerance) + " (--tolerance) took " +
                 shortText(100.0 * lost / area, 2) + " % of the area away, " +
-                std::to_string(count) + " triangles, the first at " +
+                counted(count, "triangle") + ", the first at " +
                 placeText(soup, centerOf(soup, first)) +
                 ": give a smaller --tolerance unless these details may go");
   }
@@ -126,17 +126,19 @@ Surface weld(const Surface& soup, double tolerance, Stages& stages) {
   return {std::move(welded.vertices), std::move(welded.triangles), soup.origin};
 }
 
-// Returns what went, in words.
+// Returns what went, in words. What could not go is warned of where the regions are complete, which
+// may cut more.
 std::string clean(Surface& surface) {
   const std::int32_t degenerate =
       quor::kit::check(surface.vertices, surface.triangles).flatTriangles.count;
-  surface = copyOf(quor::kit::clean(surface.vertices, surface.triangles), surface.origin);
+  const quor::kit::Mesh cleaned = quor::kit::clean(surface.vertices, surface.triangles);
+  surface = copyOf(cleaned, surface.origin);
   if (surface.triangles.empty()) {
     throw std::runtime_error(
         "no triangle of the part has an area: its points lie on one line, or are too near to each "
         "other for their distance from the origin; export it again");
   }
-  return "dropped " + std::to_string(degenerate) + " degenerate triangles";
+  return "dropped " + counted(degenerate - cleaned.degenerateCount(), "degenerate triangle");
 }
 
 }  // namespace
@@ -160,9 +162,8 @@ Surface preparePart(const std::filesystem::path& file, std::optional<double> tol
   stages.begin("clean");
   const std::int32_t smaller = keepsLargest ? keepLargestComponent(surface) : 0;
   const std::string dropped = clean(surface);
-  stages.end(dropped + (keepsLargest
-                            ? ", " + std::to_string(smaller) + " triangles of smaller components"
-                            : ""));
+  stages.end(dropped +
+             (keepsLargest ? ", " + counted(smaller, "triangle") + " of smaller components" : ""));
   return surface;
 }
 

@@ -22,14 +22,15 @@ using KitFaces = std::unique_ptr<const QuorkitFaces, Free>;
 
 KitFaces find(const Surface& part) {
   const QuorkitFaces* faces = nullptr;
+  QuorkitError error{};
   const QuorkitStatus status =
       quorkitFaces(part.vertexCount(), part.vertices.data(), part.triangleCount(),
-                   part.triangles.data(), kSharp, &faces);
+                   part.triangles.data(), kSharp, &faces, &error);
   if (status == QUORKIT_OUT_OF_MEMORY) {
     throw std::bad_alloc();
   }
   if (status != QUORKIT_DONE) {
-    throw std::runtime_error(quorkitStatusText(status));
+    throw std::runtime_error(error.text);
   }
   return KitFaces(faces);
 }

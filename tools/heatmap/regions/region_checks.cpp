@@ -2,6 +2,7 @@
 
 #include "part/components.h"
 #include "part/contact.h"
+#include "part/geometry.h"
 #include "text.h"
 
 #include <quorkit.hpp>
@@ -54,7 +55,7 @@ void requirePrescribedComponents(const Regions& regions) {
   const std::string what =
       (open.count == 1 ? "the connected component at "
                        : std::to_string(open.count) + " connected components, the first at ") +
-      placeText(surface, surface.point(open.first)) + (open.count == 1 ? ", has" : ", have") +
+      placeText(surface, surface.point(open.first)) + (open.count == 1 ? " has" : ", have") +
       " no prescribed value: ";
   const std::vector<std::int32_t> component = componentsOf(surface);
   const std::optional<Contact> contact = contactOf(surface, component);
@@ -68,6 +69,23 @@ void requirePrescribedComponents(const Regions& regions) {
       what +
       "prescribe one there (--hot face:X,Y,Z), keep the largest component only "
       "(--largest), or close gaps with a larger --tolerance");
+}
+
+void checkDegenerate(const Surface& surface, bool isErrorEstimated, Stages& stages) {
+  const QuorkitFinding left = quor::kit::check(surface.vertices, surface.triangles).flatTriangles;
+  if (left.count == 0) {
+    return;
+  }
+  const std::string what = "cleaning left " + counted(left.count, "degenerate triangle") +
+                           ", the first at " + placeText(surface, centerOf(surface, left.first)) +
+                           ", because dropping more would open a crack";
+  constexpr const char* const kRemedy =
+      "repair the part there, or weld it away with a larger --tolerance";
+  if (isErrorEstimated) {
+    throw std::runtime_error(what + ", and with them no error can be estimated: " + kRemedy +
+                             "; --edge none solves without an estimate");
+  }
+  stages.warn(what + "; the field near them may be wrong: " + kRemedy);
 }
 
 void warnOfComponents(const Regions& regions, Stages& stages) {

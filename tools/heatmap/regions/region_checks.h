@@ -10,6 +10,10 @@ namespace heatmap {
 // prescribed value: its field would be anything.
 void requirePrescribedComponents(const Regions& regions);
 
+// Degenerate triangles that cleaning had to leave: throws std::runtime_error if an error is to be
+// estimated, which such triangles do not allow, and warns otherwise.
+void checkDegenerate(const Surface& surface, bool isErrorEstimated, Stages& stages);
+
 // Warns of components with a single value, whose field is constant, and of components that touch
 // without a common vertex, so that no heat passes between them.
 void warnOfComponents(const Regions& regions, Stages& stages);

@@ -29,12 +29,19 @@ struct Solution {
 //   length  nothing to solve on the triangles as they are
 Solution solveOnEdges(const Regions& regions, std::optional<double> length, Stages& stages);
 
+// How far the written field may be from the exact one, and what writing alone may take of that; in
+// the unit of the field.
+struct Allowance {
+  double tolerance = 0.0;
+  double textError = 0.0;
+};
+
 // Refines until the field is within the tolerance of the exact one, by the kit's estimate. Shows
 // each step, and warns where that is not promised or not reached. Throws likewise.
 //
-//   tolerance      in the unit of the field, above 0
+//   allowance      its tolerance is above its textError, which the solution's error includes
 //   triangleLimit  1 or more; the mesh has no more triangles than that, or than the part
-Solution solveWithin(const Regions& regions, double tolerance, std::int32_t triangleLimit,
+Solution solveWithin(const Regions& regions, const Allowance& allowance, std::int32_t triangleLimit,
                      Stages& stages);
 
 }  // namespace heatmap

@@ -58,8 +58,8 @@ class Problem {
       return isInterrupted() ? 1 : 0;
     };
     const QuorkitSolution* solution = nullptr;
-    switch (const QuorkitStatus status =
-                quorkitSolveWithin(&problem_, progress, &stages, &solution)) {
+    QuorkitError error{};
+    switch (quorkitSolveWithin(&problem_, progress, &stages, &solution, &error)) {
       case QUORKIT_DONE:
         return KitSolution(solution);
       case QUORKIT_CANCELLED:
@@ -67,9 +67,9 @@ class Problem {
       case QUORKIT_OUT_OF_MEMORY:
         throw std::bad_alloc();
       case QUORKIT_TOO_LARGE:
-        throw std::length_error(quorkitStatusText(status));
+        throw std::length_error(error.text);
       default:
-        throw std::runtime_error(std::string("solving failed: ") + quorkitStatusText(status));
+        throw std::runtime_error(std::string("solving failed: ") + error.text);
     }
   }
 
@@ -92,7 +92,7 @@ std::string describeJumps(const Surface& surface, const QuorkitSolution& solutio
 
 }  // namespace
 
-Solution solveWithin(const Regions& regions, double tolerance, std::int32_t triangleLimit,
+Solution solveWithin(const Regions& regions, const Allowance& allowance, std::int32_t triangleLimit,
                      Stages& stages) {
   const Surface& surface = regions.surface();
   if (surface.triangleCount() > kManyTriangles) {
@@ -101,7 +101,8 @@ Solution solveWithin(const Regions& regions, double tolerance, std::int32_t tria
                 "least, for minutes and gigabytes: --edge none solves on them as they are");
   }
   stages.begin("solve");
-  const KitSolution solved = Problem(regions, tolerance, triangleLimit).solve(stages);
+  const KitSolution solved =
+      Problem(regions, allowance.tolerance - allowance.textError, triangleLimit).solve(stages);
   if (solved->outcome != QUORKIT_SOLVED) {
     throw std::runtime_error(
         "the equations have no finite solution: the part has triangles of almost no area. Weld "
@@ -115,19 +116,19 @@ Solution solveWithin(const Regions& regions, double tolerance, std::int32_t tria
                                  solved->triangles + 3 * toSize(solved->triangleCount));
   solution.mesh.origin = surface.origin;
   solution.field.assign(solved->field, solved->field + toSize(solved->vertexCount));
-  solution.error = solved->error;
+  solution.error = solved->error + allowance.textError;
   solution.errorExcept = describeJumps(surface, *solved);
   if (!solution.errorExcept.empty()) {
     stages.warn("nothing is promised " + solution.errorExcept +
                 ": no continuous field has both values there; keep the regions apart");
   }
   if (solved->isReached == 0) {
-    stages.warn("the error is " + errorText(solved->error) + ", not within " +
-                shortText(tolerance, 2) + ": a finer mesh would have more than " +
+    stages.warn("the error is " + errorText(*solution.error) + ", not within " +
+                shortText(allowance.tolerance, 2) + ": a finer mesh would have more than " +
                 std::to_string(triangleLimit) +
                 " triangles. Give a larger --within or --triangle-limit, or larger regions");
   }
-  stages.end(counts(solution.mesh) + ", in " + std::to_string(solved->rounds) + " rounds");
+  stages.end(counts(solution.mesh) + ", in " + counted(solved->rounds, "round"));
   return solution;
 }
 
