@@ -30,7 +30,7 @@ double longestLeft(const SizedTriangle& c, double longest) {
 double leastParts(const SizedTriangle& c, double longest) {
   constexpr double kTwiceLargest = 0.8660254037844387;  // twice the area of sides of length 1
   const double unit = longestLeft(c, longest);
-  if (!std::isfinite(unit * unit)) {  // no square is larger: nothing is split
+  if (!std::isfinite(longest * longest)) {  // no square is larger: nothing is split
     return 1.0;
   }
   const auto side = [unit](Vec3 p, Vec3 q) {  // quarters do not overflow

@@ -14,7 +14,8 @@ namespace quorkit {
 std::int64_t countRefined(const MeshView& mesh, const EdgeLengths& lengths, std::int64_t most);
 
 /// How many there are at least, found from areas and sides in one look at each triangle: on well
-/// shaped triangles a half to a quarter of what comes out. Sizes are left out.
+/// shaped triangles a half to a quarter of what comes out. Sizes are left out. Where the square of
+/// a few steps of rounding has no place in a double, it is what there would be if it had.
 /// @param longest  finite, above 0
 double leastRefined(const MeshView& mesh, double longest);
 
