@@ -1,55 +1,67 @@
 /*
- * quorkit - the kit beside quor: for raw meshes, and for hosts that cannot catch C++ exceptions.
+ * quorkit - for raw meshes, and for hosts that cannot catch C++ exceptions.
  *
  *   1. weld a triangle soup                      quorkitWeld, quorkitWeldOrigins
- *   2. look what is wrong with a mesh            quorkitCheck, quorkitCheckRegions
- *   3. repair it, make it fine enough            quorkitClean, quorkitRefine, ...Graded, ...To
+ *   2. find what is wrong with a mesh            quorkitCheck, quorkitCheckRegions
+ *   3. repair it, make it fine enough            quorkitClean, quorkitRefine, ...Graded, ...To,
+ *                                                quorkitFlip
  *   4. build a solver, with progress and cancel  quorkitConstruct, quorkitSolverInfo
  *   5. solve for a field, any number of times    quorkitSolve, quorkitSolveMany, quorkitAreas
- *   6. what flows where                          quorkitFlow, quorkitGradients
- *   7. show it                                   quorkitColours, quorkitWrite
+ *   6. or solve within a tolerance, in one call  quorkitSolveWithin
+ *   7. what flows where                          quorkitFlow, quorkitGradients
+ *   8. show it                                   quorkitColours, quorkitWrite
  *
- * The equation is solved on the surface mesh, not in the solid inside it: right for sheet metal and
- * shells, interpolating values over a surface, harmonic weights, smoothing, parametrization, and a
- * first look at a solid.
+ * quorkitFaces finds the faces of bare triangles. quorkitEncodeToSphere and quorkitDecodeFromSphere
+ * carry a label in a direction.
+ *
+ * The equation is Laplace's, or Poisson's, on the surface mesh. The solid inside takes no part.
+ * That suits sheet metal and shells, values interpolated over a surface, harmonic weights,
+ * smoothing and parametrization, and a first look at a solid. It is stationary, without convection.
  *
  * The order of use, on the tessellation of a CAD part:
  *
  *   quorkitWeld -> quorkitClean -> quorkitRefine -> tags -> quorkitCheck -> quorkitConstruct
  *     -> quorkitSolve ... -> quorkitColours or quorkitWrite -> quorkitFreeSolver
  *
- * The shared library quorkit holds all of it; it needs no other, quor neither. This header is valid
- * C99 and C++, includes only <stdint.h>, and is the whole manual. The mathematics of welding,
- * building and solving is told in quor.h and holds here word for word, to the last bit.
+ * or, for one field that keeps a tolerance:
+ *
+ *   quorkitWeld -> quorkitClean -> quorkitSolveWithin -> quorkitWrite -> quorkitFreeSolution
+ *
+ * The shared library quorkit holds all of it and needs no other library, not even quor. This header
+ * is valid C99 and C++, includes only <stdint.h>, and is the whole manual. The rules of welding,
+ * building and solving are in quor.h. They hold here too, to the last bit.
  *
  * ARRAYS. As in quor.h: coordinates are three doubles per vertex, triangles three 0-based vertex
- * indices each, tags and values one entry per vertex. All of them are in the caller's order,
- * everywhere. Inputs are only read, during the call. Arrays of a size that the caller cannot know
- * come back in a QuorkitMesh, which the library allocates and quorkitFreeMesh releases.
+ * indices each, tags and values one entry per vertex. All of them are in the caller's order, except
+ * in QuorkitSolverInfo. The library reads inputs only during the call. Where the caller cannot know
+ * a size, the library allocates the result, such as a QuorkitMesh, and a function such as
+ * quorkitFreeMesh releases it. An output must not overlap another array unless the function says
+ * that it may.
  *
- * WHAT IS CHECKED. Everything that can be: null pointers, negative counts, corner indices outside
- * the mesh, numbers without a meaning. An array of no entries may be null. Undefined behaviour: an
- * array that is too short, an address that no function gave, anything used after it was freed.
+ * WHAT IS CHECKED. Null pointers, negative counts, corner indices outside the mesh, and numbers
+ * without a meaning are refused. An array of no entries may be null. Three faults are undefined
+ * behaviour: an array that is too short, an address that no function gave, and anything used after
+ * it was freed.
  *
- * FAILURE. Every function that can fail returns a status, and writes more to the QuorkitError that
- * is its last argument: which argument, which entry, or which file. Nothing is thrown, whatever
- * happens, and no memory is kept. Unless the status is QUORKIT_DONE no output is written, with two
- * exceptions: quorkitWeld and quorkitSolve may leave their arrays partly written when out of
- * memory, and pointers to what could not be made are null after every failure but a null address.
+ * FAILURE. Every function that can fail returns a status. It names the argument and the entry, or
+ * the file, in the QuorkitError that is its last argument. It throws nothing and keeps no memory.
+ * On failure it writes no output, with two exceptions. When out of memory, quorkitWeld,
+ * quorkitWeldOrigins and quorkitSolve may leave their arrays partly written. And a pointer to what
+ * could not be made is set to null, unless its own address is null.
  *
  * THREADS. No function starts a thread, takes a lock or keeps global state, and every one of them
- * runs on a 128 KB stack. Calls on different data run at the same time freely. On one solver any
- * number of quorkitSolverInfo, quorkitSolve and quorkitSolveMany may overlap, each with output
- * arrays of its own; quorkitFreeSolver must not overlap any of them. Same input, same bits out, on
- * one machine.
+ * runs on a 128 KB stack. Calls on different data may overlap freely. On one solver any number of
+ * quorkitSolverInfo, quorkitSolve and quorkitSolveMany may overlap, each with its own output
+ * arrays. quorkitFreeSolver must not overlap any of them. The same input gives the same bits on
+ * every platform that docs/platforms.md lists.
  */
 #ifndef QUORKIT_H
 #define QUORKIT_H
 
 #include <stdint.h>
 
-/* The version of this header, by which #if can choose; always that of quor.h beside it. What may
-   change, and when, is promised in docs/installing.md. */
+/* The version of this header, for #if. It is always that of quor.h. docs/installing.md says what
+   may change, and when. */
 #define QUORKIT_VERSION_MAJOR 0
 #define QUORKIT_VERSION_MINOR 1
 #define QUORKIT_VERSION_PATCH 0
@@ -80,9 +92,9 @@ enum {
   QUORKIT_DONE = 0,
   QUORKIT_BAD_ARGUMENT = 1,  /* an argument is not what the function asks for                    */
   QUORKIT_OUT_OF_MEMORY = 2, /* out of memory                                                    */
-  QUORKIT_TOO_LARGE = 3,     /* the result has no place in 32-bit indices                        */
+  QUORKIT_TOO_LARGE = 3,     /* the result does not fit 32-bit indices                           */
   QUORKIT_FILE = 4,          /* a file cannot be read or written, or the disk is full            */
-  QUORKIT_CANCELLED = 5,     /* the progress function said so                                    */
+  QUORKIT_CANCELLED = 5,     /* the progress callback cancelled                                  */
   QUORKIT_INTERNAL = 6       /* a fault of the library: please report it                         */
 };
 
@@ -101,9 +113,9 @@ enum {
 };
 
 /*
- * Why a call failed. Every function that can fail takes the address of one as its last argument,
- * and writes it unless the status is QUORKIT_DONE; null if nobody reads it. In C++ the argument may
- * be left out. It belongs to the caller and holds nothing to be released.
+ * Why a call failed. Every function that can fail takes the address of one as its last argument. It
+ * writes there unless the status is QUORKIT_DONE. The address may be null; in C++ the argument may
+ * be left out. The error belongs to the caller and holds nothing to be released.
  *
  *   status    what the function returned
  *   reason    of QUORKIT_BAD_ARGUMENT: what is wrong, from the list above; else 0
@@ -127,10 +139,10 @@ typedef struct QuorkitError {
 } QuorkitError;
 
 /*
- * quorWeld: merges points closer than a tolerance, exactly and along chains, and drops collapsed
- * and repeated triangles. Arguments, rule and results are told there; in place is as fine. Bad
- * arguments are also null arrays and count pointers, and a corner index outside 0 .. pointCount-1.
- * After QUORKIT_OUT_OF_MEMORY both counts are 0 and the arrays may be partly written.
+ * Merges points closer than a tolerance, exactly and along chains, and drops collapsed and repeated
+ * triangles. Rule, arguments, results and aliasing are those of quorWeld in quor.h. Bad arguments
+ * are also null arrays and count pointers, and a corner index outside 0 .. pointCount-1. After
+ * QUORKIT_OUT_OF_MEMORY both counts are 0 and the arrays may be partly written.
  */
 QUORKIT_API QuorkitStatus quorkitWeld(int32_t pointCount, const double* points,
                                       int32_t triangleCount, const int32_t* triangles,
@@ -188,12 +200,12 @@ typedef struct QuorkitReport {
 } QuorkitReport;
 
 /*
- * Looks at a mesh and its tags, whatever they hold, and reports what quorkitConstruct would refuse
- * or what would spoil a field:
+ * Checks a mesh and its tags, whatever they hold. It reports what quorkitConstruct would refuse and
+ * what would spoil a field:
  *
- *   cornersOutOfRange, repeatedCorners, unusedVertices  refused. quorkitClean mends the latter two.
- *   notFinite, flatTriangles  the field is NaN or meaningless. quorkitClean mends flat triangles.
- *   unprescribedPieces        the field of the piece is meaningless: nothing says what it is.
+ *   cornersOutOfRange, repeatedCorners, unusedVertices  refused. quorkitClean fixes the latter two.
+ *   notFinite, flatTriangles  the field is NaN or meaningless. quorkitClean removes the latter.
+ *   unprescribedPieces        its field is meaningless: nothing says what it is.
  *   needles                   slow to converge, not wrong. Refining shortens their long sides.
  *
  *   negativeWeights, obtuseBorders  the field may leave the range of the prescribed values near
@@ -204,14 +216,15 @@ typedef struct QuorkitReport {
  * The weight of an edge is half the sum of the cotangents of the angles opposite to it, in its
  * triangles that are sound. A weight above -1e-9 counts as rounding. An edge is reported by its
  * triangle of lowest index. Vertices are joined if they are the ends of an edge. Here all
- * prescribed vertices are one region, so touchingRegions is always 0; quorkitCheckRegions tells
- * regions apart.
+ * prescribed vertices are one region, so touchingRegions is always 0. quorkitCheckRegions takes
+ * several regions.
  *
- * A triangle is looked at in this order and counted once: corners out of range, repeated corners, a
- * corner that is not finite (counted as the vertex), flat, needle. Its height is the one over its
- * longest side; flat is 2 * area <= 1e-6 * side^2, a needle 2 * area < 1e-3 * side^2. All
- * triangles with three different corners in range make pieces, flat ones too. A piece is reported
- * by its vertex of lowest index. Memory: about 30 bytes per vertex.
+ * A triangle is counted once, as the first of these that applies: corners out of range, repeated
+ * corners, corner not finite, flat, needle. Of a corner that is not finite the vertex is counted.
+ * Its height is the one over its longest side. Flat is 2 * area <= 1e-6 * side^2, and a needle is 2
+ * * area < 1e-3 * side^2. Connected components, here called pieces, are made of all triangles with
+ * three different corners in range, also flat ones. A component is reported by its vertex of lowest
+ * index. Memory: about 30 bytes per vertex.
  *
  *   n, vertices   0 or more; 3n coordinates
  *   m, triangles  0 or more; 3m vertex indices, any numbers
@@ -234,7 +247,7 @@ QUORKIT_API QuorkitStatus quorkitCheck(int32_t n, const double* vertices, int32_
  * flow depend on the mesh. Or they are apart, and no vertex lies between them: then the mesh is too
  * coarse there.
  *
- * To tell the two apart, refine near these vertices and check again: regions that touch still do.
+ * To distinguish the two, refine near these vertices and check again: regions that touch still do.
  * Two joined vertices with equal values count as vertices of one region, whatever their numbers.
  *
  *   n, vertices   0 or more; 3n coordinates
@@ -275,15 +288,15 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
  * A degenerate triangle is no loss, but its neighbours meet through it. So degenerate triangles are
  * removed one at a time, always the one with the longest side that can be, in one of two ways:
  *
- *   - If its shortest side is at most a millionth of its longest side, the ends of the shortest
- *     side become one vertex, the one of lower index. Triangles with both of them vanish. Each of
- *     these is degenerate, or has no side longer than 1e-5 of the longest side.
+ *   - If its shortest side is at most a millionth of its longest side, that side is contracted to
+ *     its end of lower index. Triangles with that side vanish. Each of these is degenerate, or has
+ *     no side longer than 1e-5 of the longest side.
  *   - Otherwise, or if that is not allowed, its middle corner lies on its longest side. Each
  *     triangle across that side is split there into two with the same origin. Nothing moves. Each
  *     part has an area, or all its sides are shorter than the one that is split.
  *
- * Neither is allowed to take the area of another triangle that stays, or to turn it by more than 60
- * degrees from the input triangle that it is part of.
+ * Neither may take the area of another triangle that stays. Neither may turn such a triangle by
+ * more than 60 degrees from the input triangle that it is part of.
  *
  * On any input:
  *
@@ -302,8 +315,8 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
  *   meshOut       out  the mesh, to be released with quorkitFreeMesh; not null
  *
- * In the mesh, both vertexOrigins of vertex v are the input vertex that it was; vertexMap leads the
- * other way, and vertices that became one map to the same. To carry tags along:
+ * In the mesh, both vertexOrigins of a vertex are the input vertex that it was. In vertexMap, which
+ * leads the other way, vertices that became one have equal entries. To carry tags along:
  *
  *   for (i = 0; i < n; ++i) if (map[i] >= 0 && tags[i] != 0) newTags[map[i]] = tags[i];
  */
@@ -312,18 +325,18 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
                                        QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
- * Splits a mesh until no edge is longer than a length, and stays the surface it was. What a CAD
- * host draws has no vertices inside flat faces, only long slivers: linear elements on that are
- * wrong by several per cent of the field, whatever the solver. A thirty-second part of the
- * part's diagonal (QuorkitReport) is a length to begin with.
+ * Splits a mesh until no edge is longer than a length. The surface does not change. A CAD
+ * tessellation has no vertices inside flat faces, only long slivers. Linear elements on it are
+ * wrong by several per cent of the field, whatever the solver. A thirty-second of the part's
+ * diagonal (QuorkitReport) is a length to begin with.
  *
  * Every edge longer than the length is split at its midpoint, and so on until none is left. Longer
  * means, in double, dx*dx + dy*dy + dz*dz > s*s. Here s is the length, or sixteen rounding steps if
  * they are more: 16 * 2^-52 times the largest absolute coordinate of both ends. The midpoint of x
  * and y is 0.5*x + 0.5*y. An edge whose midpoint is one of its ends is left as well.
  *
- * Whether an edge is split depends on its two ends alone, so all its triangles, one, two or more,
- * split it alike: the mesh has no hanging vertices unless the input had some.
+ * Whether an edge is split depends only on its two ends, so all its triangles split it alike. The
+ * mesh has no hanging vertices unless the input had some.
  *
  * With p, q and r on the midpoints of ab, bc and ca, triangle abc becomes, in this order,
  *
@@ -342,8 +355,8 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  *   longestEdge   the length, finite and above 0
  *   meshOut       out  the mesh, to be released with quorkitFreeMesh; not null
  *
- * In the mesh, the two vertexOrigins of vertex v are the two vertices whose midpoint it is, in the
- * mesh's own numbers, both below v and the lower one first; of an input vertex both are v itself.
+ * In the mesh, the two vertexOrigins of vertex v are the vertices whose midpoint it is. They are in
+ * the mesh's own numbers, both below v, the lower one first. Of an input vertex both are v itself.
  * vertexMap is null. Tags by face are best: give each triangle the tag of its origin, and each
  * vertex those of its triangles,
  *
@@ -354,12 +367,14 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  * A midpoint of two prescribed vertices need not be prescribed: its edge may cross a free face.
  * Triangles of the same three vertices, of which quorkitWeld leaves one, are split alike too.
  *
- * QUORKIT_TOO_LARGE if there would be more than 238,609,294 triangles, the most that a solver
- * takes, or more than 2,147,483,647 vertices if every new triangle brought one. That is found out
- * before the splitting starts, without memory and most often at once, from the triangles' sides;
- * only near the limit, and of needles, are triangles counted one by one: for up to ten seconds.
+ * Returns QUORKIT_TOO_LARGE for more than 238,609,294 triangles, the most that a solver takes. It
+ * also does so if there would be more than 2,147,483,647 vertices, counting one for each new
+ * triangle. The refusal comes before the splitting, without memory, and mostly at once, from the
+ * lengths of the sides. Near the limit and for needles it counts triangles one by one, for up to
+ * ten seconds.
  *
- * Ten million triangles take a second or two. Memory beside the mesh: 8 to 16 bytes a new vertex.
+ * Ten million triangles take a second or two. Memory, apart from the mesh: 8 to 16 bytes per new
+ * vertex.
  */
 QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32_t m,
                                         const int32_t* triangles, double longestEdge,
@@ -367,14 +382,15 @@ QUORKIT_API QuorkitStatus quorkitRefine(int32_t n, const double* vertices, int32
                                         QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
- * quorkitRefine with shorter edges near some vertices: those where a field bends most. On a surface
- * these are the vertices around which angles add up to more than a full turn, as where a fin meets
- * a plate: there the field has a singular point, and is the more wrong the longer the edges at it.
+ * Refines like quorkitRefine, with shorter edges near vertices where a field bends most. On a
+ * surface these are the vertices around which angles add up to more than a full turn, as where a
+ * fin meets a plate. The field has a singular point there, and its error grows with the edges at
+ * it.
  *
  * Every vertex has a size, an input vertex the lesser of its own and longestEdge. An edge is split
  * if it is longer than the lesser size of its ends, as quorkitRefine compares. The size of its
  * midpoint is the lesser size plus a quarter of the edge's length, but not more than longestEdge.
- * All else is as with quorkitRefine.
+ * Everything else is as in quorkitRefine.
  *
  *   sizes  in  n lengths above 0; infinity where longestEdge will do
  */
@@ -384,13 +400,14 @@ QUORKIT_API QuorkitStatus quorkitRefineGraded(int32_t n, const double* vertices,
                                               QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
- * quorkitRefine to about so many triangles: finds the length, which the mesh tells as longestEdge.
+ * Refines like quorkitRefine to about a number of triangles. It finds the length and returns it as
+ * longestEdge of the mesh.
  *
- * The mesh has never more triangles than wanted, unless the input has, which then comes back as it
- * is (longestEdge is that of the mesh). How near it comes from below depends on the edges: within a
- * few per cent where they have many different lengths; where all are alike, as in a grid, there is
- * no length between all and none, and it may be a quarter of the number. The length is found to a
- * thousandth, from the sides of the triangles, in little time beside that of the splitting.
+ * The result never has more triangles than requested, unless the input has. Then it is the input,
+ * unchanged, with the longest edge of the input as longestEdge. Where edges have many different
+ * lengths the number is met within a few per cent. On a uniform grid every edge splits at once, so
+ * the result may have only a quarter of the requested triangles. The length is found to a
+ * thousandth, from the sides of the triangles, in little time compared with the splitting.
  *
  *   triangleCount  the number wanted, 1 .. 238,609,294
  */
@@ -400,22 +417,23 @@ QUORKIT_API QuorkitStatus quorkitRefineTo(int32_t n, const double* vertices, int
                                           QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
- * Called now and then during quorkitConstruct, on the thread that called it, with the fraction of
- * the work that is done, by predicted operations. First with 0, before the work begins, last with
- * 1, when it is done; in between never with less than before, and at most every five milliseconds.
+ * A progress callback. It is called during quorkitConstruct and quorkitSolveWithin, on the thread
+ * that called them, with the fraction of the predicted operations that is done. The first call has
+ * 0, before the work begins, and the last has 1. The fraction never decreases, and calls are at
+ * least five milliseconds apart.
  *
  * That is often enough to repaint: several times a second with a million triangles, and two or
- * three times with ten million, where copying the mesh and analysing the matrix are steps that
- * report nothing before they are over. The one exception is a mesh of meaningless triangles (flat,
- * not finite) or pieces without a prescribed vertex, for which quorkitCheck is there: should the
- * factorization by blocks meet a pivot of zero, it is done again without reports.
+ * three times with ten million. Copying the mesh and analysing the matrix report nothing before
+ * they are done. One case reports less: if the factorization meets a pivot of zero, it starts again
+ * without reports. Only meshes that quorkitCheck would report do that: with degenerate triangles,
+ * numbers that are not finite, or components without a prescribed vertex.
  *
  *   fraction  0 .. 1
  *   context   what was passed with the function
  *
- * Returns 0 to go on, anything else to cancel. It must return: an exception of its own, or a
- * longjmp, must not leave it. (An exception of C++ that does is caught, and counts as a cancel, if
- * the library was built by the same kind of compiler; else the process ends.)
+ * Returns 0 to go on, anything else to cancel. It must return: neither an exception nor a longjmp
+ * may leave it. If the library was built by the same kind of compiler, a C++ exception that leaves
+ * it is caught and cancels. Otherwise the process ends.
  */
 typedef int32_t (*QuorkitProgress)(double fraction, void* context);
 
@@ -423,8 +441,8 @@ typedef int32_t (*QuorkitProgress)(double fraction, void* context);
 typedef struct QuorkitSolver QuorkitSolver;
 
 /*
- * quorctorTagged: builds a solver for a mesh and factorizes once. Vertices tagged 1, 2 or 3 are
- * prescribed, all others are free.
+ * Builds a solver for a mesh and factorizes once, like quorctorTagged. Vertices tagged 1, 2 or 3
+ * are prescribed, all others are free. The three tags act alike.
  *
  *   n, vertices   1 or more; 3n coordinates
  *   m, triangles  1 or more; 3m vertex indices in 0 .. n-1, of a triangle all different; every
@@ -434,9 +452,10 @@ typedef struct QuorkitSolver QuorkitSolver;
  *   context       handed to progress
  *   solverOut     out  the solver, null unless the status is QUORKIT_DONE; not null
  *
- * The shape of the triangles, and whether every piece has a prescribed vertex, are not looked at:
- * quorkitCheck does. QUORKIT_TOO_LARGE for more than 1,431,655,765 vertices or 238,609,294
- * triangles, and when the ordering or the factor would need more than 2,147,483,647 entries.
+ * Neither the shape of the triangles nor components without a prescribed vertex are checked:
+ * quorkitCheck does that. Returns QUORKIT_TOO_LARGE for more than 1,431,655,765 vertices or
+ * 238,609,294 triangles. It also does so when the ordering or the factor would need more than
+ * 2,147,483,647 entries. The solver refers to none of the arrays.
  */
 QUORKIT_API QuorkitStatus quorkitConstruct(int32_t n, const double* vertices, int32_t m,
                                            const int32_t* triangles, const int32_t* tags,
@@ -444,7 +463,7 @@ QUORKIT_API QuorkitStatus quorkitConstruct(int32_t n, const double* vertices, in
                                            QuorkitSolver** solverOut,
                                            QuorkitError* errorOut QUORKIT_OPTIONAL);
 
-/* What quorkitSolverInfo writes. The arrays belong to the solver. */
+/* What quorkitSolverInfo writes. The arrays belong to the solver, until quorkitFreeSolver. */
 typedef struct QuorkitSolverInfo {
   int32_t vertexCount;
   int32_t triangleCount;
@@ -456,14 +475,14 @@ typedef struct QuorkitSolverInfo {
   const int32_t* order;     /* vertexCount: of each place in solver order the caller's vertex     */
 } QuorkitSolverInfo;
 
-/* Tells what a solver holds; `factorization` is what quorinfo says. Ask once after building. */
+/* Returns what a solver holds. `factorization` is what quorinfo returns: ask once. */
 QUORKIT_API QuorkitStatus quorkitSolverInfo(const QuorkitSolver* solver, QuorkitSolverInfo* infoOut,
                                             QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
- * quorsolveTagged and quorsolvePTagged: the field with the given values at the prescribed vertices,
- * harmonic at the free ones, or with K x = -s there for a source s. A positive source value lowers
- * the field; a density is to be multiplied by quorkitAreas.
+ * Computes the field that has the given values at the prescribed vertices and is harmonic at the
+ * free ones, like quorsolveTagged. With source values s it solves K x = -s there, like
+ * quorsolvePTagged. A positive source value lowers the field. Multiply a density by quorkitAreas.
  *
  *   prescribedValues  in   n values; only those of prescribed vertices are read
  *   sourceValues      in   n values; only those of free vertices are read; null for none
@@ -482,7 +501,7 @@ QUORKIT_API QuorkitStatus quorkitSolve(const QuorkitSolver* solver, const double
  *   columnCount       0 or more
  *   prescribedValues  in   columnCount * n values, column after column; only those of prescribed
  *                          vertices are read
- *   sourceValues      in   columnCount * n values, likewise; only those of free vertices are read;
+ *   sourceValues      in   columnCount * n values; only those of free vertices are read;
  *                          null for none
  *   fieldsOut         out  columnCount * n values; may be either input
  *
@@ -510,9 +529,9 @@ typedef struct QuorkitFaces {
  * Finds the faces and edges of a part in its bare triangles, as its CAD system would call them.
  *
  * Planes come first. Connected triangles within 0.1 degrees of one plane are a plane of the part if
- * nothing goes on smoothly at their border, or if they are 2.5 times as large as whatever does and
- * reach 2.5 times as far. Everything else is curved: triangles that share an edge are of one face
- * if their normals differ by less than the angle. So fillets do not join a whole part.
+ * no neighbour continues them smoothly. They are one too if they have 2.5 times the area and 2.5
+ * times the extent of all that do. Everything else is curved: triangles that share an edge are of
+ * one face if their normals differ by less than the angle. So fillets do not join a whole part.
  *
  * An edge between two faces, of one triangle, or of more than two is a feature edge. Feature edges
  * form a chain as long as exactly two meet at a vertex and turn by less than the angle. Faces and
@@ -524,8 +543,8 @@ typedef struct QuorkitFaces {
  *   angle         in degrees, above 0 and below 90; 30 suits most parts
  *   facesOut      out  the faces, to be released with quorkitFreeFaces; not null
  *
- * This is a good guess, not a proof: tessellations do not say where a face ends. Pass the numbers
- * of your CAD system instead where you have them.
+ * This is a good guess, not a proof: tessellations do not say where a face ends. Angles other than
+ * 30 use the platform's cosine. Pass the numbers of your CAD system instead where you have them.
  */
 QUORKIT_API QuorkitStatus quorkitFaces(int32_t n, const double* vertices, int32_t m,
                                        const int32_t* triangles, double angle,
@@ -597,19 +616,18 @@ typedef struct QuorkitSolution {
  *   vertexValues    an edge of the mesh between two vertices with values is prescribed, linearly
  *                   between them
  *
- * A vertex with a value and no such edge has no solution: the field around a single point depends
+ * A vertex with a value and no such edge has no solution. The field around a single point depends
  * on the mesh, however fine it is. The outcome is then QUORKIT_ISOLATED_VERTEX. Borders without
  * values are insulated.
  *
- * Where regions of different values meet, no continuous field exists. The field there is that of
- * the mesh, and nothing is promised within jumpRadius, a hundredth of the diagonal, of the jumps
- * and of the edges along which the regions meet.
+ * Where regions of different values meet, no continuous field exists. The field there depends on
+ * the mesh. No error is promised within jumpRadius, a hundredth of the diagonal, of the jumps and
+ * of the edges along which the regions meet.
  *
- * The error is estimated from two solutions, on the mesh and on a finer one, and is meant to be one
- * to four times the true largest error at any point of the surface. It is not a proof. The
- * equations use the weights of the intrinsic Delaunay triangulation, so the shape of the triangles
- * does not spoil the field, and it never leaves the range of the prescribed values without a
- * source.
+ * The error is estimated from two solutions, on the mesh and on a finer one. The estimate is meant
+ * to be one to four times the largest true error on the surface. It is not a proof. The equations
+ * use the weights of the intrinsic Delaunay triangulation, so the shape of the triangles does not
+ * spoil the field. Without a source the field never leaves the range of the prescribed values.
  *
  *   problem      in   see QuorkitProblem
  *   progress     called now and then, see QuorkitProgress; null for none
@@ -635,9 +653,9 @@ QUORKIT_API void quorkitFreeSolution(const QuorkitSolution* solution);
  * these vertices the one with the largest smallest angle. The surface stays what it is. Long
  * slivers of a CAD tessellation become as well shaped as their vertices allow.
  *
- * An edge is flipped if its two triangles have the same face number, the four corners are within a
- * millionth of their longest distance of one plane, and the angles opposite to the edge add up to
- * more than pi. Edges of one triangle, or of more than two, stay.
+ * An edge is flipped if all of this holds. Its two triangles have the same face number. The four
+ * corners are within a millionth of their longest distance of one plane. The angles opposite to the
+ * edge add up to more than pi. Edges of one triangle, or of more than two, stay.
  *
  *   n, vertices   0 or more; 3n finite coordinates
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1, of a triangle all different
@@ -653,8 +671,8 @@ QUORKIT_API QuorkitStatus quorkitFlip(int32_t n, const double* vertices, int32_t
                                       QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
- * The area that belongs to each vertex: a third of each of its triangles. A source of density f
- * (watts per area, say) is f times this; their sum is the area of the mesh.
+ * Computes the area that belongs to each vertex: a third of each of its triangles. The source value
+ * of a density f, such as watts per area, is f times this. The areas sum to that of the mesh.
  *
  *   n, vertices   0 or more; 3n coordinates; NaN and infinity enter the arithmetic like any value
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
@@ -667,15 +685,15 @@ QUORKIT_API QuorkitStatus quorkitAreas(int32_t n, const double* vertices, int32_
 /*
  * Computes the total flow through each region, such as the heat that a hot face gives off.
  *
- * The flow through vertex v is entry v of K u, where K is the stiffness matrix and u the field: the
- * sum over the edges at v of the edge's weight times (u_v - u_w). It is positive where the region
- * feeds the surface and negative where it drains it. A region's flow is the sum over its vertices.
- * For a sheet of a thickness and a conductivity, multiply the flow by both to get watts.
+ * The flow through vertex v is entry v of K u, where K is the stiffness matrix and u the field.
+ * That is the sum over the edges v-w of the edge's weight times (u_v - u_w). It is positive where
+ * the region feeds the surface and negative where it drains it. A region's flow is the sum over its
+ * vertices. For a sheet of a thickness and a conductivity, multiply the flow by both to get watts.
  *
  * For a field of quorkitSolve, the flows of all prescribed regions sum to the source values of the
- * free vertices, and to 0 without a source. Vertex regions that cover the whole mesh sum to 0. Both
- * hold up to rounding. A flow is more exact than a sum of gradients along the region's border: its
- * error shrinks with the square of the edge length where the field is smooth.
+ * free vertices. Without a source they sum to 0. Vertex regions that cover the whole mesh sum to 0.
+ * Both hold up to rounding. A flow is more exact than a sum of gradients along the region's border.
+ * Where the field is smooth, its error shrinks with the square of the edge length.
  *
  *   n, vertices   0 or more; 3n coordinates, in the range that quor.h gives for quorctorTagged
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1, of a triangle all different
@@ -697,10 +715,10 @@ QUORKIT_API QuorkitStatus quorkitFlow(int32_t n, const double* vertices, int32_t
                                       QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
- * Computes the gradient of a field in each triangle: the vector in the triangle's plane that points
- * to where the field grows fastest, as long as it grows per unit of length. Heat flows against it.
- * The field is linear inside a triangle, so its gradient is constant there. It is first-order exact
- * at most: for the total flow through a region use quorkitFlow.
+ * Computes the gradient of a field in each triangle. It is the vector in the triangle's plane that
+ * points to where the field grows fastest. Its length is the growth per unit of length. Heat flows
+ * against it. The field is linear inside a triangle, so its gradient is constant there. It is
+ * first-order exact at most: for the total flow through a region use quorkitFlow.
  *
  *   n, vertices   0 or more; 3n coordinates
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
@@ -716,9 +734,10 @@ QUORKIT_API QuorkitStatus quorkitGradients(int32_t n, const double* vertices, in
                                            QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
- * A field as colours, for hosts that colour vertices: 256 colours from dark violet (low) to yellow
- * (high), those of the ramp image viridis.PNG that comes with the library. Each is four bytes, red,
- * green, blue and alpha, as a screen shows them (sRGB, not linear); alpha is 255.
+ * Returns a field as colours, for hosts that colour vertices. There are 256 colours from dark
+ * violet (low) to yellow (high), those of the image viridis.PNG that comes with the library. Each
+ * is four bytes, red, green, blue and alpha, as a screen shows them (sRGB, not linear); alpha is
+ * 255.
  *
  *   n, field  0 or more; n values
  *   low    the value of the first colour, finite; what is below has it too
@@ -730,38 +749,39 @@ QUORKIT_API QuorkitStatus quorkitColours(int32_t n, const double* field, double 
                                          uint8_t* rgbaOut, QuorkitError* errorOut QUORKIT_OPTIONAL);
 
 /*
- * Writes a mesh and a field as an OBJ file that viewers show as colours, and its material: the text
- * that wobj writes, with two differences. The material is named without directory, so that viewers
- * find it; and the texture coordinates may keep a margin, and are never NaN.
+ * Writes a mesh and a field as an OBJ file, which viewers show as colours, and its material. The
+ * text is that of wobj with two differences. The material is named without directory, so that
+ * viewers find it. The texture coordinates may keep a margin, and are never NaN.
  *
- * The field is the first texture coordinate u, the largest value at the left end of the ramp (u =
- * 0), the smallest at its right end (u = 1). Viewers that repeat textures, as Blender, VTK and f3d
- * do by default, mix both ends there: with a margin of 0.001 the ends of the field lie a thousandth
- * of its range inside the image, and the colours are right. Where all values are equal u is 0.5.
+ * The field is the first texture coordinate u. The largest value is at the left end of the ramp (u
+ * = 0), the smallest at its right end (u = 1). Blender, VTK and f3d repeat textures by default,
+ * which mixes both ends. With a margin of 0.001 the ends of the field lie a thousandth of its range
+ * inside the image, and the colours are right. Where all values are equal u is 0.5.
  *
  *   n, vertices   1 or more; 3n finite coordinates, in the order of the field
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
  *   field     in  n finite values
  *   path      in  where to write, UTF-8, with or without directories, which exist, and with or
  *                 without ".obj" at its end: `path`.obj and `path`.mtl
- *   ramp      in  path of the ramp image, UTF-8, to be copied beside them as viridis.PNG; null: no
+ *   ramp      in  path of the ramp image, UTF-8, to be copied next to them as viridis.PNG; null: no
  *                 copy. A file that is already there is replaced, unless it is the ramp itself.
  *   margin    fraction of the field's range, 0 .. 1; 0 for none, 0.001 for viewers that repeat
  *
  * Numbers have six significant digits. Coordinates have more, up to 17, where an edge is so short
- * that its ends would coincide. Neither locale nor current directory matters beyond the path. All
- * files are written whole under names of their own and only then renamed, the OBJ last: after
- * QUORKIT_FILE (no such directory, not allowed, disk full, ramp unreadable) the parts are gone, and
- * an OBJ that was there is as it was; a material or ramp may be new if renaming was what failed.
- * Two calls at a time must not write the same path, nor two with a ramp into the same directory.
+ * that its ends would coincide. Neither locale nor current directory matters beyond the path. Each
+ * file is written whole under a temporary name and then renamed, the OBJ last. After QUORKIT_FILE
+ * (no such directory, permission denied, disk full, ramp unreadable) the temporary files are
+ * removed and an older OBJ is unchanged. If the renaming failed, material or ramp may be new. Two
+ * calls at a time must not write the same path, nor two with a ramp into the same directory.
  */
 QUORKIT_API QuorkitStatus quorkitWrite(int32_t n, const double* vertices, int32_t m,
                                        const int32_t* triangles, const double* field,
                                        const char* path, const char* ramp, double margin,
                                        QuorkitError* errorOut QUORKIT_OPTIONAL);
 
-/* encode_integer_to_sphere and decode_integer_from_sphere, as quor.h tells. A null pointer and a
-   value outside -1 .. 65534 are QUORKIT_BAD_ARGUMENT, nothing is written; decoding cannot fail. */
+/* Packs a label into a direction and unpacks it, like encode_integer_to_sphere and
+   decode_integer_from_sphere of quor.h. A null pointer and a value outside -1 .. 65534 are
+   QUORKIT_BAD_ARGUMENT, and nothing is written. Decoding cannot fail. */
 QUORKIT_API QuorkitStatus quorkitEncodeToSphere(int32_t value, float* xOut, float* yOut,
                                                 float* zOut,
                                                 QuorkitError* errorOut QUORKIT_OPTIONAL);
