@@ -18,3 +18,16 @@ function(quor_options target)
     set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
   endif()
 endfunction()
+
+option(QUOR_SANITIZE_TESTS "Let sanitizers watch the tests too, not only the libraries" ON)
+
+# quor_test_options(<target>): the same for a program that tests, whose arithmetic is full of harmless
+# small integers. Tests take longer to compile than to run.
+function(quor_test_options target)
+  quor_options(${target})
+  target_compile_options(${target} PRIVATE -Wno-conversion -Wno-sign-conversion $<$<CONFIG:Release>:-O1>)
+  if(NOT QUOR_SANITIZE_TESTS)
+    target_compile_options(${target} PRIVATE -fno-sanitize=all)
+    target_compile_definitions(${target} PRIVATE QUOR_SANITIZED)
+  endif()
+endfunction()

@@ -19,7 +19,7 @@ static class QuorTest
             RawMeshesAreLookedAtMendedAndRefined, AllLabelsSurviveTheSphere };
         var tests = arguments.Contains("without-library") ? new Action[] { AMissingLibraryIsTold }
             : arguments.Contains("other-library") ? new Action[] { AnotherLibraryIsTold }
-            : own.Concat(SolverTest.All).Concat(FieldTest.All);
+            : own.Concat(SolverTest.All).Concat(FieldTest.All).ToArray();
         foreach (var test in tests)
         {
             try
@@ -32,7 +32,7 @@ static class QuorTest
                 Console.Error.WriteLine($"FAILED {test.Method.Name}: {error}");
             }
         }
-        Console.WriteLine(failures == 0 ? "all C# tests passed" : $"{failures} C# tests failed");
+        Console.WriteLine($"{tests.Length - failures} passed, {failures} failed");
         return failures == 0 ? 0 : 1;
     }
 
