@@ -1,9 +1,4 @@
-# Toolchain for 64-bit Arm; the programs run in QEMU's user mode. CMake runs tests in it by itself.
-set(CMAKE_SYSTEM_NAME Linux)
+# Toolchain for 64-bit Arm.
+set(triple aarch64-linux-gnu)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
-set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
-set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
-set(CMAKE_FIND_ROOT_PATH /usr/aarch64-linux-gnu)
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L /usr/aarch64-linux-gnu)
+include("${CMAKE_CURRENT_LIST_DIR}/emulated_linux.cmake")

@@ -9,19 +9,29 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <cstring>
+#include <type_traits>
 
 using namespace test;
 
 namespace {
+
+/// An unsigned integer of so many bytes.
+template <std::size_t kBytes>
+using Bits = std::conditional_t<kBytes == 1, std::uint8_t,
+                                std::conditional_t<kBytes == 4, std::uint32_t, std::uint64_t>>;
 
 /// FNV-1a, 64 bits.
 class Hash {
  public:
   template <typename Value>
   void add(const Value* values, std::size_t count) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(values);
-    for (std::size_t i = 0; i < count * sizeof(Value); ++i) {
-      value_ = (value_ ^ bytes[i]) * 0x100000001B3U;
+    for (std::size_t i = 0; i < count; ++i) {
+      Bits<sizeof(Value)> bits;
+      std::memcpy(&bits, &values[i], sizeof bits);
+      for (std::size_t byte = 0; byte < sizeof bits; ++byte) {  // the lowest first everywhere
+        value_ = (value_ ^ (std::uint64_t{bits} >> 8 * byte & 0xFFU)) * 0x100000001B3U;
+      }
     }
   }
   template <typename Container>
