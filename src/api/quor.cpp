@@ -9,6 +9,7 @@
 #include "util/integer_on_sphere.h"
 #include "weld/weld.h"
 
+#include <cassert>
 #include <cstddef>
 
 namespace {
@@ -88,6 +89,7 @@ uint32_t quorctorTagged(int32_t n, const double* vertices, int32_t m, const int3
   if (prescribedOut != nullptr) {
     *prescribedOut = construction.prescribedCount;
   }
+  assert((construction.handle != nullptr) == (construction.fault == quor::MeshFault::none));
   *handleOut = construction.handle.release();
   *statusOut = static_cast<StatusCode>(construction.fault);
   return result;

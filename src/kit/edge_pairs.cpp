@@ -1,6 +1,7 @@
 #include "kit/edge_pairs.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 
 namespace quorkit {
@@ -54,6 +55,7 @@ std::vector<std::int32_t> pairSides(const MeshView& mesh) {
         ++last;
       }
       if (last - first == 2 && mesh.triangles[first[0]] == mesh.triangles[nextSide(first[1])]) {
+        assert(first[0] / 3 != first[1] / 3);
         pairs[toSize(first[0])] = first[1];
         pairs[toSize(first[1])] = first[0];
       }

@@ -3,6 +3,7 @@
 #include "kit/measure.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -239,6 +240,7 @@ void ElementSizes::follow(const MeshData& refined) {
   for (; v < sizes_.size(); ++v) {
     const std::int32_t p = refined.vertexOrigins[2 * v];
     const std::int32_t q = refined.vertexOrigins[2 * v + 1];
+    assert(p < q && toSize(q) < v);
     const double edge =
         distance(pointAt(refined.vertices.data(), p), pointAt(refined.vertices.data(), q));
     sizes_[v] = std::min(sizes_[toSize(p)], sizes_[toSize(q)]) + 0.25 * edge;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -188,6 +189,7 @@ class FaceFinder {
     faces_.faceOf.resize(mesh_.triangleCount());
     for (std::int32_t t = 0; t < mesh_.m; ++t) {  // a root is the lowest triangle of its face
       const std::int32_t root = sets.root(t);
+      assert(root <= t);
       faces_.faceOf[toSize(t)] = root == t ? faces_.faceCount++ : faces_.faceOf[toSize(root)];
     }
   }
@@ -231,6 +233,7 @@ class FaceFinder {
     faces_.chainOf.resize(count);
     for (std::int32_t e = 0; e < toIndex(count); ++e) {
       const std::int32_t root = chains.root(e);
+      assert(root <= e);
       faces_.chainOf[toSize(e)] = root == e ? faces_.chainCount++ : faces_.chainOf[toSize(root)];
     }
   }

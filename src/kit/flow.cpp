@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 
 namespace quorkit {
@@ -26,6 +27,7 @@ void flows(const MeshView& mesh, const double* field, const std::int32_t* region
         if (regions[a] == regions[b]) {
           continue;
         }
+        assert(regions[a] < regionCount && regions[b] < regionCount);
         const double flow = elements[t].edge[k] * (field[b] - field[a]);
         if (regions[a] >= 0) {
           flowsOut[regions[a]] += flow;

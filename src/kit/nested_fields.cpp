@@ -6,6 +6,7 @@
 #include "kit/weighted_system.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <utility>
@@ -68,6 +69,7 @@ NestedFields splitNested(const Level& coarse) {
             split.vertexOrigins.begin());
   compose(split.triangleOrigins, coarse.mesh.triangleOrigins);
   nested.fine.values.follow(split, split.triangleOrigins);
+  assert(nested.fine.values.perVertex().size() * 3 == split.vertices.size());
   return nested;
 }
 
@@ -77,6 +79,7 @@ std::vector<double> lessInterpolated(const NestedFields& nested, std::vector<dou
   const std::size_t first = coarse.size();
   coarse.resize(nested.field.size());
   for (std::size_t v = first; v < coarse.size(); ++v) {
+    assert(toSize(origins[2 * v]) < first && toSize(origins[2 * v + 1]) < first);
     coarse[v] = 0.5 * coarse[toSize(origins[2 * v])] + 0.5 * coarse[toSize(origins[2 * v + 1])];
   }
   for (std::size_t v = 0; v < coarse.size(); ++v) {

@@ -1,6 +1,7 @@
-/* What the C++ runtime asks of glibc beyond version 2.17, defined within the library, so that it loads on
-   systems from 2014 on. Compiled in for releases only (QUOR_OLD_GLIBC); none of the names is exported.
-   The runtime is that of g++ 12, linked statically; scripts/test_release looks at what is left to ask. */
+/* What the C++ runtime asks of glibc beyond version 2.17, defined within the library, so that it
+   loads on systems from 2014 on. Compiled in for releases only (QUOR_OLD_GLIBC); none of the names
+   is exported. The runtime is that of g++ 12, linked statically; scripts/test_release looks at what
+   is left to ask. */
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
@@ -15,7 +16,8 @@
 #error "for 64-bit Linux, where the kernel's struct stat is that of the C library"
 #endif
 
-/* "There may be other threads": reference counts are changed atomically, which is right with one thread too. */
+/* "There may be other threads": reference counts are changed atomically, which is right with one
+ * thread too. */
 char __libc_single_threaded = 0;
 
 int stat(const char* path, void* status);

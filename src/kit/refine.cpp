@@ -5,6 +5,7 @@
 #include "kit/refined_count.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -88,6 +89,8 @@ std::optional<MeshData> refineUnlessMore(const MeshView& mesh, const EdgeLengths
     }
   }
   refined.vertexOrigins = midpoints.release();
+  assert(refined.triangles.size() == 3 * refined.triangleOrigins.size());
+  assert(3 * refined.vertexOrigins.size() == 2 * refined.vertices.size());
   refined.longestEdge = longest;
   return refined;
 }

@@ -5,6 +5,7 @@
 #include "kit/refined_count.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -95,6 +96,7 @@ MeshData refineTo(const MeshView& mesh, std::int32_t wanted) {
   // are not split, and as many triangles as it says come out. Should they be more all the same, a
   // longer length has less.
   constexpr double kAbove = 1.0 + 1e-6;
+  assert(wanted > mesh.m);
   double step = kAbove;
   double length = findLength(mesh, extent, wanted) * step;
   while (length <= extent.longestEdge) {

@@ -12,6 +12,7 @@
 #include "util/disjoint_sets.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -182,6 +183,7 @@ class Refinement {
     std::copy(level_.mesh.vertexOrigins.begin(), level_.mesh.vertexOrigins.end(),
               refined->vertexOrigins.begin());
     level_.values.follow(*refined, refined->triangleOrigins);
+    assert(level_.values.perVertex().size() * 3 == refined->vertices.size());
     sizes_.follow(*refined);
     level_.mesh = std::move(*refined);
     flip();

@@ -5,6 +5,7 @@
 #include "kit/measure.h"
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 
 namespace quorkit {
@@ -38,6 +39,8 @@ MeshData splitOnce(const MeshView& mesh) {
     }
   }
   split.vertexOrigins = midpoints.release();
+  assert(split.triangles.size() == 12 * mesh.triangleCount());
+  assert(3 * split.vertexOrigins.size() == 2 * split.vertices.size());
   return split;
 }
 

@@ -4,6 +4,7 @@
 #include "operator/stiffness_assembly.h"
 #include "operator/vertex_partition.h"
 
+#include <cassert>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -31,6 +32,7 @@ Construction constructTagged(std::int32_t n, const double* vertices, std::int32_
                    reorderCoordinates(vertices, partition.callerToSolver),
                    reorderTriangles(m, triangles, partition.callerToSolver), &result.fault,
                    &result.handle, progress);
+  assert((result.handle == nullptr) == (result.fault != MeshFault::none));
   if (result.handle) {
     result.handle->callerToSolver = std::move(partition.callerToSolver);
     result.handle->solverToCaller = std::move(partition.solverToCaller);
@@ -43,6 +45,8 @@ void quogeommallocsur(std::int32_t n, std::uint32_t prescribedCount,
                       std::vector<double> coordinates, std::vector<std::int32_t> triangles,
                       MeshFault* faultOut, std::unique_ptr<SolverHandle>* handleOut,
                       const Progress& progress) {
+  assert(n >= 0 && prescribedCount <= static_cast<std::uint32_t>(n));
+  assert(coordinates.size() == 3 * static_cast<std::size_t>(n) && triangles.size() % 3 == 0);
   auto handle = std::make_unique<SolverHandle>();
   handle->prescribedCount = prescribedCount;
   handle->vertexCount = static_cast<std::uint64_t>(n);

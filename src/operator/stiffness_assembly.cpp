@@ -6,6 +6,7 @@
 #include "util/index.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 
 namespace quor {
@@ -25,6 +26,7 @@ class ColumnAppender {
     const StiffnessColumn::Entry* const first =
         std::lower_bound(column.begin(), column.end(), firstRow_,
                          [](const auto& entry, std::int32_t row) { return entry.row < row; });
+    assert(columns_ < matrix_.cols());
     std::ptrdiff_t next = entries_;
     entries_ += column.end() - first;
     matrix_.data().resize(entries_, 0.5);  // makes room for half as many more, if it has to
@@ -37,6 +39,7 @@ class ColumnAppender {
 
   /// Gives back what room is left, if it is much.
   void finish() {
+    assert(columns_ == matrix_.cols() && entries_ == matrix_.outerIndexPtr()[columns_]);
     if (matrix_.data().allocatedSize() / 16 > entries_ / 15) {
       matrix_.data().squeeze();
     }
@@ -55,6 +58,8 @@ StiffnessBlocks assembleStiffness(std::int32_t n, std::int32_t prescribed,
                                   const std::vector<double>& vertices,
                                   const std::vector<std::int32_t>& triangles,
                                   const Progress& progress) {
+  assert(0 <= prescribed && prescribed <= n && vertices.size() == 3 * toSize(n));
+  assert(triangles.size() % 3 == 0 && triangles.size() / 3 <= std::size_t{0x7FFFFFFF} / 9);
   const VertexTriangles mesh(n, triangles);
   const std::size_t m = triangles.size() / 3;
   // A vector would write zeros into them first.  NOLINTNEXTLINE(modernize-avoid-c-arrays)

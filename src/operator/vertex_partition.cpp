@@ -1,5 +1,6 @@
 #include "operator/vertex_partition.h"
 
+#include <cassert>
 #include <cstddef>
 
 namespace quor {
@@ -19,6 +20,7 @@ VertexPartition partitionVertices(std::int32_t n, const std::int32_t* tags) {
   for (std::int32_t i = 0; i < n; ++i) {
     // A free vertex has `prescribed` vertices and n-1-i yet unseen ones before it.
     const std::int32_t k = isPrescribed(tags[i]) ? prescribed++ : prescribed + (n - 1 - i);
+    assert(0 <= k && k < n);
     partition.callerToSolver[static_cast<std::size_t>(i)] = k;
     partition.solverToCaller[static_cast<std::size_t>(k)] = i;
   }

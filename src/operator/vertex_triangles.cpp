@@ -1,5 +1,7 @@
 #include "operator/vertex_triangles.h"
 
+#include <cassert>
+
 namespace quor {
 
 VertexTriangles::VertexTriangles(std::int32_t n, const std::vector<std::int32_t>& triangles)
@@ -12,6 +14,7 @@ VertexTriangles::VertexTriangles(std::int32_t n, const std::vector<std::int32_t>
     end += start;
     start = end;
   }
+  assert(static_cast<std::size_t>(end) == triangles.size());
   // From the last corner to the first, so that every start ends up where it belongs.
   for (std::size_t corner = triangles.size(); corner-- > 0;) {
     const auto vertex = static_cast<std::size_t>(triangles[corner]);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <functional>
 
@@ -74,6 +75,9 @@ void solveField(const SolverHandle& handle, const double* prescribedValues,
   const std::int32_t* const callerIndex = handle.solverToCaller.data();
   const std::int32_t* const freeCallerIndex = callerIndex + prescribed;
   const std::size_t free = handle.vertexCount - prescribed;
+  assert(handle.solverToCaller.size() == handle.vertexCount && prescribed <= handle.vertexCount);
+  assert(handle.stiffnessFP->rows() == static_cast<Eigen::Index>(free) &&
+         handle.stiffnessFP->cols() == static_cast<Eigen::Index>(prescribed));
   double* const values = room.prescribed;
   double* const x = room.free;
 

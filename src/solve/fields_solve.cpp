@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -30,7 +31,9 @@ class LaneSolve {
         freeCallerIndex_(callerIndex_ + handle.prescribedCount),
         place_(handle.factorFF->permutationP().indices().data()),
         values_(room.prescribed),
-        x_(room.free) {}
+        x_(room.free) {
+    assert(1 <= columns && columns <= kAtOnce);
+  }
 
   void gather(const double* prescribedValues, const double* sourceValues) const {
     for (std::size_t k = 0; k < handle_.prescribedCount; ++k) {
