@@ -217,7 +217,7 @@ std::vector<double> manyPoints(const std::string& shape, int count, Random& rand
 }
 
 TEST(Weld, MatchesAGridOnManyPoints) {
-#if defined(__OPTIMIZE__)
+#if defined(__OPTIMIZE__) && !defined(QUOR_SANITIZED)
   const int count = 100000;
 #else
   const int count = 20000;

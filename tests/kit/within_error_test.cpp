@@ -3,6 +3,7 @@
 
 #include "support/solution.h"
 
+#include <algorithm>
 #include <cmath>
 
 using namespace test;
@@ -10,7 +11,6 @@ using namespace test;
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-using Point = std::array<double, 3>;
 
 /// Triangles around a vertex at the origin, with a rim at distance 1.
 struct Fan {
@@ -147,10 +147,32 @@ TEST(KitWithin, TheTrueErrorIsAtMostTheEstimateAndNearIt) {
       EXPECT_LE(solution->error, solution->tolerance) << known.name;
       EXPECT_LE(error, solution->error) << known.name << " within " << tolerance;
       EXPECT_LE(solution->error, 4.5 * error) << known.name << " within " << tolerance;
-      printf("%s %g: true %g estimate %g eff %g triangles %d rounds %d\n", known.name, tolerance,
-             error, solution->error, solution->error / error, solution->triangleCount,
-             solution->rounds);
     }
+  }
+}
+
+TEST(KitWithin, TheEstimateIsNearTheErrorBetweenTwoCircles) {
+  // log(r) between two circles; a polygon of many corners is nearly one.
+  const int corners = 720;
+  Prescribed prescribed;
+  prescribed.mesh = ring(corners, 1, 20);
+  // Only edges of the two circles: those between them stay free.
+  for (int circle = 0; circle < 2; ++circle) {
+    for (int i = 0; i < corners; ++i) {
+      prescribed.prescribeEdge(circle * corners + i, circle * corners + (i + 1) % corners, circle);
+    }
+  }
+  for (const double tolerance : {0.02, 0.005}) {
+    prescribed.tolerance = tolerance;
+    const Solution s = solveWithin(prescribed);
+    ASSERT_EQ(s->outcome, QUORKIT_SOLVED);
+    EXPECT_EQ(s->isReached, 1);
+    EXPECT_LE(s->error, tolerance);
+    const double error = trueError(*s, [](const Point& p) {
+      return std::clamp(std::log(std::hypot(p[0], p[1])) / std::log(20.0), 0.0, 1.0);
+    });
+    EXPECT_LE(error, s->error) << tolerance;
+    EXPECT_GE(error, s->error / 4.5) << tolerance;
   }
 }
 

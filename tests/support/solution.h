@@ -6,6 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
+#include <initializer_list>
 #include <memory>
 #include <vector>
 
@@ -62,6 +65,25 @@ inline Solution solveWithin(const Prescribed& prescribed, QuorkitStatus expected
   return Solution(made);
 }
 
+/// A ring between two regular polygons, in long thin triangles.
+inline Mesh ring(int corners, double inner, double outer) {
+  Mesh mesh;
+  for (const double radius : {inner, outer}) {
+    for (int i = 0; i < corners; ++i) {
+      const double angle = 2 * 3.14159265358979 * i / corners;
+      mesh.vertices.insert(mesh.vertices.end(),
+                           {radius * std::cos(angle), radius * std::sin(angle), 0});
+    }
+  }
+  for (int i = 0; i < corners; ++i) {
+    const int j = (i + 1) % corners;
+    mesh.triangles.insert(mesh.triangles.end(), {i, corners + i, corners + j, i, corners + j, j});
+  }
+  return mesh;
+}
+
+using Point = std::array<double, 3>;
+
 /// The largest difference from an exact field, at the vertices of a solution, at the midpoints of
 /// its edges and in the middle of its triangles, where it is linear between the vertices.
 /// @param exact  called with a position
@@ -69,7 +91,7 @@ template <typename Exact>
 double trueError(const QuorkitSolution& solution, const Exact& exact) {
   double largest = 0;
   const auto compare = [&](std::initializer_list<std::int32_t> corners) {
-    std::array<double, 3> p{};
+    Point p{};
     double value = 0;
     for (const std::int32_t v : corners) {
       for (std::size_t k = 0; k < 3; ++k) {
