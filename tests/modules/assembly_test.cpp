@@ -1,5 +1,5 @@
-// The assembled blocks against the plain way, bit for bit, where columns have every length: which sort or
-// which pass sums them must not show.
+// The assembled blocks against the plain way, bit for bit, where columns have every length: which
+// sort or which pass sums them must not show.
 
 #include "operator/element_stiffness.h"
 #include "operator/stiffness_assembly.h"
@@ -45,8 +45,8 @@ Mesh book(std::int32_t pages, std::mt19937& random) {
   return mesh;
 }
 
-/// The same mesh with some triangles repeated, all of them in random order and turned at random, and its
-/// vertices renumbered.
+/// The same mesh with some triangles repeated, all of them in random order and turned at random,
+/// and its vertices renumbered.
 Mesh shuffled(const Mesh& mesh, std::mt19937& random) {
   std::vector<std::array<std::int32_t, 3>> triangles;
   for (std::size_t k = 0; k < mesh.triangles.size(); k += 3) {
@@ -99,8 +99,8 @@ void expectSameBits(const SparseMatrix& actual, const SparseMatrix& expected) {
   const auto n = std::size_t(expected.nonZeros());
   EXPECT_TRUE(std::equal(expected.outerIndexPtr(), expected.outerIndexPtr() + expected.cols() + 1,
                          actual.outerIndexPtr()));
-  EXPECT_TRUE(std::equal(expected.innerIndexPtr(), expected.innerIndexPtr() + n,
-                         actual.innerIndexPtr()));
+  EXPECT_TRUE(
+      std::equal(expected.innerIndexPtr(), expected.innerIndexPtr() + n, actual.innerIndexPtr()));
   EXPECT_EQ(std::memcmp(actual.valuePtr(), expected.valuePtr(), n * sizeof(double)), 0);
 }
 
@@ -118,8 +118,7 @@ TEST(Assembly, HubsAndBooksOfEverySizeHaveTheBitsOfThePlainSum) {
   for (std::int32_t size = 1; size <= 40; ++size) {
     for (int turn = 0; turn < 4; ++turn) {
       SCOPED_TRACE("size " + std::to_string(size) + ", turn " + std::to_string(turn));
-      const Mesh around =
-          shuffled(hub(size, size > 2 && turn % 2 == 0, random), random);
+      const Mesh around = shuffled(hub(size, size > 2 && turn % 2 == 0, random), random);
       expectThePlainBlocks(around, std::int32_t(random() % unsigned(around.n())));
       const Mesh pages = shuffled(book(size, random), random);
       expectThePlainBlocks(pages, std::int32_t(random() % unsigned(pages.n())));
