@@ -28,16 +28,15 @@ if(NOT QUOR_TESTS STREQUAL "SHIPPED")
     modules/assembly_test.cpp modules/dense_front_test.cpp modules/disjoint_sets_test.cpp
     modules/edge_midpoints_test.cpp modules/factorization_test.cpp modules/fields_solve_test.cpp
     modules/operator_test.cpp modules/ordering_test.cpp modules/oriented_box_test.cpp modules/progress_test.cpp
-    modules/substitution_test.cpp modules/weld_search_test.cpp modules/weld_steps_test.cpp
+    modules/refined_count_test.cpp modules/substitution_test.cpp modules/weld_search_test.cpp modules/weld_steps_test.cpp
     modules/writer_test.cpp soups/soups.cpp soups/soups_slow_in_tables.cpp soups/soups_slow_in_tree.cpp)
-  target_link_libraries(module_tests PRIVATE quor_objects)
+  target_link_libraries(module_tests PRIVATE quorkit_objects quor_objects)
 
   # The kit, from outside, beside the library whose answers it gives.
   add_executable(kit_tests
     kit/check_test.cpp kit/clean_test.cpp kit/error_test.cpp kit/flow_test.cpp
     kit/refine_exact_test.cpp kit/refine_test.cpp kit/solver_test.cpp kit/thresholds_test.cpp
-    kit/weld_origins_test.cpp
-    kit/within_test.cpp kit/wrapper_test.cpp kit/write_test.cpp)
+    kit/weld_origins_test.cpp kit/within_test.cpp kit/wrapper_test.cpp kit/write_test.cpp)
   target_link_libraries(kit_tests PRIVATE quor::quorkit quor::quor Eigen3::Eigen)
   list(APPEND tests api_tests module_tests kit_tests)
 
