@@ -70,14 +70,15 @@ function givenInfo() {
   const words = ['title', 'field', 'unit'];
   const given = Object.fromEntries([...parameters].filter(([name]) => words.includes(name)));
   const [minimum, maximum] = ['minimum', 'maximum'].map((name) => parseFloat(parameters.get(name)));
-  if (minimum < maximum) {
+  if (minimum < maximum && Number.isFinite(minimum) && Number.isFinite(maximum)) {
     Object.assign(given, {minimum, maximum, error: undefined});  // which is that of other values
   }
   return given;
 }
 
 function show(model, scale) {
-  shown = {model, scale, up: parameters.get('up') ?? guessUp(model.group)};
+  const up = parameters.get('up');
+  shown = {model, scale, up: ['y', 'z'].includes(up) ? up : guessUp(model.group)};
   view.show(model.group);
   drawLegend(model.ramp, scale, {high: parameters.get('high'), low: parameters.get('low')});
   showIsolines();
@@ -104,7 +105,8 @@ function look() {
 
 function givenDirection() {
   const numbers = (parameters.get('direction') ?? '').split(',').map(Number);
-  return numbers.length === 3 && Math.hypot(...numbers) > 0 ? new Vector3(...numbers) : null;
+  const length = Math.hypot(...numbers);
+  return numbers.length === 3 && length > 0 && Number.isFinite(length) ? new Vector3(...numbers) : null;
 }
 
 function showIsolines() {

@@ -363,6 +363,19 @@ test('shows files of strangers and does nothing that they say', async (t) => {
           !(url.startsWith(folder) && !url.slice(folder.length).includes('/')) && url !== start), []);
       });
     }
+    await t.test('links with a view and a range that are none', async () => {
+      const [[ordinary]] = hostile.filter(([, , words, state]) => words === '' && state === 'ready');
+      const start = `${address}?obj=${encodeURIComponent(ordinary)}/${objName}`;
+      for (const odd of ['up=__proto__', 'up=w', 'direction=1e999,0,0', 'direction=a,b,c', 'minimum=0&maximum=1e999',
+        'minimum=-1e999&maximum=0', 'minimum=1&maximum=0']) {
+        await page.goto(`${start}&${odd}`);
+        assert.equal(await opened(page), 'ready', odd);
+        assert.match(await page.textContent('#up'), /^[yz] up$/, odd);
+        assert.doesNotMatch(await page.innerText('#legend'), /Infinity/, odd);
+        await page.uncheck('#shading');
+        assert.ok((await pixels(page, [HOT]))[0].count > 0, `${odd}: nothing is seen`);
+      }
+    });
     await t.test('links to other places', async () => {
       for (const link of [`//${FOREIGN}/a.obj`, `http://${FOREIGN}/a.obj`, 'file:///etc/a.obj', 'http://[',
         'javascript:alert(1)', `\\\\${FOREIGN}\\a.obj`]) {
