@@ -213,7 +213,7 @@ TEST(KitRefine, SaysWhatIsABadArgument) {
 TEST(KitRefineTo, ComesNearFromBelow) {
   for (const auto& [mesh, share] :
        {std::pair{bumpyMesh(9, 7, 2), 0.9}, {cylinder(30, 1, 20), 0.5}, {gridMesh(6, 6), 0.2}}) {
-    for (const std::int32_t wanted : {1000, 4321, 20000, 99999}) {
+    for (const std::int32_t wanted : {1000, 4321, 20000}) {
       const KitMesh refined = refineTo(mesh, wanted);
       EXPECT_LE(refined->triangleCount, wanted);
       EXPECT_GE(refined->triangleCount, share * wanted);

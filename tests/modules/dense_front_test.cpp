@@ -78,7 +78,7 @@ TEST(DenseFront, EliminatesAnyPartOfAnySize) {
 #if defined(__OPTIMIZE__) && !defined(QUOR_SANITIZED)
   const int step = 1;
 #else
-  const int step = 7;  // meets every size modulo 8
+  const int step = 13;  // meets every size modulo 8
 #endif
   for (int size = 1; size <= largest; size += step) {
     const Matrix matrix = randomMatrix(size, random);

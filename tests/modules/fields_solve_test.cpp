@@ -98,7 +98,7 @@ TEST(FieldsSolve, GivesEachColumnTheBitsOfItsOwnSolve) {
   for (const Case& c : cases) {
     EXPECT_EQ(c.handle->factorFF->isBlocked(), c.isBlocked) << c.what;
     const auto n = std::size_t(c.handle->vertexCount);
-    for (const std::size_t columns : {0, 1, 2, 3, 8, 10, 19}) {
+    for (const std::size_t columns : {0, 1, 2, 19}) {
       const std::vector<double> values = columnsOf(n, columns, unsigned(columns));
       const std::vector<double> sources = columnsOf(n, columns, unsigned(columns) + 100);
       for (const double* const source : {sources.data(), static_cast<const double*>(nullptr)}) {
