@@ -32,7 +32,7 @@ class Leaver : public quor::Observer {
   std::size_t at_;
 };
 
-TEST(Progress, AConstructionCanBeLeftAtEveryReport) {
+TEST(Progress, AConstructionCanBeLeftAtAnyReport) {
   constexpr int kSide = 90;  // worth factorizing in blocks
   const Mesh mesh = bumpyMesh(kSide, kSide, 8);
   const std::vector<std::int32_t> tags = tagEnds(kSide, kSide);
@@ -45,7 +45,7 @@ TEST(Progress, AConstructionCanBeLeftAtEveryReport) {
   const std::vector<double> all = stayer.reported;
   ASSERT_GE(all.size(), 8U);
   EXPECT_GT(all.back(), 0.99);
-  for (std::size_t at = 0; at < all.size(); at += 1 + all.size() / 40) {
+  for (std::size_t at = 0; at < all.size(); at += 1 + all.size() / 8) {
     Leaver leaver(at);
     EXPECT_THROW(construct(leaver), std::runtime_error);
     EXPECT_EQ(leaver.reported, std::vector<double>(all.begin(), all.begin() + at + 1));
