@@ -20,8 +20,8 @@
  * of a solid takes no part. This header is valid C99 and C++, includes only <stdint.h>, and is the
  * whole manual.
  *
- * A first plug-in is easier to write with quorkit.h: it checks its arguments, returns statuses
- * instead of exceptions, and keeps everything in the caller's order.
+ * A first plug-in is easier to write with quorkit.h. It checks its arguments, returns statuses
+ * instead of exceptions, and takes and returns fields in the caller's order.
  *
  * ARRAYS. Coordinates are three doubles per vertex: x y z x y z ... Triangles are three 0-based
  * vertex indices each: a b c a b c ... Tags and values have one entry per vertex. A tolerance has
@@ -43,10 +43,10 @@
  * counts as one that never throws.
  *
  * THREADS. No function starts a thread, takes a lock or keeps global state. Each runs on a stack of
- * 128 KB. Calls on different data may overlap freely. On one handle any number of quorinfo,
- * quorsolveTagged, quorsolvePTagged, quoverts, quotris and wobj may overlap, each with its own
- * output arrays or file names. quorfree must not overlap any call on its handle. The same input
- * gives the same bits, however calls overlap, on every platform that docs/platforms.md lists.
+ * 128 KB. Calls on different data may overlap freely. On one handle all functions but quorfree may
+ * overlap, each call with its own output arrays or file names. Calls of quorfree must not overlap
+ * any other call on the handle. The same input gives the same bits, however calls overlap, on every
+ * platform that docs/platforms.md lists.
  *
  * ENVIRONMENT. Results are for the default floating-point environment: rounding to nearest, no
  * flush to zero. Another environment changes rounding but breaks nothing. quorWeld, quorctorTagged
@@ -61,8 +61,8 @@
 
 /*
  * The version of this header, for #if. A program compiled with one version may load a library of
- * another: the eleven functions, their results and the numbers below never change, not even before
- * 1.0. docs/installing.md says what else may change, and when.
+ * another. The eleven functions, their results and the numbers below never change, not even before
+ * 1.0. See docs/installing.md for what else may change, and when.
  */
 #define QUOR_VERSION_MAJOR 0
 #define QUOR_VERSION_MINOR 1
@@ -120,9 +120,9 @@ enum {
  *
  *   ((dx*dx + dy*dy) + dz*dz) < tolerance*tolerance,
  *
- * both sides computed in double. Near points become one vertex, and so do the two ends of every
- * chain of near points. The rule is exact: a pair at exactly the tolerance stays apart, and nothing
- * is snapped or averaged.
+ * both sides computed in double. Near points become one vertex. The two ends of every chain of near
+ * points become one too. The rule is exact: a pair at exactly the tolerance stays apart, and
+ * nothing is snapped or averaged.
  *
  * A vertex takes the coordinates of its point of lowest index. Vertices are numbered in the order
  * of these points, so outPointMap[0] is always 0. Points that no triangle uses become vertices too.
@@ -135,12 +135,12 @@ enum {
  * earlier kept triangle has the same three vertices in any order. Kept triangles keep their order
  * and their corner order.
  *
- * Time: one pass with a hash table where most points are repeated and the tolerance is well below
- * the spacing of the vertices, as in most soups. Otherwise about three times as long, like a sort.
- * Surfaces that lie just beyond the tolerance of each other take up to ten times the sort for a
- * million points; the time then grows with the power 4/3 of their number. It grows with the square
- * if they come nearer to the tolerance than a 1e-12th of it, or if the tolerance is outside 1e-140
- * .. 1e140. No coordinates or triangles make the hash tables slow.
+ * Time: one pass with a hash table for most soups. In these most points are repeated, and the
+ * tolerance is well below the spacing of the vertices. Otherwise about three times as long, like a
+ * sort. Surfaces that lie just beyond the tolerance of each other take up to ten times the sort for
+ * a million points. Their time grows with the power 4/3 of the number of points. It grows with the
+ * square if they come nearer to the tolerance than a 1e-12th of it, or if the tolerance is outside
+ * 1e-140 .. 1e140. No coordinates or triangles make the hash tables slow.
  *
  *   pointCount        number of points, 0 or more
  *   points            in   3*pointCount coordinates
@@ -155,7 +155,7 @@ enum {
  *
  * Returns 0 on success. Returns 1 and writes nothing if a count is negative, or if the tolerance is
  * negative or NaN. If pointCount is 0, it sets both counts to 0, ignores the triangles and returns
- * 0; in this case only, a null count pointer is skipped.
+ * 0. Only then may a count pointer be null: it is skipped.
  *
  * Floating-point traps: none for finite coordinates of at most 3e153 and a tolerance of at most
  * 1e154 or +infinity, whatever the shape of the triangles.
@@ -174,10 +174,9 @@ QUOR_API int32_t quorWeld(int32_t pointCount, const double* points, int32_t tria
  * the cotangent Laplacian with a positive diagonal. Vertices tagged 1, 2 or 3 are prescribed, all
  * others are free. The three tags act alike.
  *
- * The handle keeps everything in solver order: first the prescribed vertices in the caller's order,
- * then the free vertices in the reverse of the caller's order. quoverts, quotris and wobj use
- * solver order, all other functions the caller's. With p prescribed vertices before it, vertex i of
- * n has this place in solver order:
+ * The handle keeps everything in solver order. The prescribed vertices come first, in the caller's
+ * order, then the free vertices in the reverse of it. Only quoverts, quotris and wobj use solver
+ * order. With p prescribed vertices before it, vertex i of n has this place in solver order:
  *
  *   p              if it is prescribed
  *   p + (n-1-i)    if it is free
@@ -208,17 +207,17 @@ QUOR_API int32_t quorWeld(int32_t pointCount, const double* points, int32_t tria
  * Free vertices that no edges connect to a prescribed one. The matrix is then singular. quorinfo
  * returns 1 if a pivot was exactly 0; otherwise the field on that component is meaningless.
  *
- * Units of length are free. The solver is meant for coordinates of at most 1e76, and for triangles
- * whose heights are at least 1e-76 and at least a 1e-14th of the largest coordinate. In this range
- * nothing overflows or traps if prescribed values and sources are at most 1e200. Changing the unit
- * by a power of two changes no bit of a field. A little beyond the range digits are lost, because
- * fourth powers of lengths occur. With triangles above 1e78 or below 1e-81 free values are infinite
- * or NaN, and the status is still 0.
+ * Units of length are free. The solver is meant for coordinates of at most 1e76. The heights of
+ * triangles are to be at least 1e-76 and at least a 1e-14th of the largest coordinate. In this
+ * range nothing overflows or traps if prescribed values and sources are at most 1e200. Changing the
+ * unit by a power of two changes no bit of a field. A little beyond the range digits are lost,
+ * because fourth powers of lengths occur. With triangles above 1e78 or below 1e-81 free values are
+ * infinite or NaN, and the status is still 0.
  *
- * Throws std::length_error("vector") before it reads any array if 3n or 9m exceeds the 32-bit
- * indices of the matrices (n > 1,431,655,765 or m > 238,609,294). Throws the same before it
- * computes the factor if the ordering or the factor would need more than 2,147,483,647 entries. On
- * any exception *handleOut is null, *prescribedOut is 0 and *statusOut is untouched.
+ * Throws std::length_error("vector") before it reads any array if n > 1,431,655,765 or m >
+ * 238,609,294. The matrices have 32-bit indices. Throws the same before it computes the factor if
+ * the ordering or the factor would need more than 2,147,483,647 entries. On any exception
+ * *handleOut is null, *prescribedOut is 0 and *statusOut is untouched.
  *
  * Large problems are factorized with the widest vector instructions of the machine. They change the
  * time and no bit of the result.
@@ -247,8 +246,8 @@ QUOR_API uint32_t quorinfo(const void* handle);
  *   statusOut         out  0; 1 if the handle is null, 2 if it is empty; not null
  *
  * With status 1 or 2 nothing else is read or written. Prescribed vertices get their value back bit
- * for bit. NaN and infinity enter the arithmetic like any other value. So do denormal numbers,
- * below 2.2e-308, which some processors handle up to twenty times slower. After a failed
+ * for bit. NaN, infinity and denormal numbers enter the arithmetic like any other value. Some
+ * processors handle denormal numbers, below 2.2e-308, up to twenty times slower. After a failed
  * factorization (quorinfo is not 0) all free vertices get 0.0. The status is written last. On an
  * exception nothing is written.
  */
@@ -288,7 +287,7 @@ QUOR_API uint64_t quotris(const void* handle, const int32_t** trianglesOut);
 
 /*
  * Writes the handle's mesh and a field as two files, baseName + ".obj" and baseName + ".mtl". A
- * viewer that supports textures shows the field as colours: the field is the first texture
+ * viewer that supports textures shows the field as colours. The field is the first texture
  * coordinate u, and the material "Heat" maps the image "viridis.PNG" over it. The smallest value is
  * at the right end of the image (u = 1), the largest at the left end (u = 0). Put the image next to
  * the two files, and let the viewer clamp the texture, not repeat it.
@@ -334,7 +333,7 @@ QUOR_API void quorfree(void* handle);
 /*
  * Packs an integer in -1 .. 65534 into a point of the unit sphere around +z, for hosts that can
  * carry directions but not labels. All 65,536 values survive the conversion to float and back
- * exactly, and so does the point mirrored through the origin.
+ * exactly, also from the point mirrored through the origin.
  *
  * Returns 0. Returns -1 and writes nothing if an out pointer is null. Returns -1 and writes 0.0 to
  * all three if the value is out of range.
