@@ -8,7 +8,9 @@
 
 #include <quorkit.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <string>
 
 namespace {
 
@@ -18,10 +20,16 @@ using test::Mesh;
 
 constexpr int kMost = 1 << 14;  ///< triangles; an input that makes more is left out
 
-void require(bool holds) {
+void require(bool holds, const std::string& what = {}) {
   if (!holds) {
+    std::fprintf(stderr, "%s\n", what.c_str());
     std::abort();
   }
+}
+
+void requireSame(const QuorkitMesh& made, const test::Refined& expected) {
+  const std::string difference = test::differenceOf(made, expected);
+  require(difference.empty(), difference);
 }
 
 /// @param isTame  receives whether the rounding of midpoints is small beside all sides
@@ -81,7 +89,7 @@ std::vector<double> readSizes(fuzz::Input& input, const Mesh& mesh, double longe
 
 void expectRules(const Mesh& mesh, const KitMesh& refined, double longest, bool isTame) {
   const std::string fault = test::faultOfRefinement(mesh, *refined, longest);
-  require(fault.empty() || (!isTame && fault.find("part") != std::string::npos));
+  require(fault.empty() || (!isTame && fault.find("part") != std::string::npos), fault);
 }
 
 }  // namespace
@@ -96,24 +104,28 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const QuorkitMesh* made = nullptr;
   if (const auto expected = ExactRefinement::of(mesh, longest, {}, kMost)) {
     require(quorkitRefine(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), longest,
-                          &made) == QUORKIT_DONE);
+                          &made) == QUORKIT_DONE,
+            "refused");
     const KitMesh refined(made);
-    require(differenceOf(*refined, *expected).empty());
+    requireSame(*refined, *expected);
     expectRules(mesh, refined, longest, isTame);
   }
   if (const auto expected = ExactRefinement::of(mesh, longest, sizes, kMost)) {
     require(quorkitRefineGraded(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(),
-                                longest, sizes.data(), &made) == QUORKIT_DONE);
+                                longest, sizes.data(), &made) == QUORKIT_DONE,
+            "refused");
     const KitMesh refined(made);
-    require(differenceOf(*refined, *expected).empty());
+    requireSame(*refined, *expected);
   }
   require(quorkitRefineTo(mesh.n(), mesh.vertices.data(), mesh.m(), mesh.triangles.data(), wanted,
-                          &made) == QUORKIT_DONE);
+                          &made) == QUORKIT_DONE,
+          "refused");
   const KitMesh refined(made);
-  require(refined->triangleCount <= std::max(wanted, mesh.m()));
+  require(refined->triangleCount <= std::max(wanted, mesh.m()), "more triangles than wanted");
   if (refined->triangleCount > mesh.m()) {
     const auto expected = ExactRefinement::of(mesh, refined->longestEdge, {}, wanted);
-    require(expected && differenceOf(*refined, *expected).empty());
+    require(bool(expected), "more triangles by the rules");
+    requireSame(*refined, *expected);
   }
   return 0;
 }

@@ -24,6 +24,7 @@ struct Part {
   Corners corners;
   std::int32_t origin;
   bool isThere = true;
+  bool isBlocked = false;  ///< cannot be removed before a triangle at one of its corners changes
 };
 
 bool has(const Corners& c, std::int32_t vertex) {
@@ -47,7 +48,7 @@ class Cleaning {
     parts_.reserve(mesh.triangleCount());
     for (std::int32_t t = 0; t < mesh.m; ++t) {
       const std::int32_t* const c = mesh.triangles + 3 * toSize(t);
-      parts_.push_back({{c[0], c[1], c[2]}, t, true});
+      parts_.push_back({{c[0], c[1], c[2]}, t});
     }
     for (const std::int32_t t : degenerate) {
       if (isRepeated(parts_[toSize(t)].corners)) {
@@ -72,7 +73,8 @@ class Cleaning {
       const auto [longest, t] = waiting_.top();
       waiting_.pop();
       const Part& part = parts_[toSize(t)];
-      const bool isCurrent = part.isThere && longestSide(part.corners) == longest;
+      const bool isCurrent =
+          part.isThere && !part.isBlocked && longestSide(part.corners) == longest;
       if (isCurrent && shape(t).isFlat()) {
         if (!(shape(t).isShortestNothing() && collapse(t)) && !split(t)) {
           block(t);
@@ -144,22 +146,27 @@ class Cleaning {
     }
   }
 
-  /// What cannot be removed now may be when a triangle at one of its corners changes.
   void block(std::int32_t t) {
     isStuck_ = true;
+    parts_[toSize(t)].isBlocked = true;
     for (const std::int32_t corner : parts_[toSize(t)].corners) {
       blocked_[corner].push_back(t);
     }
   }
+  /// Tries those again that are blocked at a corner of a triangle that changes.
   void unblock(const Corners& changed) {
     for (const std::int32_t corner : changed) {
       const auto place = blocked_.find(corner);
-      if (place != blocked_.end()) {
-        for (const std::int32_t t : place->second) {
+      if (place == blocked_.end()) {
+        continue;
+      }
+      for (const std::int32_t t : place->second) {
+        if (parts_[toSize(t)].isBlocked) {
+          parts_[toSize(t)].isBlocked = false;
           consider(t);
         }
-        blocked_.erase(place);
       }
+      blocked_.erase(place);
     }
   }
 
@@ -256,7 +263,7 @@ class Cleaning {
     for (const Corners& corners :
          {replaced(before.corners, b, middle), replaced(before.corners, a, middle)}) {
       if (!isRepeated(corners)) {
-        parts_.push_back({corners, before.origin, true});
+        parts_.push_back({corners, before.origin});
         addAround(toIndex(parts_.size() - 1));
         consider(toIndex(parts_.size() - 1));
       }
