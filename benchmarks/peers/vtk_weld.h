@@ -1,7 +1,7 @@
 // VTK's static point cleaner as a peer.
 #pragma once
 
-#include "../soups.h"
+#include "soups/soups.h"
 
 #include <vtkPolyData.h>
 #include <vtkSmartPointer.h>
