@@ -26,8 +26,8 @@ namespace Quor
         RepeatedCorner = 23,
         /// <summary>There is no triangle, or a vertex that none uses.</summary>
         UnusedVertex = 24,
-        /// <summary>A piece of the mesh has no prescribed vertex: nothing says what its field
-        /// is.</summary>
+        /// <summary>A connected component of the mesh has no prescribed vertex, so it has no
+        /// field.</summary>
         UnprescribedPiece = 100,
         /// <summary>The result has no place in 32-bit indices.</summary>
         TooLarge = 101,

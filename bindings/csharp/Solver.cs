@@ -31,7 +31,7 @@ namespace Quor
         /// <param name="tags">One per vertex: 1, 2, 3 prescribed, all others free.</param>
         /// <param name="progress">Called now and then, on this thread, with the fraction that is done, 0 ..
         /// 1; returns true to cancel. An exception of its own cancels too, and is passed on.</param>
-        /// <param name="mayFloat">Whether to accept what has no field: a piece of the mesh without a
+        /// <param name="mayFloat">Whether to accept what has no field: a connected component without a
         /// prescribed vertex, a singular matrix, coordinates that are not finite.</param>
         /// <exception cref="OperationCanceledException">progress returned true.</exception>
         /// <exception cref="QuorException">The mesh is refused, see
@@ -247,9 +247,9 @@ namespace Quor
             if (report.UnprescribedPieces.Count > 0)
                 throw new QuorException(
                     Status.UnprescribedPiece,
-                    $"tags: {report.UnprescribedPieces.Count} of {report.Pieces.Count} pieces have no " +
-                    "prescribed vertex, so nothing says what their field is; the first one is that of " +
-                    $"vertex {report.UnprescribedPieces.First}", report.UnprescribedPieces.First);
+                    $"tags: {report.UnprescribedPieces.Count} of {report.Pieces.Count} connected " +
+                    "components have no prescribed vertex; the first one is that of vertex " +
+                    $"{report.UnprescribedPieces.First}: tag one of its vertices 1, 2 or 3", report.UnprescribedPieces.First);
         }
     }
 

@@ -191,7 +191,7 @@ static class QuorTest
         Throws<ArgumentException>(() => Mesh.Refine(square, crack, 0), "longestEdge is 0: give");
         Throws<QuorException>(() => Mesh.Refine(square, new[] { 0, 1, 2 }, 1e-9), "32-bit");
         Throws<QuorException>(() => new Solver(mesh.Vertices, mesh.Triangles,
-                                               new int[mesh.Vertices.Length / 3]), "1 of 1 pieces", 0);
+                                               new int[mesh.Vertices.Length / 3]), "1 of 1 connected components", 0);
         Throws<ArgumentException>(() => Mesh.Refine(new[] { 0, 0, 0, 1, double.NaN, 0, 0, 1, 0 },
                                                     new[] { 0, 1, 2 }, 1), "vertices", 1);
         Throws<QuorException>(() => Mesh.Refine(square, new[] { 0, 1, 2, 1, 1, 2 }, 1), "triangle 1", 1);

@@ -245,8 +245,8 @@ def require_a_field(vertices: Reals, report: Report, wish: str) -> bool:
     if not report.unprescribed_pieces.count:
         return False
     count, first = report.unprescribed_pieces
-    text = (f"tags: {count} of {report.pieces.count} pieces have no prescribed vertex, so nothing says "
-            f"what their field is; the first one is that of vertex {first}")
+    text = (f"tags: {count} of {report.pieces.count} connected components have no prescribed vertex; the first "
+            f"one is that of vertex {first}: tag one of its vertices 1, 2 or 3")
     if wish == "raise":
         raise UnprescribedPieceError(BAD_ARGUMENT, text, "tags", first)
     warnings.warn(text, UnprescribedPieceWarning, stacklevel=3)
