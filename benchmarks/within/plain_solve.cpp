@@ -256,6 +256,12 @@ Field solveByLength(const Part& part, const Prescription& prescription) {
   return field;
 }
 
+Field solveUniformly(const Part& part, const Prescription& prescription, double length) {
+  Mesh mesh(part, prescription);
+  mesh.refine(length, {});
+  return mesh.solve();
+}
+
 Field referenceByJumps(const Part& part, const Prescription& prescription, double share,
                        std::size_t triangleLimit, const Exempt& exempt) {
   const double diagonal = diagonalOf(part);

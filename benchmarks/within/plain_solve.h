@@ -12,6 +12,9 @@ namespace within {
 /// corners of the surface and of what is prescribed.
 Field solveByLength(const Part& part, const Prescription& prescription);
 
+/// All edges up to a length.
+Field solveUniformly(const Part& part, const Prescription& prescription, double length);
+
 /// A reference that owes nothing to quorkitSolveWithin: the cotangent weights of the triangles as
 /// they are, refined where the gradient changes from triangle to triangle by more than a share of
 /// the span, until no edge with more is left or the limit is reached.
