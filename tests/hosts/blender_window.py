@@ -9,13 +9,18 @@ be seen, blender.png.
 import os
 import pathlib
 import sys
+import threading
 
 import bpy
 import mathutils
+import numpy as np
+import quor
 
 sys.path.append(str(pathlib.Path(__file__).resolve().parent))
 from blender_part import install, load_part  # noqa: E402
 from model_checks import ROOT, end  # noqa: E402
+
+PATIENCE = 120  # seconds, for what never comes
 
 
 def steps():
@@ -29,10 +34,26 @@ def steps():
         with bpy.context.temp_override(window=window, area=area, region=region):
             return operator(*arguments)
 
-    # Blender forgets an operator that is done.
-    fractions, problems = set(), []
-    go_on, finish = add_on.HeatMap.go_on, add_on.HeatMap.finish
-    add_on.HeatMap.go_on = lambda self, done: fractions.add(done) or go_on(self, done)
+    # Blender forgets an operator that is done. Its thread is held at each report until it may go on.
+    fractions, problems, may_go_on = set(), [], threading.Event()
+    go_on, finish, modal = add_on.HeatMap.go_on, add_on.HeatMap.finish, add_on.HeatMap.modal
+
+    def slow_go_on(self, fraction):
+        fractions.add(fraction)
+        may_go_on.wait(PATIENCE)
+        return go_on(self, fraction)
+
+    def watched_modal(self, context, event):
+        if event.type == "ESC":
+            seen = modal(self, context, event)
+            may_go_on.set()
+            return seen
+        if event.type == "TIMER" and fractions:
+            ticks.append(self.thread.is_alive())
+        return modal(self, context, event)
+
+    ticks = []
+    add_on.HeatMap.go_on, add_on.HeatMap.modal = slow_go_on, watched_modal
     add_on.HeatMap.finish = lambda self, context: problems.append(self.problem) or finish(self, context)
 
     def press_escape():
@@ -40,7 +61,6 @@ def steps():
 
     press_escape()  # the splash screen
     yield lambda: True
-    add_on.EDGES_PER_DIAGONAL *= 4  # long enough to see it work
     assert call(bpy.ops.object.heat_map, "INVOKE_DEFAULT") == {"RUNNING_MODAL"}
     yield lambda: fractions
     press_escape()
@@ -48,17 +68,16 @@ def steps():
     assert problems == ["cancelled"] and not bpy.data.objects.get("bracket heat")
 
     fractions.clear()
+    may_go_on.clear()
     assert call(bpy.ops.object.heat_map, "INVOKE_DEFAULT") == {"RUNNING_MODAL"}
+    yield lambda: sum(ticks) > 3  # the window lives while the thread works
+    may_go_on.set()
     yield lambda: bpy.data.objects.get("bracket heat")
     print(f"{len(add_on.HeatMap.last[1].triangles):,} triangles, told {len(fractions)} fractions")
     assert problems == ["cancelled", None] and len(fractions) > 5 and item.hide_get()
 
-    add_on.EDGES_PER_DIAGONAL //= 4  # a picture is drawn by the processor
-    add_on.HeatMap.last = None
-    bpy.context.view_layer.objects.active = item
-    assert call(bpy.ops.object.heat_map) == {"FINISHED"}
     result, space = bpy.data.objects["bracket heat"], area.spaces.active
-    space.shading.type, space.overlay.show_overlays = "MATERIAL", False
+    space.shading.type, space.overlay.show_overlays = "SOLID", False
     toward = mathutils.Vector((1, -1.3, 0.8)).normalized()
     space.region_3d.view_rotation = toward.to_track_quat("Z", "Y")
     space.region_3d.view_perspective = "ORTHO"
@@ -67,7 +86,22 @@ def steps():
     call(bpy.ops.view3d.view_selected)
     for _ in range(20):  # the view moves, the shaders are compiled
         yield lambda: True
-    bpy.ops.screen.screenshot(filepath=os.environ["QUOR_PICTURES"] + "/blender.png")
+    picture = os.environ["QUOR_PICTURES"] + "/blender.png"
+    bpy.ops.screen.screenshot(filepath=picture)
+    has_the_colours_of_the_legend(picture, area)
+
+
+def has_the_colours_of_the_legend(picture, area):
+    """Solid shading shows the colours of the ramp, without light on them."""
+    image = bpy.data.images.load(picture)
+    width, height = image.size
+    pixels = np.array(image.pixels).reshape(height, width, 4)[area.y:area.y + area.height, area.x:area.x + area.width, :3]
+    pixels = np.rint(255 * pixels.reshape(-1, 3)).astype(int)
+    ramp = quor.colours(np.linspace(0, 1, 512))[:, :3].astype(int)
+    coloured = pixels[np.ptp(pixels, axis=1) > 60]
+    off = abs(coloured[::max(1, len(coloured) // 3000), None] - ramp[None]).max(axis=2).min(axis=1)
+    print(f"{len(coloured)} coloured pixels, {np.mean(off <= 4):.1%} of them of the ramp")
+    assert len(coloured) > 20000 and np.mean(off <= 4) > 0.9
 
 
 def drive(waiting):

@@ -39,11 +39,15 @@ std::string whyNotFiniteOr0(const std::string& given) {
                                                  : problem;
 }
 
-// "0.4", or "0.5%".
+// "0.4", "0.5%" or "0.5 %".
 Tolerance parseTolerance(const std::string& given) {
   const bool isShare = !given.empty() && given.back() == '%';
-  const std::optional<double> size =
-      parseFinite(isShare ? given.substr(0, given.find_last_not_of(" %") + 1) : given);
+  std::string number = given;
+  if (isShare) {
+    number.pop_back();
+    number.erase(number.find_last_not_of(' ') + 1);
+  }
+  const std::optional<double> size = parseFinite(number);
   if (!size || !(*size > 0.0)) {
     throw UsageError("--within " + quoted(given) +
                      " is not a tolerance above 0: write 0.4, in the unit of the field, or 0.5%, "

@@ -64,6 +64,7 @@ class CommandLine(Case):
         ('--edge "coarse" is neither', ["--edge", "coarse"]),
         ('--within "0" is not a tolerance above 0: write 0.4, .* or 0.5%', ["--within", "0"]),
         ('--within "-1%" is not a tolerance', ["--within", "-1%"]),
+        ('--within "0.5%%" is not a tolerance', ["--within", "0.5%%"]),
         ('--within "%" is not a tolerance', ["--within", "%"]),
         ('--within "fine" is not a tolerance', ["--within", "fine"]),
         ("--within and --edge exclude each other", ["--within", "1%", "--edge", "2"]),

@@ -97,8 +97,8 @@ class Within(Case):
         self.assertLessEqual(len(result.triangles), 20000)
         self.assertGreater(result.json["error"], 1e-6)
         self.assertLessEqual(self.ring_error(result), result.json["error"] + 2e-4)
-        self.assertRegex(result.stderr, "^heatmap: warning: the error is [0-9.e-]+, not within 1e-06: a finer mesh would have "
-                         "more than 20000 triangles. Give a larger --within or --triangle-limit, or larger regions\n$")
+        self.assertRegex(result.stderr, "^heatmap: warning: the error is [0-9.e-]+, not within 1e-06: the next mesh would have "
+                         "more triangles than --triangle-limit 20000. Give a larger --within or --triangle-limit, or larger regions\n$")
 
     def test_regions_that_touch(self):
         """Along an edge, and at a point of two edges."""

@@ -124,9 +124,10 @@ Solution solveWithin(const Regions& regions, const Allowance& allowance, std::in
   }
   if (solved->isReached == 0) {
     stages.warn("the error is " + errorText(*solution.error) + ", not within " +
-                shortText(allowance.tolerance, 2) + ": a finer mesh would have more than " +
+                shortText(allowance.tolerance, 2) +
+                ": the next mesh would have more triangles than --triangle-limit " +
                 std::to_string(triangleLimit) +
-                " triangles. Give a larger --within or --triangle-limit, or larger regions");
+                ". Give a larger --within or --triangle-limit, or larger regions");
   }
   stages.end(counts(solution.mesh) + ", in " + counted(solved->rounds, "round"));
   return solution;
