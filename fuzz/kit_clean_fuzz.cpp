@@ -45,6 +45,8 @@ void damage(Mesh& mesh, fuzz::Input& input) {
   const std::size_t e = std::size_t(kind) / 8 % 3;
   const std::int32_t a = mesh.triangles[3 * t + e];
   const std::int32_t b = mesh.triangles[3 * t + (e + 1) % 3];
+  double off = 0;
+  std::size_t side = 0;
   switch (kind % 8) {
     case 0:
     case 1:
@@ -52,12 +54,13 @@ void damage(Mesh& mesh, fuzz::Input& input) {
       test::insertFiller(mesh, t, e, readShare(input), 0);
       break;
     case 3:
-      test::insertFiller(mesh, t, e, readShare(input), 1e-7 * (input.byte() % 32));
+      off = 1e-7 * (input.byte() % 32);
+      test::insertFiller(mesh, t, e, readShare(input), off);
       break;
     case 4:  // a chain: fillers on the long side of the filler before
       for (int k = 1 + input.byte() % 6; k > 0; --k) {
-        test::insertFiller(mesh, std::size_t(mesh.m()) - 1, std::size_t(input.byte()) % 3,
-                           readShare(input), 0);
+        side = std::size_t(input.byte()) % 3;
+        test::insertFiller(mesh, std::size_t(mesh.m()) - 1, side, readShare(input), 0);
       }
       break;
     case 5:  // two corners at nearly one place

@@ -52,7 +52,8 @@ Mesh readMesh(fuzz::Input& input, bool& isTame) {
         isTame = true;
         coordinate = place * (input.byte() - 128);
     }
-    mesh.vertices.push_back(std::isfinite(coordinate) ? coordinate : 1.0);
+    // Larger steps of rounding have no square, and are refused.
+    mesh.vertices.push_back(std::abs(coordinate) < 1e150 ? coordinate : 1.0);
   }
   for (int t = 1 + input.byte() % 12; t > 0; --t) {
     const int a = input.byte() % n;
