@@ -309,7 +309,8 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
  *
  * Degenerate triangles that are joined by edges only to each other are dropped. The rest keeps its
  * order: kept vertices ascend, and the parts of a triangle stand where it stood. A clean mesh is
- * returned unchanged. The time is that of a few sorts; 64 looks per triangle are the most.
+ * returned unchanged. The time is that of a few sorts. Cleaning ends after 64 looks at triangles per
+ * triangle; many degenerate triangles around one vertex then stay.
  *
  *   n, vertices   0 or more; 3n coordinates, finite where a triangle uses them
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1
@@ -369,9 +370,8 @@ QUORKIT_API QuorkitStatus quorkitClean(int32_t n, const double* vertices, int32_
  *
  * Returns QUORKIT_TOO_LARGE for more than 238,609,294 triangles, the most that a solver takes. It
  * also does so if there would be more than 2,147,483,647 vertices, counting one for each new
- * triangle. The refusal comes before the splitting, without memory, and mostly at once, from the
- * lengths of the sides. Near the limit and for needles it counts triangles one by one, for up to
- * ten seconds.
+ * triangle. The refusal comes before the splitting, without memory, and mostly at once, from
+ * areas and sides. Near the limit it counts triangles one by one, for up to ten seconds.
  *
  * Ten million triangles take a second or two. Memory, apart from the mesh: 8 to 16 bytes per new
  * vertex.
