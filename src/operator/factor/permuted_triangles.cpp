@@ -1,8 +1,5 @@
 #include "operator/factor/permuted_triangles.h"
 
-#include "util/machine.h"
-
-#include <algorithm>
 #include <cassert>
 
 namespace quor {
@@ -47,11 +44,6 @@ PermutedTriangles::PermutedTriangles(const SparseMatrix& matrix, const Permutati
   const int* const rows = matrix.innerIndexPtr();
   const double* const values = matrix.valuePtr();
   for (int column = 0; column < n; ++column) {
-    constexpr int kAhead = 8;
-    const int later = oldIndex[std::min(column + kAhead, n - 1)];
-    prefetch(rows + starts[later]);
-    prefetch(values + starts[later]);
-    prefetch(values + starts[later + 1]);
     const int old = oldIndex[column];
     for (int k = starts[old]; k < starts[old + 1]; ++k) {
       const int row = newIndex[rows[k]];

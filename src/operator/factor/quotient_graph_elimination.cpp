@@ -3,8 +3,6 @@
 
 #include "operator/factor/quotient_graph.h"
 
-#include "util/machine.h"
-
 #include <algorithm>
 #include <cassert>
 #include <utility>
@@ -129,7 +127,6 @@ void QuotientGraph::addVariables(int begin, int end) {
     int& size = sizeOf(*member);
     if (size > 0) {
       const Node& variable = node(*member);
-      prefetch(lists + variable.list);
       unknowns += size;
       size = -size;
       removeByDegree(variable);
