@@ -35,6 +35,34 @@ TEST(WeldSteps, TablesAreLeftWhereTheyAreMadeToBeSlow) {
   expectFewSteps(bench::soupsSlowInTables(), 10);
 }
 
+/// The most steps a record that a table takes for the first points or triangles, or for all points.
+double stepsInCrowdedTables(const bench::Soup& soup, double tolerance) {
+  const std::int32_t n = soup.pointCount();
+  double most = 0;
+  for (const std::int32_t points : {200, n}) {
+    const auto end = soup.points.begin() + std::ptrdiff_t{3} * points;
+    const Mesh first{{soup.points.begin(), end}, {}};
+    most = std::max(most, double(searchSteps(first, tolerance)) / points);
+  }
+  Mesh first{{}, soup.triangles};
+  constexpr std::ptrdiff_t triangles = 512;
+  std::fill(first.triangles.begin() + 3 * triangles, first.triangles.end(), 0);  // they collapse
+  const std::uint64_t steps = triangleSteps(first, quor::DisjointSets::singletons(n), n);
+  return std::max(most, double(steps) / triangles);
+}
+
+TEST(WeldSteps, SoupsAgainstTheTablesDoCrowdThem) {
+  constexpr std::int32_t count = 16000;
+  for (const bench::SlowSoup& slow : bench::soupsSlowInTables()) {
+    double tolerance = 0;
+    const bench::Soup soup = slow.make(count, tolerance);
+    EXPECT_GT(stepsInCrowdedTables(soup, tolerance), 4) << slow.name;
+  }
+  for (const bench::Harmless kind : {bench::Harmless::kDistinct, bench::Harmless::kRepeated}) {
+    EXPECT_LT(stepsInCrowdedTables(bench::harmlessSoup(kind, count), 1e-9), 2);
+  }
+}
+
 TEST(WeldSteps, TheTreeIsNotSlow) {
   expectFewSteps(bench::soupsSlowInTree(), 12);
 }
@@ -74,9 +102,7 @@ TEST(WeldSteps, TrianglesThatCrowdTheTableAreSortedAndNothingIsWrittenBehindTheK
   // Repeats: all of them the other way round; and a collapsed one.
   mesh.triangles.insert(mesh.triangles.end(), soup.triangles.rbegin(), soup.triangles.rend());
   mesh.triangles.insert(mesh.triangles.end(), {5, 6, 5});
-  std::vector<std::int32_t> roots(std::size_t(mesh.n()));
-  std::iota(roots.begin(), roots.end(), 0);
-  const Welded expected = weldedByRoots(mesh, roots);
+  const Welded expected = weldedByRoots(mesh, quor::DisjointSets::singletons(mesh.n()));
   ASSERT_EQ(expected.triangles, soup.triangles);
   EXPECT_TRUE(same(welded(mesh, tolerance), expected));
   EXPECT_TRUE(same(weldedInPlace(mesh, tolerance), expected));

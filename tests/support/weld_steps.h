@@ -36,7 +36,18 @@ inline std::uint64_t searchSteps(const Mesh& soup, double tolerance) {
   return steps + equals.steps() + near.steps();
 }
 
-/// Those of the search for repeated triangles too.
+/// The steps of the search for repeated triangles.
+/// @param map  the vertex of each point
+inline std::uint64_t triangleSteps(const Mesh& soup, const std::vector<std::int32_t>& map,
+                                   std::int32_t vertexCount) {
+  std::vector<std::int32_t> kept(soup.triangles.size());
+  quor::DistinctTriangles distinct(soup.m(), soup.triangles.data(), map.data(), vertexCount,
+                                   kept.data());
+  distinct.keep();
+  return distinct.steps();
+}
+
+/// Of all searches together.
 inline std::uint64_t weldSteps(const Mesh& soup, double tolerance) {
   std::vector<double> vertices(soup.vertices.size());
   std::vector<std::int32_t> triangles(soup.triangles.size());
@@ -44,10 +55,7 @@ inline std::uint64_t weldSteps(const Mesh& soup, double tolerance) {
   const quor::WeldedCounts counts =
       quor::weldMesh(soup.n(), soup.vertices.data(), soup.m(), soup.triangles.data(), tolerance,
                      vertices.data(), triangles.data(), map.data());
-  quor::DistinctTriangles distinct(soup.m(), soup.triangles.data(), map.data(), counts.vertices,
-                                   triangles.data());
-  distinct.keep();
-  return searchSteps(soup, tolerance) + distinct.steps();
+  return searchSteps(soup, tolerance) + triangleSteps(soup, map, counts.vertices);
 }
 
 }  // namespace test
