@@ -1,14 +1,18 @@
 // How wrong fields are where CAD users prescribe them, and what a tolerance costs:
 // within_bench DIRECTORY... [--cases TEXT] [--tolerances PERCENT,...] [--references DIRECTORY]
-//              [--change SHARE]
+//              [--change SHARE] [--maps NAME]
 //
 // Looks for parts in the directories. Compares every field with a reference on the same surface,
 // which is refined until the gradient times the edge length changes by at most SHARE of the span
 // from triangle to triangle. A smaller SHARE shows how far the reference itself can be trusted.
+// With --maps writes the errors by length and within the first tolerance, in % of the span, to
+// NAME_before.obj and NAME_after.obj.
 
 #include "within/cases.h"
 #include "within/field.h"
 #include "within/plain_solve.h"
+
+#include <quorkit.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -34,6 +38,7 @@ struct Options {
   std::vector<std::string> directories;
   std::string cases;
   std::string references;
+  std::string maps;  ///< path and beginning of the names of the two files; empty for none
   std::vector<double> tolerances = {1.0, 0.5, 0.1};
   double change = 2e-3;
 };
@@ -167,6 +172,19 @@ void printHead(const Options& options) {
   std::printf("\n");
 }
 
+/// In % of the span. A later map of the same name replaces an earlier one.
+void writeMap(const Options& options, const char* name, const Field& field, const Field& reference,
+              const Exempt& exempt) {
+  if (options.maps.empty()) {
+    return;
+  }
+  Field map = errorMap(field, reference, exempt);
+  for (double& error : map.values) {
+    error *= 100.0 / spanOf(reference);
+  }
+  quor::kit::write(map.mesh.vertices, map.mesh.triangles, map.values, options.maps + name);
+}
+
 void bench(const Options& options, const Case& chosen) {
   const Part part = load(options, chosen.part);
   const Prescription prescription = within::prescribe(part, chosen.regions, chosen.source);
@@ -183,6 +201,7 @@ void bench(const Options& options, const Case& chosen) {
   std::printf(" %zu | %.2f | %.2f | %.0f | %.1e |", today.values.size(), percent(byLength.largest),
               percent(byLength.average), 1e3 * today.seconds,
               uniformTriangles(part, prescription, reference, exempt, 0.005 * span));
+  writeMap(options, "_before", today, reference, exempt);
   for (const double tolerance : options.tolerances) {
     const Within found = solveWithin(part, prescription, tolerance / 100.0, kLimit);
     const Difference error = within::compare(found.field, reference, exempt);
@@ -190,6 +209,9 @@ void bench(const Options& options, const Case& chosen) {
                 found.field.mesh.triangles.size() / 3, percent(error.largest), percent(found.error),
                 found.error / error.largest, found.isReached ? "" : " not reached",
                 1e3 * found.field.seconds, found.field.seconds / today.seconds);
+    if (tolerance == options.tolerances.front()) {
+      writeMap(options, "_after", found.field, reference, exempt);
+    }
     std::fprintf(stderr, "%s: %.1f %% in %d rounds, worst at %g %g %g\n", chosen.name.c_str(),
                  tolerance, found.rounds, error.where[0], error.where[1], error.where[2]);
   }
@@ -210,6 +232,8 @@ Options parse(int argc, char** argv) {
       options.cases = value;
     } else if (argument == "--references") {
       options.references = value;
+    } else if (argument == "--maps") {
+      options.maps = value;
     } else if (argument == "--change") {
       options.change = std::stod(value);
     } else if (argument == "--tolerances") {

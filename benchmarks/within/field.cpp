@@ -128,4 +128,14 @@ Difference compare(const Field& field, const Field& reference, const Exempt& exe
   return difference;
 }
 
+Field errorMap(const Field& field, const Field& reference, const Exempt& exempt) {
+  Evaluation exact(reference);
+  Field map = field;
+  for (std::size_t v = 0; v < map.values.size(); ++v) {
+    const Point p = field.mesh.point(v);
+    map.values[v] = exempt.contains(p) ? 0.0 : std::abs(field.values[v] - exact.at(p));
+  }
+  return map;
+}
+
 }  // namespace within

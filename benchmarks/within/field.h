@@ -34,4 +34,7 @@ struct Difference {
 /// of both, at the midpoints of the field's edges and in the middle of its triangles.
 Difference compare(const Field& field, const Field& reference, const Exempt& exempt);
 
+/// The absolute difference of a field from a reference at each of its vertices, 0 where exempt.
+Field errorMap(const Field& field, const Field& reference, const Exempt& exempt);
+
 }  // namespace within
