@@ -1,61 +1,87 @@
-// What is checked before a call.
+// What is checked before a call: kinds and lengths. The library checks the rest.
 
 const kMostIndex = 0x7fffffff;
 
 /** A Float64Array of the values, which may be any array of numbers. */
 export function reals(name, values, length) {
-  const array = values instanceof Float64Array ? values : Float64Array.from(iterable(name, values));
-  requireLength(name, array, length);
-  return array;
-}
-
-/** An Int32Array of the values, which may be any array of whole numbers in low .. high. */
-export function integers(name, values, length, low = -kMostIndex - 1, high = kMostIndex) {
-  iterable(name, values);
-  requireLength(name, values, length);
-  for (let k = 0; k < values.length; ++k) {
-    if (!Number.isInteger(values[k]) || values[k] < low || values[k] > high) {
-      throw new RangeError(`${name}[${k}]: ${values[k]} is not a whole number in ${low} .. ${high}`);
-    }
+  requireArray(name, values, length);
+  if (values instanceof Float64Array) {
+    return values;
   }
-  return values instanceof Int32Array ? values : Int32Array.from(values);
+  const bad = Array.prototype.findIndex.call(values, (value) => typeof value !== 'number');
+  if (bad >= 0) {
+    throw new TypeError(`${name}[${bad}]: ${String(values[bad])} is not a number`);
+  }
+  return Float64Array.from(values);
 }
 
-/** A finite number. */
+/** An Int32Array of the values, which may be any array of integers of 32 bits. */
+export function integers(name, values, length) {
+  requireArray(name, values, length);
+  if (values instanceof Int32Array) {
+    return values;
+  }
+  const bad = Array.prototype.findIndex.call(values, (value) => (value | 0) !== value);
+  if (bad >= 0) {
+    throw new RangeError(`${name}[${bad}]: ${String(values[bad])} is not an integer of 32 bits`);
+  }
+  return Int32Array.from(values);
+}
+
+/** As reals, but undefined and null are no array. */
+export function someReals(name, values, length) {
+  return values === undefined || values === null ? null : reals(name, values, length);
+}
+
+/** As integers, but undefined and null are no array. */
+export function someIntegers(name, values, length) {
+  return values === undefined || values === null ? null : integers(name, values, length);
+}
+
+/** A number, which may be NaN: the library says what is wrong with it. */
 export function number(name, value) {
-  if (typeof value !== 'number' || Number.isNaN(value)) {
+  if (typeof value !== 'number') {
     throw new TypeError(`${name}: ${String(value)} is not a number`);
   }
   return value;
 }
 
-/** Coordinates and corners: three per vertex, three per triangle, corners in range. */
-export function mesh(vertices, triangles) {
-  const v = reals('vertices', vertices);
-  requireTriples('vertices', v);
-  const t = integers('triangles', triangles, undefined, 0, v.length / 3 - 1);
-  requireTriples('triangles', t);
+/** An integer in low .. high. */
+export function integer(name, value, low = 0, high = kMostIndex) {
+  if (!Number.isInteger(value) || value < low || value > high) {
+    throw new RangeError(`${name}: ${String(value)} is not an integer in ${low} .. ${high}`);
+  }
+  return value;
+}
+
+/** Coordinates and corners: three per vertex, three per triangle. */
+export function mesh(vertices, triangles, verticesName = 'vertices') {
+  const v = reals(verticesName, vertices);
+  requireMultiple(verticesName, v, 3);
+  const t = integers('triangles', triangles);
+  requireMultiple('triangles', t, 3);
   return {vertices: v, triangles: t, n: v.length / 3, m: t.length / 3};
 }
 
-export function requireTriples(name, array) {
-  if (array.length % 3 !== 0) {
-    throw new RangeError(`${name}: ${array.length} numbers are not a multiple of 3`);
+export function requireMultiple(name, array, factor) {
+  if (array.length % factor !== 0) {
+    throw new RangeError(`${name}: ${array.length} entries are not a multiple of ${factor}`);
   }
 }
 
-function iterable(name, values) {
+/** The arguments of a mesh, as every function takes them. */
+export function putMesh(frame, {vertices, triangles, n, m}) {
+  return [n, frame.put(vertices), m, frame.put(triangles)];
+}
+
+function requireArray(name, values, length) {
   if (values === null || typeof values !== 'object' || typeof values.length !== 'number') {
     throw new TypeError(`${name}: ${String(values)} is not an array`);
   }
   if (values.length > kMostIndex) {
     throw new RangeError(`${name}: ${values.length} entries are more than ${kMostIndex}`);
   }
-  return values;
-}
-
-function requireLength(name, array, length) {
-  if (length !== undefined && array.length !== length) {
-    throw new RangeError(`${name}: ${array.length} entries, expected ${length}`);
+  if (length !== undefined && values.length !== length) {
+    throw new RangeError(`${name}: ${values.length} entries, but ${length} are needed`);
   }
 }

@@ -1,6 +1,10 @@
-// The module's memory and its calls. Everything that knows addresses is here.
+// The module's memory and its calls. Everything that knows addresses is here and in layout.js.
 
-import {QuorError, Status} from './errors.js';
+import {QuorError, Status, badArgument} from './errors.js';
+import {kErrorBytes, kErrorText} from './layout.js';
+
+/** Names of arguments that differ from those in quorkit.h. */
+const kNames = {prescribedValues: 'prescribed', sourceValues: 'source', isShareOfSpan: 'shareOfSpan'};
 
 /**
  * One instance of the module. Its memory only grows; ending the worker that holds it, or dropping
@@ -9,29 +13,33 @@ import {QuorError, Status} from './errors.js';
 export class Core {
   #exports = null;
   #progress = null;
+  #isAtWork = false;
   #thrown = null;
-  #isUnusable = false;
+  #failure = null;
 
   /** @param {BufferSource | WebAssembly.Module | Response | Promise<Response>} source */
   static async instantiate(source) {
     const core = new Core();
-    const made = await instantiate(await source, core.#imports());
-    core.#exports = made.exports;
+    core.#exports = (await instantiate(await source, core.#imports())).exports;
     core.#exports._initialize();
     return core;
   }
 
   #imports() {
-    const now = (_clock, _precision, address) => {
-      const view = new DataView(this.#exports.memory.buffer);
-      view.setBigUint64(address >>> 0, BigInt(Math.round(performance.now() * 1e6)), true);
-      return 0;
-    };
     return {
-      env: {quorProgress: (fraction) => this.#report(fraction), emscripten_notify_memory_growth() {}},
+      env: {
+        quorProgress: (fraction) => this.#report(fraction),
+        emscripten_notify_memory_growth() {},
+      },
       wasi_snapshot_preview1: {
-        clock_time_get: now,
-        proc_exit(code) { throw new Error(`quor: the module ended with code ${code}`); },
+        clock_time_get: (_clock, _precision, address) => {
+          const view = new DataView(this.#exports.memory.buffer);
+          view.setBigUint64(address >>> 0, BigInt(Math.round(performance.now() * 1e6)), true);
+          return 0;
+        },
+        proc_exit(code) {
+          throw new Error(`quor: the module ended with code ${code}`);
+        },
       },
     };
   }
@@ -50,49 +58,62 @@ export class Core {
    * Runs calls with arrays that live until `run` returns.
    * @template T
    * @param {(frame: Frame) => T} run
-   * @param {((fraction: number) => unknown) | undefined} [progress]
+   * @param {(fraction: number) => unknown} [progress]
    * @returns {T}
    */
   frame(run, progress) {
-    if (this.#isUnusable) {
-      throw new QuorError(Status.UNUSABLE, 'this instance failed before and cannot be used: load another');
+    if (this.#isAtWork) {
+      throw badArgument('progress', 'must not call the instance that reports it: load a second instance');
     }
-    if (this.#progress !== null) {
-      throw new QuorError(Status.BAD_ARGUMENT, 'a progress function must not call the library: it is at work');
+    if (progress !== undefined && typeof progress !== 'function') {
+      throw new TypeError(`progress: ${String(progress)} is not a function`);
     }
-    const frame = new Frame(this, this.#exports);
-    this.#progress = progress ?? null;
+    const frame = new Frame(this);
+    this.#progress = progress;
+    this.#isAtWork = true;
     try {
       return run(frame);
-    } catch (error) {
-      this.#isUnusable ||= error instanceof WebAssembly.RuntimeError || error instanceof RangeError;
-      throw error;
     } finally {
-      this.#progress = null;
-      if (!this.#isUnusable) {
+      this.#isAtWork = false;
+      this.#progress = undefined;
+      this.#thrown = null;
+      if (this.#failure === null) {
         frame.release();
       }
     }
   }
 
-  /** What a progress function threw during the last call, once. */
-  takeThrown() {
-    const thrown = this.#thrown;
-    this.#thrown = null;
-    return thrown;
-  }
-
-  /** Releases a solver; a broken instance keeps it. */
-  freeSolver(address) {
-    if (!this.#isUnusable) {
-      this.#exports.quorkitFreeSolver(address);
+  /**
+   * Calls an exported function. Nothing may throw through the module: after a trap, an exhausted stack
+   * or an exit its memory is in no known state, and the instance is never called again.
+   */
+  enter(name, ...given) {
+    if (this.#failure !== null) {
+      throw new QuorError(Status.UNUSABLE, 'this instance failed earlier and cannot be used: load another',
+          {cause: this.#failure});
+    }
+    try {
+      return this.#exports[name](...given);
+    } catch (error) {
+      this.#failure = error;
+      throw new QuorError(Status.UNUSABLE, `${name} failed (${error}): load another instance`, {cause: error});
     }
   }
 
-  /** The English text of a status. */
-  textOf(status) {
-    const bytes = new Uint8Array(this.#exports.memory.buffer, this.#exports.quorkitStatusText(status) >>> 0);
-    return new TextDecoder().decode(bytes.slice(0, bytes.indexOf(0)));
+  /** Throws what the progress function threw during the last call, if it threw. */
+  rethrow() {
+    if (this.#thrown !== null) {
+      throw this.#thrown.error;
+    }
+  }
+
+  get isUsable() {
+    return this.#failure === null;
+  }
+
+  /** Memory as it is now: growing replaces the buffer. */
+  get buffer() {
+    return this.#exports.memory.buffer;
   }
 }
 
@@ -102,7 +123,7 @@ async function instantiate(source, imports) {
   }
   const isResponse = typeof Response === 'function' && source instanceof Response;
   if (isResponse && !source.ok) {
-    throw new Error(`quor: ${source.url}: ${source.status} ${source.statusText}`);
+    throw new Error(`quor: cannot load ${source.url}: ${source.status} ${source.statusText}`);
   }
   const bytes = isResponse ? await source.arrayBuffer() : source;
   return (await WebAssembly.instantiate(bytes, imports)).instance;
@@ -113,16 +134,15 @@ export class Frame {
   #core;
   #held = [];
 
-  constructor(core, exports) {
+  constructor(core) {
     this.#core = core;
-    this.library = exports;
   }
 
-  /** Room for so many bytes; addresses above 2 GB come as negative numbers. */
+  /** Room for so many bytes. Addresses above 2 GB come as negative numbers. */
   room(bytes) {
-    const address = this.library.malloc(bytes || 1) >>> 0;
+    const address = this.#core.enter('malloc', bytes || 1) >>> 0;
     if (address === 0) {
-      throw new QuorError(Status.OUT_OF_MEMORY, this.#core.textOf(Status.OUT_OF_MEMORY));
+      throw new QuorError(Status.OUT_OF_MEMORY, `out of memory: no room for ${bytes} bytes of arguments`);
     }
     this.#held.push(address);
     return address;
@@ -134,7 +154,7 @@ export class Frame {
       return 0;
     }
     const address = this.room(array.byteLength);
-    new Uint8Array(this.library.memory.buffer, address, array.byteLength)
+    new Uint8Array(this.#core.buffer, address, array.byteLength)
         .set(new Uint8Array(array.buffer, array.byteOffset, array.byteLength));
     return address;
   }
@@ -146,27 +166,67 @@ export class Frame {
 
   /** A copy of an array; views would die when the memory grows. */
   take(Type, address, length) {
-    return new Type(this.library.memory.buffer, address >>> 0, length).slice();
+    return length === 0 ? new Type(0) : new Type(this.#core.buffer, address >>> 0, length).slice();
+  }
+
+  /** The text that ends with a zero. */
+  text(address) {
+    const bytes = new Uint8Array(this.#core.buffer, address >>> 0);
+    return new TextDecoder().decode(bytes.slice(0, bytes.indexOf(0)));
   }
 
   word(address) {
     return this.take(Uint32Array, address, 1)[0];
   }
 
-  /** Throws what a progress function threw, or the error that the status means. */
-  require(status, text) {
-    const thrown = this.#core.takeThrown();
-    if (thrown) {
-      throw thrown.error;
-    }
+  /** Calls a function without a status. */
+  value(name, ...given) {
+    return this.#core.enter(name, ...given);
+  }
+
+  /** Calls a function that returns a status. Throws what a progress function threw, or a QuorError. */
+  call(name, ...given) {
+    const error = this.room(kErrorBytes);
+    const status = this.#core.enter(name, ...given, error);
+    this.#core.rethrow();
     if (status !== Status.DONE) {
-      throw new QuorError(status, status === Status.BAD_ARGUMENT && text ? text : this.#core.textOf(status));
+      throw this.#errorAt(error);
     }
+  }
+
+  /**
+   * Calls a function that makes something, and reads that; it is released in any case.
+   * @template T
+   * @param {string} free           the function that releases it
+   * @param {(address: number) => T} read
+   * @returns {T}
+   */
+  made(free, read, name, ...given) {
+    const out = this.room(4);
+    this.call(name, ...given, out);
+    const address = this.word(out);
+    try {
+      return read(address);
+    } finally {
+      this.#core.enter(free, address);
+    }
+  }
+
+  #errorAt(address) {
+    const [status, reason, , index] = this.take(Int32Array, address, 4);
+    const name = this.text(this.word(address + 8));
+    const argument = kNames[name] ?? name;
+    let text = this.text(address + kErrorText)
+        .replace(/\bquorkit([A-Z])/g, (_, letter) => letter.toLowerCase());
+    if (name !== '' && text.startsWith(name)) {
+      text = argument + text.slice(name.length);
+    }
+    return new QuorError(status, text, {reason, argument, index});
   }
 
   release() {
     for (const address of this.#held) {
-      this.library.free(address);
+      this.#core.enter('free', address);
     }
     this.#held = [];
   }

@@ -2,7 +2,7 @@
 import {readFile} from 'node:fs/promises';
 import {instantiateQuor} from './quor.js';
 
-export {QuorError, Status} from './errors.js';
+export {QuorError, Reason, Status} from './errors.js';
 
 /** Loads the module from quor.wasm next to this package, or from the address or bytes that are given. */
 export async function load(source = new URL('../quor.wasm', import.meta.url)) {

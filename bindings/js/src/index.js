@@ -2,7 +2,7 @@
 import {bytes} from './embedded.js';
 import {instantiateQuor} from './quor.js';
 
-export {QuorError, Status} from './errors.js';
+export {QuorError, Reason, Status} from './errors.js';
 
 /** Loads the module; once is enough. Another source, such as a compiled module, may be given. */
 export async function load(source) {

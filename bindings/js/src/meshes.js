@@ -1,59 +1,61 @@
-// Meshes: weld, check, clean, refine, areas.
+// Operations on meshes that need no solver: weld, check, clean, refine, flip, faces, areas, flow.
 
-import {integers, mesh, number, reals, requireTriples} from './arrays.js';
-import {QuorError, Status} from './errors.js';
+import {integer, integers, mesh, number, putMesh, reals, someIntegers, someReals} from './arrays.js';
+import {kReportBytes, readCleaning, readFaces, readMesh, readRefinement, readReport} from './layout.js';
 
-/** What quorkitCheck finds, in the order of QuorkitReport behind its three lengths. */
-const kFindings = ['cornersOutOfRange', 'repeatedCorners', 'notFinite', 'flatTriangles', 'needles',
-  'unusedVertices', 'prescribedVertices', 'pieces', 'unprescribedPieces'];
-const kReportBytes = 512;  // room for more than the report has
+const kMostTriangles = 0x7fffffff;
 
 export function weld(core, points, triangles, tolerance) {
-  const soup = mesh(points, triangles);
+  const {vertices, triangles: kept, pointMap} = weldWithOrigins(core, points, triangles, tolerance);
+  return {vertices, triangles: kept, pointMap};
+}
+
+export function weldWithOrigins(core, points, triangles, tolerance) {
+  const soup = mesh(points, triangles, 'points');
   number('tolerance', tolerance);
   return core.frame((frame) => {
-    const vertices = frame.put(soup.vertices);
-    const corners = frame.put(soup.triangles);
+    const given = putMesh(frame, soup);
+    const [, vertices, , corners] = given;  // the results may take the place of the inputs
     const map = frame.room(4 * soup.n);
+    const origins = frame.room(4 * soup.m);
     const counts = frame.room(8);
-    frame.require(
-        frame.library.quorkitWeld(soup.n, vertices, soup.m, corners, vertices, corners, map, counts,
-            counts + 4, tolerance),
-        `tolerance: ${tolerance} is negative`);
+    frame.call('quorkitWeldOrigins', ...given, vertices, corners, map, origins, counts, counts + 4, tolerance);
     const [n, m] = frame.take(Int32Array, counts, 2);
     return {
       vertices: frame.take(Float64Array, vertices, 3 * n),
       triangles: frame.take(Int32Array, corners, 3 * m),
       pointMap: frame.take(Int32Array, map, soup.n),
+      triangleOrigins: frame.take(Int32Array, origins, m),
     };
   });
 }
 
 export function check(core, vertices, triangles, tags) {
-  const v = reals('vertices', vertices);
-  requireTriples('vertices', v);
-  const t = integers('triangles', triangles);
-  requireTriples('triangles', t);
-  const given = tags === undefined ? null : integers('tags', tags, v.length / 3);
+  const given = mesh(vertices, triangles);
+  const marks = someIntegers('tags', tags, given.n);
   return core.frame((frame) => {
     const out = frame.room(kReportBytes);
-    frame.require(frame.library.quorkitCheck(v.length / 3, frame.put(v), t.length / 3, frame.put(t),
-        frame.put(given), out));
-    const [longestEdge, area, diagonal] = frame.take(Float64Array, out, 3);
-    const report = {longestEdge, area, diagonal};
-    const numbers = frame.take(Int32Array, out + 24, 2 * kFindings.length);
-    kFindings.forEach((name, k) => {
-      report[name] = {count: numbers[2 * k], first: numbers[2 * k + 1]};
-    });
-    return report;
+    frame.call('quorkitCheck', ...putMesh(frame, given), frame.put(marks), out);
+    return readReport(frame, out);
+  });
+}
+
+export function checkRegions(core, vertices, triangles, regions, values) {
+  const given = mesh(vertices, triangles);
+  const numbers = integers('regions', regions, given.n);
+  const prescribed = someReals('values', values, given.n);
+  return core.frame((frame) => {
+    const out = frame.room(kReportBytes);
+    frame.call('quorkitCheckRegions', ...putMesh(frame, given), frame.put(numbers), frame.put(prescribed), out);
+    return readReport(frame, out);
   });
 }
 
 export function clean(core, vertices, triangles) {
   const given = mesh(vertices, triangles);
-  return core.frame((frame) => derived(frame, (out) => frame.library.quorkitClean(
-      given.n, frame.put(given.vertices), given.m, frame.put(given.triangles), out),
-  'vertices: a coordinate that a triangle uses is not finite'));
+  return core.frame((frame) => frame.made('quorkitFreeMesh',
+      (address) => ({...readMesh(frame, address), ...readCleaning(frame, address)}),
+      'quorkitClean', ...putMesh(frame, given)));
 }
 
 export function refine(core, vertices, triangles, {longestEdge, triangleCount, sizes} = {}) {
@@ -64,58 +66,63 @@ export function refine(core, vertices, triangles, {longestEdge, triangleCount, s
     throw new TypeError('refine: sizes go with longestEdge');
   }
   const given = mesh(vertices, triangles);
-  const lengths = sizes === undefined ? null : reals('sizes', sizes, given.n);
+  const lengths = someReals('sizes', sizes, given.n);
   return core.frame((frame) => {
-    const arrays = [given.n, frame.put(given.vertices), given.m, frame.put(given.triangles)];
-    const {library} = frame;
-    return derived(frame, (out) => {
-      if (triangleCount !== undefined) {
-        return library.quorkitRefineTo(...arrays, number('triangleCount', triangleCount), out);
-      }
-      number('longestEdge', longestEdge);
-      return lengths === null ? library.quorkitRefine(...arrays, longestEdge, out) :
-        library.quorkitRefineGraded(...arrays, longestEdge, frame.put(lengths), out);
-    }, 'refine: coordinates must be finite, the corners of a triangle different, and lengths above 0');
+    const read = (address) => ({...readMesh(frame, address), ...readRefinement(frame, address)});
+    const arrays = putMesh(frame, given);
+    if (triangleCount !== undefined) {
+      return frame.made('quorkitFreeMesh', read, 'quorkitRefineTo', ...arrays,
+          Math.min(Math.max(integer('triangleCount', triangleCount, -Infinity, Infinity), 0), kMostTriangles));
+    }
+    number('longestEdge', longestEdge);
+    return lengths === null ?
+      frame.made('quorkitFreeMesh', read, 'quorkitRefine', ...arrays, longestEdge) :
+      frame.made('quorkitFreeMesh', read, 'quorkitRefineGraded', ...arrays, longestEdge, frame.put(lengths));
   });
+}
+
+export function flip(core, vertices, triangles, faces) {
+  const given = mesh(vertices, triangles);
+  const labels = someIntegers('faces', faces, given.m);
+  return core.frame((frame) => frame.made('quorkitFreeMesh', (address) => readMesh(frame, address),
+      'quorkitFlip', ...putMesh(frame, given), frame.put(labels)));
+}
+
+export function faces(core, vertices, triangles, angle = 30) {
+  const given = mesh(vertices, triangles);
+  number('angle', angle);
+  return core.frame((frame) => frame.made('quorkitFreeFaces',
+      (address) => readFaces(frame, address, given.m), 'quorkitFaces', ...putMesh(frame, given), angle));
 }
 
 export function areas(core, vertices, triangles) {
   const given = mesh(vertices, triangles);
   return core.frame((frame) => {
     const out = frame.room(8 * given.n);
-    frame.require(frame.library.quorkitAreas(given.n, frame.put(given.vertices), given.m,
-        frame.put(given.triangles), out));
+    frame.call('quorkitAreas', ...putMesh(frame, given), out);
     return frame.take(Float64Array, out, given.n);
   });
 }
 
-/** A copy of a QuorkitMesh that `make` writes the address of; the mesh is released. */
-export function derived(frame, make, text) {
-  const out = frame.room(4);
-  frame.require(make(out), text);
-  const address = frame.word(out);
-  try {
-    const [n, m, vertices, triangles, origins, vertexOrigins, map, mapCount] =
-      frame.take(Uint32Array, address, 8);
-    return {
-      vertices: frame.take(Float64Array, vertices, 3 * n),
-      triangles: frame.take(Int32Array, triangles, 3 * m),
-      triangleOrigins: frame.take(Int32Array, origins, m),
-      vertexOrigins: frame.take(Int32Array, vertexOrigins, 2 * n),
-      vertexMap: map === 0 ? null : frame.take(Int32Array, map, mapCount),
-      longestEdge: frame.take(Float64Array, address + 32, 1)[0],
-    };
-  } finally {
-    frame.library.quorkitFreeMesh(address);
-  }
+export function flow(core, vertices, triangles, field, regions, regionCount) {
+  const given = mesh(vertices, triangles);
+  const values = reals('field', field, given.n);
+  const numbers = integers('regions', regions, given.n);
+  const count = integer('regionCount',
+      regionCount ?? numbers.reduce((largest, region) => Math.max(largest, region), -1) + 1);
+  return core.frame((frame) => {
+    const out = frame.room(8 * count);
+    frame.call('quorkitFlow', ...putMesh(frame, given), frame.put(values), frame.put(numbers), count, out);
+    return frame.take(Float64Array, out, count);
+  });
 }
 
-/** Refuses pieces without a prescribed vertex, whose field nothing defines. */
-export function requirePrescribed(report) {
-  const {count, first} = report.unprescribedPieces;
-  if (count > 0) {
-    throw new QuorError(Status.BAD_ARGUMENT,
-        `tags: ${count} pieces of the mesh have no prescribed vertex; the first has vertex ${first}: ` +
-        'prescribe one in each, or pass unprescribed: "ignore"');
-  }
+export function gradients(core, vertices, triangles, field) {
+  const given = mesh(vertices, triangles);
+  const values = reals('field', field, given.n);
+  return core.frame((frame) => {
+    const out = frame.room(24 * given.m);
+    frame.call('quorkitGradients', ...putMesh(frame, given), frame.put(values), out);
+    return frame.take(Float64Array, out, 3 * given.m);
+  });
 }
