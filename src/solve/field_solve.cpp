@@ -71,10 +71,10 @@ void solveField(const SolverHandle& handle, const double* prescribedValues,
 
 void solveField(const SolverHandle& handle, const double* prescribedValues,
                 const double* sourceValues, double* fieldOut, const SolveRoom& room) {
-  const std::size_t prescribed = handle.prescribedCount;
+  const std::size_t prescribed = toSize(handle.prescribedCount);
   const std::int32_t* const callerIndex = handle.solverToCaller.data();
   const std::int32_t* const freeCallerIndex = callerIndex + prescribed;
-  const std::size_t free = handle.vertexCount - prescribed;
+  const std::size_t free = toSize(handle.vertexCount) - prescribed;
   assert(handle.solverToCaller.size() == handle.vertexCount && prescribed <= handle.vertexCount);
   assert(handle.stiffnessFP->rows() == static_cast<Eigen::Index>(free) &&
          handle.stiffnessFP->cols() == static_cast<Eigen::Index>(prescribed));

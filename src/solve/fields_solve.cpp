@@ -4,6 +4,7 @@
 #include "operator/factor/work_array.h"
 #include "solve/field_solve.h"
 #include "solve/lane_substitution.h"
+#include "util/index.h"
 
 #include <algorithm>
 #include <array>
@@ -26,7 +27,7 @@ class LaneSolve {
   LaneSolve(const SolverHandle& handle, std::size_t columns, const SolveRoom& room)
       : handle_(handle),
         columns_(columns),
-        free_(handle.vertexCount - handle.prescribedCount),
+        free_(toSize(handle.vertexCount - handle.prescribedCount)),
         callerIndex_(handle.solverToCaller.data()),
         freeCallerIndex_(callerIndex_ + handle.prescribedCount),
         place_(handle.factorFF->permutationP().indices().data()),
@@ -109,7 +110,7 @@ class LaneSolve {
 void solveFields(const SolverHandle& handle, std::size_t columns, const double* prescribedValues,
                  const double* sourceValues, double* fieldsOut, VectorWidth width) {
   const std::size_t lanes = columns > kFew ? kAtOnce : 1;
-  const auto roomFor = [lanes](std::size_t vertices) {
+  const auto roomFor = [lanes](std::uint64_t vertices) {
     return static_cast<std::ptrdiff_t>(lanes * vertices);
   };
   const WorkArray values(roomFor(handle.prescribedCount));
