@@ -44,7 +44,7 @@ for script in "$scripts"/* "$scripts"/steps/*; do
   refuses "^$name: " "$path" --no-such-option
 done
 
-refuses 'name one of the five' bench
+refuses 'name one of the six' bench
 refuses '"wled" is no benchmark' bench wled
 refuses 'none of these is a file: part.stl --out o' demo part.stl --out o
 refuses '"soon" is no number' fuzz soon
