@@ -309,8 +309,8 @@ QUORKIT_API void quorkitFreeMesh(const QuorkitMesh* mesh);
  *
  * Degenerate triangles that are joined by edges only to each other are dropped. The rest keeps its
  * order: kept vertices ascend, and the parts of a triangle stand where it stood. A clean mesh is
- * returned unchanged. The time is that of a few sorts. Cleaning ends after 64 looks at triangles per
- * triangle; many degenerate triangles around one vertex then stay.
+ * returned unchanged. The time is that of a few sorts. Cleaning ends after 64 looks at triangles
+ * per triangle; many degenerate triangles around one vertex then stay.
  *
  *   n, vertices   0 or more; 3n coordinates, finite where a triangle uses them
  *   m, triangles  0 or more; 3m vertex indices in 0 .. n-1

@@ -147,6 +147,7 @@ class Cleaning {
   }
 
   void block(std::int32_t t) {
+    assert(parts_[toSize(t)].isThere && shape(t).isFlat());
     isStuck_ = true;
     parts_[toSize(t)].isBlocked = true;
     for (const std::int32_t corner : parts_[toSize(t)].corners) {
@@ -191,6 +192,7 @@ class Cleaning {
     const std::size_t e = shape(t).shortest;
     const std::int32_t kept = std::min(c[e], c[(e + 1) % 3]);
     const std::int32_t gone = std::max(c[e], c[(e + 1) % 3]);
+    assert(kept < gone && becameOf_[toSize(gone)] == gone);
     const std::vector<std::int32_t> changed = around(gone);
     for (const std::int32_t other : changed) {
       const Part& part = parts_[toSize(other)];
