@@ -572,7 +572,7 @@ typedef struct QuorkitProblem {
   const int32_t* faces;  /* m face numbers, any; edges between two stay; null: all are one face  */
   double tolerance;      /* the largest error, above 0                                           */
   int32_t isShareOfSpan; /* 1: the tolerance is a share of the field's span; 0: in its unit      */
-  int32_t triangleLimit; /* the most triangles of the result; 0: 4,000,000                       */
+  int32_t triangleLimit; /* the most triangles, or 4m if that is more; 0: 4,000,000              */
 } QuorkitProblem;
 
 /* Why quorkitSolveWithin has no field. */

@@ -262,7 +262,7 @@ struct Problem {
   Span<std::int32_t> faces;    /* one number per triangle     */
   double tolerance = 0;        /* above 0                     */
   bool isShareOfSpan = false;
-  std::int32_t triangleLimit = 0; /* 0: 4,000,000 */
+  std::int32_t triangleLimit = 0; /* of the result, which has 4m at least; 0: 4,000,000 */
 };
 
 namespace detail {

@@ -34,7 +34,8 @@ namespace Quor
         /// <summary>Whether the tolerance is a share of the field's span, and not in its
         /// unit.</summary>
         public bool IsShareOfSpan { get; set; }
-        /// <summary>The most triangles of the result; 0: 4,000,000.</summary>
+        /// <summary>The most triangles of the result, or four times those of the mesh if that is more;
+        /// 0: 4,000,000.</summary>
         public int TriangleLimit { get; set; }
 
         // Calls the library with the addresses of the arrays, which stay where they are meanwhile.

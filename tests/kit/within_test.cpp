@@ -150,6 +150,10 @@ TEST(KitWithin, StopsAtTheLimitAndSaysSo) {
   EXPECT_GT(s->error, 1e-6);
   EXPECT_LE(s->triangleCount, 20000);
   EXPECT_GT(s->vertexCount, 0);
+  problem.triangleLimit = mesh.m() + 1;  // less than the estimate needs
+  const Solution least = solved(problem);
+  EXPECT_EQ(least->isReached, 0);
+  EXPECT_EQ(least->triangleCount, 4 * mesh.m());
 }
 
 TEST(KitWithin, MeasuresAShareOfTheSpan) {

@@ -102,7 +102,8 @@ void describe(CLI::App& app, Options& options, Texts& texts) {
                  "span (default: 1%)")
       ->type_name("TOLERANCE");
   app.add_option("--triangle-limit", options.triangleLimit,
-                 "stop refining before there are more triangles than this")
+                 "stop refining before there are more triangles than this; there are\n"
+                 "always at least four times those of the part")
       ->capture_default_str()
       ->check(CLI::Range(1, 238609294));
   app.add_option("--edge", texts.edge,

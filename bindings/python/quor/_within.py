@@ -61,7 +61,7 @@ def solve_within(vertices: MeshLike, triangles: Optional[ArrayLike] = None,
     vertex_values    (n,) values of vertices, NaN for free ones: prescribes the edges between two
     sources          (m,) source densities, per area; positive where they lower the field
     faces            (m,) face numbers; edges between two faces stay
-    triangle_limit   the most triangles of the result; 0: 4,000,000
+    triangle_limit   the most triangles of the result, or 4m if that is more; 0: 4,000,000
     progress         as for Solver
 
     Raises IsolatedVertexError, UnprescribedPieceError or SingularMatrixError where there is no field;

@@ -40,7 +40,8 @@ struct Allowance {
 // each step, and warns where that is not promised or not reached. Throws likewise.
 //
 //   allowance      its tolerance is above its textError, which the solution's error includes
-//   triangleLimit  1 or more; the mesh has no more triangles than that, or than four for each of the part
+//   triangleLimit  1 or more; the mesh has no more triangles than that, or than four for each of
+//   the part
 Solution solveWithin(const Regions& regions, const Allowance& allowance, std::int32_t triangleLimit,
                      Stages& stages);
 
