@@ -19,7 +19,7 @@ class ErrorText {
  public:
   ErrorText& operator<<(std::string_view text) {
     const std::size_t length = std::min(text.size(), room());
-    std::copy_n(text.data(), length, text_ + length_);
+    std::copy_n(text.data(), length, text_.data() + length_);
     length_ += length;
     return *this;
   }
@@ -33,17 +33,16 @@ class ErrorText {
     return *this << view(digits.data(), quor::writeNumber(digits.data(), number));
   }
 
-  std::size_t room() const { return sizeof text_ - 1 - length_; }
-  void copyTo(char (&text)[sizeof(QuorkitError::text)]) const {
-    std::copy_n(text_, sizeof text_, text);
-  }
+  std::size_t room() const { return text_.size() - 1 - length_; }
+  /// @param text  that of a QuorkitError
+  void copyTo(char* text) const { std::copy_n(text_.data(), text_.size(), text); }
 
  private:
   static std::string_view view(const char* first, const char* end) {
     return {first, static_cast<std::size_t>(end - first)};
   }
 
-  char text_[sizeof(QuorkitError::text)] = {};
+  std::array<char, sizeof(QuorkitError::text)> text_{};
   std::size_t length_ = 0;
 };
 

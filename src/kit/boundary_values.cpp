@@ -128,7 +128,7 @@ std::int32_t firstNoEdge(const MeshView& mesh, std::int32_t count, const std::in
   edges.reserve(3 * mesh.triangleCount());
   for (std::size_t k = 0; k < 3 * mesh.triangleCount(); ++k) {
     const std::int32_t next = mesh.triangles[k / 3 * 3 + (k + 1) % 3];
-    edges.push_back(std::minmax(mesh.triangles[k], next));
+    edges.emplace_back(std::minmax(mesh.triangles[k], next));
   }
   std::sort(edges.begin(), edges.end());
   for (std::size_t e = 0; e < toSize(count); ++e) {

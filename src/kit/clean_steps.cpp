@@ -329,8 +329,8 @@ class Cleaning {
       cleaned.triangles.insert(cleaned.triangles.end(), part.corners.begin(), part.corners.end());
       cleaned.origins.push_back(part.origin);
     }
-    for (std::size_t v = 0; v < becameOf_.size(); ++v) {  // a vertex became a lower one
-      becameOf_[v] = becameOf_[toSize(becameOf_[v])];
+    for (std::int32_t& became : becameOf_) {  // a vertex became a lower one, whose entry is final
+      became = becameOf_[toSize(became)];
     }
     cleaned.becameOf = std::move(becameOf_);
     return cleaned;
