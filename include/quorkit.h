@@ -599,9 +599,10 @@ typedef struct QuorkitSolution {
   int32_t isReached;            /* 1 if the error is at most the tolerance                      */
   int32_t rounds;               /* how often it was solved                                      */
   int32_t jumpCount;            /* vertices where regions of different values meet              */
-  const int32_t* jumps;         /* jumpCount ascending input vertices                           */
-  double jumpRadius;            /* no error is promised nearer to them than this, nor to the
-                                   edges along which such regions meet                          */
+  const int32_t* jumps; /* jumpCount ascending input vertices, where values meet: the field has   */
+                        /* the middle of the lowest and the highest there                         */
+  double jumpRadius;    /* no error is promised nearer to them than this, nor to the
+                           edges along which such regions meet                          */
 } QuorkitSolution;
 
 /*

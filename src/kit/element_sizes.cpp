@@ -3,6 +3,7 @@
 #include "kit/measure.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cmath>
 #include <cstdint>
@@ -17,13 +18,13 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Of a triangle: its longest side, and the cotangents of its angles.
 struct Shape {
   double longest = 0.0;
-  double cotangents[3] = {};
+  std::array<double, 3> cotangents{};
 };
 
 Shape shapeAt(const MeshView& mesh, std::size_t t) {
   const std::int32_t* const c = mesh.triangles + 3 * t;
-  const Vec3 p[3] = {pointAt(mesh.vertices, c[0]), pointAt(mesh.vertices, c[1]),
-                     pointAt(mesh.vertices, c[2])};
+  const std::array<Vec3, 3> p = {pointAt(mesh.vertices, c[0]), pointAt(mesh.vertices, c[1]),
+                                 pointAt(mesh.vertices, c[2])};
   const double area = doubledArea(p[0], p[1], p[2]);
   Shape shape;
   for (std::size_t k = 0; k < 3; ++k) {
@@ -139,8 +140,8 @@ class Lowering {
  private:
   /// The surplus at the midpoints of a triangle's sides, and that of the response.
   struct Midpoints {
-    double field[3];
-    double response[3];
+    std::array<double, 3> field;
+    std::array<double, 3> response;
   };
 
   double largestSurplus(std::size_t t) const {
@@ -171,7 +172,7 @@ class Lowering {
         continue;
       }
       const Midpoints at = midpointsOf(t);
-      const double* const cotangents = shapes_[t].cotangents;
+      const std::array<double, 3>& cotangents = shapes_[t].cotangents;
       double share = 0.0;
       for (std::size_t e = 0; e < 3; ++e) {  // side e is opposite to corner e + 2, and so on
         const std::size_t f = (e + 1) % 3;

@@ -126,6 +126,7 @@ TEST(KitWithin, ExcludesOnlyTheSurroundingsOfJumps) {
   const Solution s = solved(problem);
   ASSERT_EQ(s->jumpCount, 1);
   EXPECT_EQ(s->jumps[0], 1);
+  EXPECT_EQ(s->field[1], 0.5) << "not the middle of the values that meet";
   EXPECT_NEAR(s->jumpRadius, 0.01 * std::sqrt(2.0), 1e-12);
   EXPECT_EQ(s->isReached, 1);
   // By symmetry one half on the diagonal through the jump.
