@@ -309,6 +309,12 @@ TEST(KitFlip, LeavesEdgesBetweenFacesAndFolds) {
   }
 }
 
+TEST(KitFlip, MakesNoSecondEdgeBetweenTwoVertices) {
+  // Both sides of a flat kite: the edge 0 1 of the one would become 2 3, the edge of the other.
+  const Mesh mesh{{0, 0, 0, 10, 0, 0, 5, 1, 0, 5, -1, 0}, {0, 1, 2, 1, 0, 3, 0, 2, 3, 2, 1, 3}};
+  EXPECT_TRUE(sameMesh(plain(flipped(mesh)), mesh));
+}
+
 TEST(KitFaces, FindsPlanesFirstAndChainsThatEndAtCorners) {
   // A box: six faces and twelve edges. With a round column between two of them: the column is one
   // face, although it goes on smoothly into both.
