@@ -201,7 +201,7 @@ class FaceFinder {
       const bool isInside = across(side) != kNoSide && faces_.faceOf[toSize(side / 3)] ==
                                                            faces_.faceOf[toSize(across(side) / 3)];
       if (!isInside) {
-        found.push_back(std::minmax(mesh_.triangles[side], mesh_.triangles[nextSide(side)]));
+        found.emplace_back(std::minmax(mesh_.triangles[side], mesh_.triangles[nextSide(side)]));
       }
     }
     std::sort(found.begin(), found.end());

@@ -50,8 +50,8 @@ std::vector<double> sourceValues(const Problem& problem, const Level& level) {
 }
 
 WeightedSystem systemOf(const Level& level, const quor::Progress& progress) {
-  return WeightedSystem(intrinsicDelaunayEdges(level.view(), prescribedSides(level)),
-                        level.values.perVertex(), progress);
+  return {intrinsicDelaunayEdges(level.view(), prescribedSides(level)), level.values.perVertex(),
+          progress};
 }
 
 /// origins[t] becomes the origin of the triangle that t is part of.

@@ -92,6 +92,7 @@ const char* quorkitStatusText(QuorkitStatus status) {
   }
 }
 
+// The weld writes to all of the arrays.  NOLINTBEGIN(readability-non-const-parameter)
 QuorkitStatus quorkitWeld(int32_t pointCount, const double* points, int32_t triangleCount,
                           const int32_t* triangles, double* outVertices, int32_t* outTriangles,
                           int32_t* outPointMap, int32_t* outVertexCount, int32_t* outTriangleCount,
@@ -128,6 +129,7 @@ QuorkitStatus quorkitWeldOrigins(int32_t pointCount, const double* points, int32
                     outTriangles, outTriangleOrigins);
   });
 }
+// NOLINTEND(readability-non-const-parameter)
 
 QuorkitStatus quorkitCheck(int32_t n, const double* vertices, int32_t m, const int32_t* triangles,
                            const int32_t* tags, QuorkitReport* reportOut, QuorkitError* errorOut) {

@@ -210,7 +210,9 @@ class Refinement {
       return false;
     }
     ++solution_.rounds;
-    lastError_ = solution_.rounds > 1 ? solution_.error : kInfinity;
+    if (solution_.rounds > 1) {
+      lastError_ = solution_.error;
+    }
     solution_.tolerance =
         problem_.isShareOfSpan ? problem_.tolerance * (*high - *low) : problem_.tolerance;
     solution_.error = error;

@@ -38,7 +38,8 @@ TEST(IntrinsicDelaunay, KeepsTheEnergyOfLinearFunctionsAndHasNoNegativeWeight) {
       area += 0.5 * ((at(c[1], 0) - at(c[0], 0)) * (at(c[2], 1) - at(c[0], 1)) -
                      (at(c[1], 1) - at(c[0], 1)) * (at(c[2], 0) - at(c[0], 0)));
     }
-    // Whatever the triangles are, those of a function that is linear in the plane have its gradient.
+    // Whatever the triangles are, those of a function that is linear in the plane have its
+    // gradient.
     for (const auto& [a, b] : {std::pair{1.0, 0.0}, {0.0, 1.0}, {1.0, -2.0}}) {
       double energy = 0;
       for (const quorkit::WeightedEdge& edge : edges) {
