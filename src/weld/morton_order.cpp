@@ -71,7 +71,7 @@ class Grid {
     std::uint32_t noise = 1;
     for (std::size_t first = 0; first + share <= selected.size(); first += share) {
       noise = noise * 1664525U + 1013904223U;  // Knuth's linear congruential generator
-      sampled.push_back(selected[first + (std::uint64_t{noise} * share >> 32U)]);
+      sampled.push_back(selected[first + toSize(std::uint64_t{noise} * share >> 32U)]);
     }
     return sampled;
   }
