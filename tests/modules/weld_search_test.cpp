@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstring>
+
 using namespace test;
 
 namespace {
@@ -78,6 +81,33 @@ TEST(WeldSearch, EqualPointsLeaveTheFirstOfEach) {
     EXPECT_TRUE(seen.insert({p[0], p[1], p[2]}).second);
     EXPECT_EQ(forest[std::size_t(i)], i);
   }
+}
+
+TEST(WeldSearch, EqualPointsAreComparedWhereTheirHashesLookAlike) {
+  // Points on an axis whose hashes have the same upper bits, which lead to a slot, and the same
+  // lower half, which is kept there.
+  constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15U;
+  std::uint64_t inverse = kFactor;  // whose product with the factor is 1, by Newton's method
+  for (int k = 0; k < 6; ++k) {
+    inverse *= 2 - kFactor * inverse;
+  }
+  const std::uint64_t hash = quor::mixHash(0, 0x3FF0000000000000U);  // of 0 0 1
+  std::vector<double> points;
+  for (std::uint64_t middle = 0; points.size() < 3 * 40; ++middle) {
+    const std::uint64_t wanted = hash ^ middle << 32U;
+    const std::uint64_t word = (wanted ^ wanted >> 32U) * inverse;
+    ASSERT_EQ(quor::mixHash(0, word), wanted);
+    double z = 0;
+    std::memcpy(&z, &word, sizeof z);
+    if (std::isfinite(z)) {
+      points.insert(points.end(), {0.0, 0.0, z});
+    }
+  }
+  std::vector<std::int32_t> forest(40);
+  const std::vector<std::int32_t> distinct =
+      quor::EqualPoints(40, quor::PointArray(points.data()), quor::DisjointSets(forest.data()))
+          .link();
+  EXPECT_EQ(distinct.size(), 40U);
 }
 
 TEST(WeldSearch, HashIndexHoldsTheLargestIndices) {
