@@ -5,10 +5,23 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace fuzz {
+
+/// Makes the input a failure unless this holds.
+/// @param what  is printed then
+inline void require(bool holds, const std::string& what = {}) {
+  if (!holds) {
+    std::fprintf(stderr, "%s\n", what.c_str());
+    std::abort();
+  }
+}
 
 class Input {
  public:
@@ -47,6 +60,24 @@ class Input {
       default:
         return lattice;
     }
+  }
+
+  /// The coordinates of 1 to `most` vertices.
+  std::vector<double> vertices(int most) {
+    std::vector<double> coordinates(3 * static_cast<std::size_t>(1 + byte() % most));
+    for (double& value : coordinates) {
+      value = coordinate();
+    }
+    return coordinates;
+  }
+
+  /// The corners of triangles on n vertices.
+  std::vector<std::int32_t> triangles(int count, int n) {
+    std::vector<std::int32_t> corners(3 * static_cast<std::size_t>(count));
+    for (std::int32_t& corner : corners) {
+      corner = byte() % n;
+    }
+    return corners;
   }
 
  private:

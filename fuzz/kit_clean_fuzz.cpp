@@ -8,8 +8,6 @@
 
 #include <quorkit.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 namespace {
@@ -18,10 +16,7 @@ using test::KitMesh;
 using test::Mesh;
 
 void requireNone(const std::string& fault) {
-  if (!fault.empty()) {
-    std::fprintf(stderr, "%s\n", fault.c_str());
-    std::abort();
-  }
+  fuzz::require(fault.empty(), fault);
 }
 
 /// A share of any size between 1e-16 and 1, or that far below 1.

@@ -8,31 +8,22 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <vector>
 
 namespace {
 
+using fuzz::require;
 using test::KitMesh;
 using test::Mesh;
-
-void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
-}
 
 /// @param anything  corners need not be in range, nor different
 Mesh readMesh(fuzz::Input& input, bool anything) {
   Mesh mesh;
-  const int n = 1 + input.byte() % 32;
-  for (int i = 0; i < 3 * n; ++i) {
-    mesh.vertices.push_back(input.coordinate());
-  }
+  mesh.vertices = input.vertices(32);
   for (int t = input.byte() % 64; t > 0; --t) {
     for (int corner = 0; corner < 3; ++corner) {
       mesh.triangles.push_back(anything && input.byte() == 0 ? input.raw<std::int32_t>()
-                                                             : input.byte() % n);
+                                                             : input.byte() % mesh.n());
     }
   }
   return mesh;

@@ -8,24 +8,16 @@
 
 #include <quorkit.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 namespace {
 
+using fuzz::require;
 using test::ExactRefinement;
 using test::KitMesh;
 using test::Mesh;
 
 constexpr int kMost = 1 << 14;  ///< triangles; an input that makes more is left out
-
-void require(bool holds, const std::string& what = {}) {
-  if (!holds) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::abort();
-  }
-}
 
 void requireSame(const QuorkitMesh& made, const test::Refined& expected) {
   const std::string difference = test::differenceOf(made, expected);

@@ -6,30 +6,17 @@
 
 #include <quor.h>
 
-#include <cstdlib>
 #include <numeric>
 
 namespace {
 
+using fuzz::require;
 using test::Mesh;
-
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
 
 Mesh readMesh(fuzz::Input& input) {
   Mesh mesh;
-  const int n = 1 + input.byte() % 24;
-  for (int i = 0; i < 3 * n; ++i) {
-    mesh.vertices.push_back(input.coordinate());
-  }
-  for (int t = 1 + input.byte() % 64; t > 0; --t) {
-    for (int corner = 0; corner < 3; ++corner) {
-      mesh.triangles.push_back(input.byte() % n);
-    }
-  }
+  mesh.vertices = input.vertices(24);
+  mesh.triangles = input.triangles(1 + input.byte() % 64, mesh.n());
   return mesh;
 }
 

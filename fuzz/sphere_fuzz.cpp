@@ -5,15 +5,9 @@
 
 #include <quor.h>
 
-#include <cstdlib>
-
 namespace {
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+using fuzz::require;
 
 int byteOf(float coordinate) {
   const auto product = float(double(coordinate) * 255.0);

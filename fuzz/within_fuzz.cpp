@@ -9,20 +9,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <memory>
 #include <vector>
 
 namespace {
 
+using fuzz::require;
 using test::KitMesh;
 using test::Mesh;
-
-void require(bool holds) {
-  if (!holds) {
-    std::abort();
-  }
-}
 
 struct Free {
   void operator()(const QuorkitSolution* solution) const { quorkitFreeSolution(solution); }
@@ -31,15 +25,8 @@ struct Free {
 
 Mesh readMesh(fuzz::Input& input) {
   Mesh mesh;
-  const int n = 1 + input.byte() % 24;
-  for (int i = 0; i < 3 * n; ++i) {
-    mesh.vertices.push_back(input.coordinate());
-  }
-  for (int t = input.byte() % 48; t > 0; --t) {
-    for (int corner = 0; corner < 3; ++corner) {
-      mesh.triangles.push_back(input.byte() % n);
-    }
-  }
+  mesh.vertices = input.vertices(24);
+  mesh.triangles = input.triangles(input.byte() % 48, mesh.n());
   return mesh;
 }
 
