@@ -2,9 +2,7 @@
 #pragma once
 
 #include "operator/factor/factorization.h"
-#include "util/machine.h"
 
-#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -28,26 +26,6 @@ struct FactorView {
   const double* diagonal;
   int columns;
   const std::vector<std::uint8_t>& groups;
-};
-
-/// Columns first .. first+kColumns-1, each nested in the next. What they have in common are the
-/// rows of the last one.
-template <int kColumns>
-struct Group {
-  QUOR_ALWAYS_INLINE Group(const FactorView& factor, int first)
-      : rows(factor.rows + factor.starts[first + kColumns - 1]),
-        shared(factor.count(first + kColumns - 1)) {
-    QUOR_UNROLL
-    for (int c = 0; c < kColumns; ++c) {
-      inner.data()[c] = factor.values + factor.starts[first + c];
-      values.data()[c] = inner.data()[c] + (kColumns - 1 - c);
-    }
-  }
-
-  const int* rows;
-  int shared;                                    ///< number of rows
-  std::array<const double*, kColumns> inner{};   ///< of each column, the entries in later columns
-  std::array<const double*, kColumns> values{};  ///< of each column, the entries in the shared rows
 };
 
 }  // namespace quor

@@ -1,5 +1,6 @@
 #include "solve/lane_substitution.h"
 
+#include "operator/factor/column_groups.h"
 #include "solve/ahead.h"
 #include "solve/factor_view.h"
 #include "util/exact_arithmetic.h"
@@ -25,7 +26,7 @@ template <typename Vectors>
 class Lanes {
  public:
   /// How many columns find registers for their numbers at once.
-  static constexpr int kColumns = sizeof(typename Vectors::Type) / sizeof(double);
+  static constexpr int kColumns = sizeof(typename Vectors::Type) > 2 * sizeof(double) ? 4 : 2;
 
   QUOR_ALWAYS_INLINE void load(const double* from) {
     QUOR_UNROLL
@@ -96,13 +97,33 @@ QUOR_ALWAYS_INLINE double* rowOf(double* x, int row) {
   return x + std::ptrdiff_t{kLanes} * row;
 }
 
-/// 1 for each lane that has anything but zeros in the rows of a group, else 0.
+/// Columns of L that are nested in each other, see groupColumns.
+struct NestedColumns {
+  NestedColumns(const FactorView& factor, int firstColumn, int columnCount)
+      : first(firstColumn),
+        count(columnCount),
+        rows(factor.rows + factor.starts[first + count - 1]),
+        shared(factor.count(first + count - 1)) {
+    for (int c = 0; c < count; ++c) {
+      inner.data()[c] = factor.values + factor.starts[first + c];
+      values.data()[c] = inner.data()[c] + (count - 1 - c);
+    }
+  }
+
+  int first;
+  int count;
+  const int* rows;                                          ///< below all of them
+  int shared;                                               ///< number of these rows
+  std::array<const double*, kMostGroupedColumns> inner{};   ///< entries in later columns
+  std::array<const double*, kMostGroupedColumns> values{};  ///< entries in the shared rows
+};
+
+/// 1 for each lane that has anything but zeros in the rows of the columns, else 0.
 using Shown = std::array<double, kLanes>;
 
-template <int kColumns>
-QUOR_ALWAYS_INLINE Shown shownLanes(const double* own) {
+Shown shownLanes(const double* own, int count) {
   std::array<std::uint64_t, kLanes> bits{};
-  for (int c = 0; c < kColumns; ++c) {
+  for (int c = 0; c < count; ++c) {
     std::array<std::uint64_t, kLanes> entries;
     std::memcpy(entries.data(), own + c * kLanes, sizeof entries);
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
@@ -116,23 +137,24 @@ QUOR_ALWAYS_INLINE Shown shownLanes(const double* own) {
   return shown;
 }
 
-/// Subtracts from the rows below a group what up to Lanes::kColumns of its columns have there.
-/// @param values  of each column, its entries in these rows
-/// @param own     of the first column, its entries of x
-/// @param shown   lanes to work on, unless kIsWhole
+/// Subtracts from the rows below what kColumns columns have there.
+/// @param from   of the columns, the first
+/// @param shown  lanes to work on, unless kIsWhole
 template <typename Vectors, int kColumns, bool kIsWhole>
-QUOR_ALWAYS_INLINE void forwardRows(const double* const* values, const double* own, const int* rows,
-                                    int count, const Shown& shown, double* x) {
+QUOR_ALWAYS_INLINE void forwardRows(const NestedColumns& columns, int from, const Shown& shown,
+                                    double* x) {
   Lanes<Vectors> mask;
   mask.load(shown.data());
   std::array<Lanes<Vectors>, kColumns> factors;
   QUOR_UNROLL
   for (int c = 0; c < kColumns; ++c) {
-    factors.data()[c].load(own + c * kLanes);
+    factors.data()[c].load(rowOf(x, columns.first + from + c));
   }
-  for (int r = 0; r < count; ++r) {
+  const double* const* const values = columns.values.data() + from;
+  for (int r = 0; r < columns.shared; ++r) {
+    double* const row = rowOf(x, columns.rows[r]);
     Lanes<Vectors> below;
-    below.load(rowOf(x, rows[r]));
+    below.load(row);
     const Lanes<Vectors> before = below;
     QUOR_UNROLL
     for (int c = 0; c < kColumns; ++c) {
@@ -141,26 +163,24 @@ QUOR_ALWAYS_INLINE void forwardRows(const double* const* values, const double* o
     if constexpr (!kIsWhole) {
       below.restoreHidden(mask, before);
     }
-    below.store(rowOf(x, rows[r]));
+    below.store(row);
   }
 }
 
-/// Eliminates the group's entries of x from each other, and from all rows below.
-template <typename Vectors, int kColumns, bool kIsWhole>
-QUOR_ALWAYS_INLINE void forward(const FactorView& factor, int first, const Shown& shown,
-                                double* x) {
-  const Group<kColumns> group(factor, first);
-  double* const own = rowOf(x, first);
+/// Eliminates the columns' entries of x from each other, and from all rows below.
+template <typename Vectors, bool kIsWhole>
+QUOR_ALWAYS_INLINE void forward(const NestedColumns& columns, const Shown& shown, double* x) {
   Lanes<Vectors> mask;
   mask.load(shown.data());
-  for (int c = 1; c < kColumns; ++c) {
+  double* const own = rowOf(x, columns.first);
+  for (int c = 1; c < columns.count; ++c) {
     Lanes<Vectors> entry;
     entry.load(rowOf(own, c));
     const Lanes<Vectors> before = entry;
     for (int e = 0; e < c; ++e) {
       Lanes<Vectors> earlier;
       earlier.load(rowOf(own, e));
-      entry.subtractProduct(group.inner.data()[e][c - e - 1], earlier);
+      entry.subtractProduct(columns.inner.data()[e][c - e - 1], earlier);
     }
     if constexpr (!kIsWhole) {
       entry.restoreHidden(mask, before);
@@ -168,40 +188,45 @@ QUOR_ALWAYS_INLINE void forward(const FactorView& factor, int first, const Shown
     entry.store(rowOf(own, c));
   }
   constexpr int kTile = Lanes<Vectors>::kColumns;
-  constexpr int kRest = kColumns % kTile;
-  QUOR_UNROLL
-  for (int c = 0; c + kTile <= kColumns; c += kTile) {
-    forwardRows<Vectors, kTile, kIsWhole>(group.values.data() + c, rowOf(own, c), group.rows,
-                                          group.shared, shown, x);
+  int c = 0;
+  for (; c + kTile <= columns.count; c += kTile) {
+    forwardRows<Vectors, kTile, kIsWhole>(columns, c, shown, x);
   }
-  if constexpr (kRest != 0) {
-    constexpr int c = kColumns - kRest;
-    forwardRows<Vectors, kRest, kIsWhole>(group.values.data() + c, rowOf(own, c), group.rows,
-                                          group.shared, shown, x);
+  if constexpr (kTile > 2) {
+    if (columns.count - c == 3) {
+      return forwardRows<Vectors, 3, kIsWhole>(columns, c, shown, x);
+    }
+    if (columns.count - c == 2) {
+      return forwardRows<Vectors, 2, kIsWhole>(columns, c, shown, x);
+    }
+  }
+  if (columns.count > c) {
+    forwardRows<Vectors, 1, kIsWhole>(columns, c, shown, x);
   }
 }
 
-template <typename Vectors, int kColumns>
-QUOR_ALWAYS_INLINE void forwardGroup(const FactorView& factor, int first, double* x) {
-  const Shown shown = shownLanes<kColumns>(rowOf(x, first));
+template <typename Vectors>
+QUOR_ALWAYS_INLINE void forward(const NestedColumns& columns, double* x) {
+  const Shown shown = shownLanes(rowOf(x, columns.first), columns.count);
   double count = 0.0;
   for (const double lane : shown) {
     count += lane;
   }
   if (count == kLanes) {
-    forward<Vectors, kColumns, true>(factor, first, shown, x);
+    forward<Vectors, true>(columns, shown, x);
   } else if (count > 0.0) {  // most of x is 0 as long as the right-hand side is
-    forward<Vectors, kColumns, false>(factor, first, shown, x);
+    forward<Vectors, false>(columns, shown, x);
   }
 }
 
-/// Sums what up to Lanes::kColumns columns of a group have in the rows below, in parts.
-/// @param values  of each column, its entries in these rows
-/// @param count   number of rows, a multiple of kParts
-/// @param sums    receives kParts * kLanes numbers for each column
+/// Sums what kColumns columns have in the rows below, in parts.
+/// @param from   of the columns, the first
+/// @param count  number of rows, a multiple of kParts
+/// @param sums   receives kParts * kLanes numbers for each column
 template <typename Vectors, int kColumns>
-QUOR_ALWAYS_INLINE void sumRows(const double* const* values, const int* rows, int count, double* x,
+QUOR_ALWAYS_INLINE void sumRows(const NestedColumns& columns, int from, int count, double* x,
                                 double* sums) {
+  const double* const* const values = columns.values.data() + from;
   for (int part = 0; part < kParts; ++part) {
     std::array<Lanes<Vectors>, kColumns> sum;
     QUOR_UNROLL
@@ -210,7 +235,7 @@ QUOR_ALWAYS_INLINE void sumRows(const double* const* values, const int* rows, in
     }
     for (int r = part; r < count; r += kParts) {
       Lanes<Vectors> below;
-      below.load(rowOf(x, rows[r]));
+      below.load(rowOf(x, columns.rows[r]));
       QUOR_UNROLL
       for (int c = 0; c < kColumns; ++c) {
         sum.data()[c].addProduct(values[c][r], below);
@@ -218,30 +243,39 @@ QUOR_ALWAYS_INLINE void sumRows(const double* const* values, const int* rows, in
     }
     QUOR_UNROLL
     for (int c = 0; c < kColumns; ++c) {
-      sum.data()[c].store(sums + (c * kParts + part) * kLanes);
+      sum.data()[c].store(sums + ((from + c) * kParts + part) * kLanes);
     }
   }
 }
 
-/// Computes the group's entries of x from D and from those below.
-template <typename Vectors, int kColumns>
-QUOR_ALWAYS_INLINE void backward(const FactorView& factor, int first, double* x) {
-  const Group<kColumns> group(factor, first);
-  const int whole = group.shared / kParts * kParts;
-  std::array<double, std::size_t{kColumns} * kParts * kLanes> sums;
+/// The same for all columns of a group.
+template <typename Vectors>
+QUOR_ALWAYS_INLINE void sumRows(const NestedColumns& columns, int count, double* x, double* sums) {
   constexpr int kTile = Lanes<Vectors>::kColumns;
-  constexpr int kRest = kColumns % kTile;
-  QUOR_UNROLL
-  for (int c = 0; c + kTile <= kColumns; c += kTile) {
-    sumRows<Vectors, kTile>(group.values.data() + c, group.rows, whole, x,
-                            sums.data() + c * kParts * kLanes);
+  int c = 0;
+  for (; c + kTile <= columns.count; c += kTile) {
+    sumRows<Vectors, kTile>(columns, c, count, x, sums);
   }
-  if constexpr (kRest != 0) {
-    constexpr int c = kColumns - kRest;
-    sumRows<Vectors, kRest>(group.values.data() + c, group.rows, whole, x,
-                            sums.data() + c * kParts * kLanes);
+  if constexpr (kTile > 2) {
+    if (columns.count - c == 3) {
+      return sumRows<Vectors, 3>(columns, c, count, x, sums);
+    }
+    if (columns.count - c == 2) {
+      return sumRows<Vectors, 2>(columns, c, count, x, sums);
+    }
   }
-  for (int c = kColumns - 1; c >= 0; --c) {
+  if (columns.count > c) {
+    sumRows<Vectors, 1>(columns, c, count, x, sums);
+  }
+}
+
+/// Computes the columns' entries of x from D and from those below.
+template <typename Vectors>
+QUOR_ALWAYS_INLINE void backward(const NestedColumns& columns, const double* diagonal, double* x) {
+  const int whole = columns.shared / kParts * kParts;
+  std::array<double, std::size_t{kMostGroupedColumns} * kParts * kLanes> sums;
+  sumRows<Vectors>(columns, whole, x, sums.data());
+  for (int c = columns.count - 1; c >= 0; --c) {
     std::array<Lanes<Vectors>, kParts> parts;
     QUOR_UNROLL
     for (int part = 0; part < kParts; ++part) {
@@ -252,105 +286,62 @@ QUOR_ALWAYS_INLINE void backward(const FactorView& factor, int first, double* x)
     third.add(fourth);
     sum.add(third);
     Lanes<Vectors> later;
-    for (int r = whole; r < group.shared; ++r) {
-      later.load(rowOf(x, group.rows[r]));
-      sum.addProduct(group.values.data()[c][r], later);
+    for (int r = whole; r < columns.shared; ++r) {
+      later.load(rowOf(x, columns.rows[r]));
+      sum.addProduct(columns.values.data()[c][r], later);
     }
-    double* const row = rowOf(x, first + c);
+    double* const row = rowOf(x, columns.first + c);
     Lanes<Vectors> own;
     own.load(row);
-    own.multiply(1.0 / factor.diagonal[first + c]);
+    own.multiply(1.0 / diagonal[columns.first + c]);
     own.subtract(sum);
-    for (int e = c + 1; e < kColumns; ++e) {
-      later.load(rowOf(x, first + e));
-      own.subtractProduct(group.inner.data()[c][e - c - 1], later);
+    for (int e = c + 1; e < columns.count; ++e) {
+      later.load(rowOf(x, columns.first + e));
+      own.subtractProduct(columns.inner.data()[c][e - c - 1], later);
     }
     own.store(row);
   }
 }
 
-/// The entry of x of one column, in the order of Eigen's sums.
+/// The entry of x of a single column, in the order of Eigen's sums.
 template <typename Vectors>
-QUOR_ALWAYS_INLINE void backwardPlain(const FactorView& factor, int column, double* x) {
-  const Group<1> group(factor, column);
+QUOR_ALWAYS_INLINE void backwardPlain(const NestedColumns& column, const double* diagonal,
+                                      double* x) {
+  double* const row = rowOf(x, column.first);
   Lanes<Vectors> own;
-  own.load(rowOf(x, column));
-  own.multiply(1.0 / factor.diagonal[column]);
-  for (int r = 0; r < group.shared; ++r) {
+  own.load(row);
+  own.multiply(1.0 / diagonal[column.first]);
+  for (int r = 0; r < column.shared; ++r) {
     Lanes<Vectors> below;
-    below.load(rowOf(x, group.rows[r]));
-    own.subtractProduct(group.values[0][r], below);
+    below.load(rowOf(x, column.rows[r]));
+    own.subtractProduct(column.values[0][r], below);
   }
-  own.store(rowOf(x, column));
-}
-
-template <typename Vectors>
-QUOR_ALWAYS_INLINE void forwardGroup(const FactorView& factor, int first, int columns, double* x) {
-  switch (columns) {
-    case 1:
-      return forwardGroup<Vectors, 1>(factor, first, x);
-    case 2:
-      return forwardGroup<Vectors, 2>(factor, first, x);
-    case 3:
-      return forwardGroup<Vectors, 3>(factor, first, x);
-    case 4:
-      return forwardGroup<Vectors, 4>(factor, first, x);
-    case 5:
-      return forwardGroup<Vectors, 5>(factor, first, x);
-    case 6:
-      return forwardGroup<Vectors, 6>(factor, first, x);
-    case 7:
-      return forwardGroup<Vectors, 7>(factor, first, x);
-    default:
-      return forwardGroup<Vectors, 8>(factor, first, x);
-  }
-}
-
-template <typename Vectors>
-QUOR_ALWAYS_INLINE void backwardGroup(const FactorView& factor, int first, int columns, double* x) {
-  switch (columns) {
-    case 1:
-      return backward<Vectors, 1>(factor, first, x);
-    case 2:
-      return backward<Vectors, 2>(factor, first, x);
-    case 3:
-      return backward<Vectors, 3>(factor, first, x);
-    case 4:
-      return backward<Vectors, 4>(factor, first, x);
-    case 5:
-      return backward<Vectors, 5>(factor, first, x);
-    case 6:
-      return backward<Vectors, 6>(factor, first, x);
-    case 7:
-      return backward<Vectors, 7>(factor, first, x);
-    default:
-      return backward<Vectors, 8>(factor, first, x);
-  }
+  own.store(row);
 }
 
 template <typename Vectors>
 QUOR_ALWAYS_INLINE void substituteWith(const FactorView& factor, double* x) {
-  if (factor.groups.empty()) {
-    for (int j = 0; j < factor.columns; ++j) {
-      forwardGroup<Vectors, 1>(factor, j, x);
-    }
-    for (int j = factor.columns; j-- > 0;) {
-      backwardPlain<Vectors>(factor, j, x);
-    }
-    return;
-  }
-  int first = 0;
+  const bool isBlocked = !factor.groups.empty();
+  const int end = factor.columns;
   Ahead<kLine> up(factor.values);
-  for (const int columns : factor.groups) {
-    up.askBeyond(factor.values + factor.starts[first + columns]);
-    forwardGroup<Vectors>(factor, first, columns, x);
-    first += columns;
+  auto group = factor.groups.begin();
+  for (int first = 0; first < end;) {
+    const int count = isBlocked ? *group++ : 1;
+    up.askBeyond(factor.values + factor.starts[first + count]);
+    forward<Vectors>(NestedColumns(factor, first, count), x);
+    first += count;
   }
-  Ahead<-kLine> down(factor.values + factor.starts[first]);
-  for (auto group = factor.groups.rbegin(); group != factor.groups.rend(); ++group) {
-    first -= *group;
+  Ahead<-kLine> down(factor.values + factor.starts[end]);
+  for (int first = end; first > 0;) {
+    const int count = isBlocked ? *--group : 1;
+    first -= count;
     down.askBeyond(factor.values + factor.starts[first]);
-    backwardGroup<Vectors>(factor, first, *group, x);
+    const NestedColumns columns(factor, first, count);
+    if (isBlocked) {
+      backward<Vectors>(columns, factor.diagonal, x);
+    } else {
+      backwardPlain<Vectors>(columns, factor.diagonal, x);
+    }
   }
 }
 
@@ -359,25 +350,20 @@ QUOR_ALWAYS_INLINE void substituteWith(const FactorView& factor, double* x) {
 __attribute__((target("avx2"))) void substituteFour(const FactorView& factor, double* x) {
   substituteWith<Vectors4>(factor, x);
 }
-__attribute__((target("avx512f"))) void substituteEight(const FactorView& factor, double* x) {
-  substituteWith<Vectors8>(factor, x);
-}
 #endif
 
 }  // namespace
 
 void substituteLanes(const Factorization& factorization, VectorWidth width, double* x) {
   const FactorView factor(factorization);
-  switch (width) {
 #if defined(QUOR_WIDE_VECTORS)
-    case VectorWidth::eight:
-      return substituteEight(factor, x);
-    case VectorWidth::four:
-      return substituteFour(factor, x);
-#endif
-    default:
-      return substituteWith<Vectors2>(factor, x);
+  if (width != VectorWidth::two) {  // vectors of eight would wait for memory most of the time
+    return substituteFour(factor, x);
   }
+#else
+  static_cast<void>(width);
+#endif
+  substituteWith<Vectors2>(factor, x);
 }
 
 }  // namespace quor

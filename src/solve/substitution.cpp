@@ -14,6 +14,26 @@
 namespace quor {
 namespace {
 
+/// Columns first .. first+kColumns-1, each nested in the next. What they have in common are the
+/// rows of the last one.
+template <int kColumns>
+struct Group {
+  QUOR_ALWAYS_INLINE Group(const FactorView& factor, int first)
+      : rows(factor.rows + factor.starts[first + kColumns - 1]),
+        shared(factor.count(first + kColumns - 1)) {
+    QUOR_UNROLL
+    for (int c = 0; c < kColumns; ++c) {
+      inner.data()[c] = factor.values + factor.starts[first + c];
+      values.data()[c] = inner.data()[c] + (kColumns - 1 - c);
+    }
+  }
+
+  const int* rows;
+  int shared;                                    ///< number of rows
+  std::array<const double*, kColumns> inner{};   ///< of each column, the entries in later columns
+  std::array<const double*, kColumns> values{};  ///< of each column, the entries in the shared rows
+};
+
 // Four rows at once, and so four partial sums of a column, in as many vectors as it takes. Wider
 // vectors than every processor has would be faster by 6 % only, since memory is waited for.
 using Vector = Vectors2::Type;

@@ -67,7 +67,7 @@ bool sameNumbers(const std::vector<double>& a, const std::vector<double>& b) {
 
 std::vector<VectorWidth> widths() {
   std::vector<VectorWidth> all;
-  for (const VectorWidth width : {VectorWidth::two, VectorWidth::four, VectorWidth::eight}) {
+  for (const VectorWidth width : {VectorWidth::two, VectorWidth::four}) {
     if (width <= quor::widestVectors()) {
       all.push_back(width);
     }
