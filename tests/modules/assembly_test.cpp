@@ -129,14 +129,6 @@ TEST(Assembly, HubsAndBooksOfEverySizeHaveTheBitsOfThePlainSum) {
   }
 }
 
-TEST(Assembly, ZerosOfRightAnglesKeepTheirSigns) {
-  std::mt19937 random(22);
-  const Mesh grid = gridMesh(5, 4, [](double u, double v) { return std::array{u, -v, 0.0}; });
-  for (int turn = 0; turn < 20; ++turn) {
-    expectThePlainBlocks(shuffled(grid, random), turn % 4);
-  }
-}
-
 TEST(Assembly, AHubTakesTheValueOfItsSpokes) {
   std::mt19937 random(21);
   for (std::int32_t valence = 1; valence <= 40; ++valence) {
