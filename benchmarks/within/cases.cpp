@@ -187,7 +187,7 @@ std::vector<Case> balls() {
        nullptr},
       {"small balls at the ends of a spring",
        "spring",
-       {faces(plane(2, 0), 1), faces(ball({20, 0, 36}, 2.5), 0)},
+       {faces(ball({20, 0, 0}, 2.5), 1), faces(ball({20, 0, 36}, 2.5), 0)},
        nullptr},
       {"a ball on a fillet",
        "filleted",

@@ -90,11 +90,11 @@ class Lowering {
   /// @param exponents  per vertex of the input
   void bySurplus(double allowed, const ErrorEstimate& estimate,
                  const std::vector<double>& exponents) {
-    constexpr double kTold = ErrorEstimate::kTold;
+    constexpr double kReported = ErrorEstimate::kReported;
     for (std::size_t t = 0; t < shapes_.size(); ++t) {
       const double most = largestSurplus(t);
       const std::int32_t* const corners = coarse_.triangles + 3 * t;
-      const double here = allowed * kTold / (kTold + estimate.localPart(corners));
+      const double here = allowed * kReported / (kReported + estimate.localPart(corners));
       if (!(most > here) || isExempt(t)) {
         continue;
       }

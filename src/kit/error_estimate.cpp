@@ -7,7 +7,7 @@
 namespace quorkit {
 namespace {
 
-/// How much more than what is local of the error is told at singular vertices.
+/// The error reported at singular vertices, as a multiple of its local part.
 constexpr double kSafety = 1.4;
 
 /// 2^exponent for exponents in 0 .. 1, by square roots.
@@ -30,7 +30,8 @@ double powerOfTwo(double exponent) {
 ErrorEstimate::ErrorEstimate(const std::vector<SingularVertex>& singular, std::size_t vertexCount)
     : localAt_(vertexCount, 0.0) {
   for (const SingularVertex& s : singular) {
-    localAt_[toSize(s.vertex)] = std::max(0.0, kSafety / (powerOfTwo(s.exponent) - 1.0) - kTold);
+    localAt_[toSize(s.vertex)] =
+        std::max(0.0, kSafety / (powerOfTwo(s.exponent) - 1.0) - kReported);
   }
 }
 
@@ -49,8 +50,8 @@ double ErrorEstimate::of(const NestedFields& nested, const MeshView& coarse) con
     const double part = localPart(coarse.triangles + 3 * t);
     for (std::size_t k = 12 * t; k < 12 * t + 12; ++k) {
       const std::size_t v = toSize(nested.fine.mesh.triangles[k]);
-      error = std::max(error,
-                       kTold * std::abs(nested.difference[v]) + part * std::abs(nested.surplus[v]));
+      error = std::max(
+          error, kReported * std::abs(nested.difference[v]) + part * std::abs(nested.surplus[v]));
     }
   }
   return error;

@@ -15,16 +15,16 @@ namespace quorkit {
 /// the fine field's error is 1 / (2^a - 1) of what is local of the difference.
 class ErrorEstimate {
  public:
-  /// The part of the largest difference that is told as the error: more than twice a third.
-  static constexpr double kTold = 0.75;
+  /// The share of the largest difference that is reported as the error: more than twice a third.
+  static constexpr double kReported = 0.75;
 
   /// Throws std::bad_alloc.
   /// @param singular     vertices of the input
   /// @param vertexCount  of the input
   ErrorEstimate(const std::vector<SingularVertex>& singular, std::size_t vertexCount);
 
-  /// The part of the surplus in a triangle that is told as an error besides: 0 away from singular
-  /// vertices.
+  /// The share of the surplus in a triangle that is added to the reported error: 0 away from
+  /// singular vertices.
   double localPart(const std::int32_t* corners) const;
 
   /// The largest error of the fine field, in its unit.

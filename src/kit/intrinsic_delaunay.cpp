@@ -180,7 +180,7 @@ class Triangulation {
   }
 
   /// Puts a side of the border to a new place. Two sides of one border may be each other's pair:
-  /// the second finds by then where the first has gone, since that has told it.
+  /// the first has updated its pair, so the second finds the new place.
   void place(std::int32_t to, const Outer& outer) {
     corners_[toSize(to)] = outer.from;
     lengths_[toSize(to)] = outer.length;

@@ -1,7 +1,7 @@
-/* What the C++ runtime asks of glibc beyond version 2.17, defined within the library, so that it
+/* What the C++ runtime needs of glibc beyond version 2.17, defined within the library, so that it
    loads on systems from 2014 on. Compiled in for releases only (QUOR_OLD_GLIBC); none of the names
-   is exported. The runtime is that of g++ 12, linked statically; scripts/test_release looks at what
-   is left to ask. */
+   is exported. The runtime is that of g++ 12, linked statically; scripts/test_release checks what
+   the library still needs. */
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
@@ -43,7 +43,7 @@ int getentropy(void* buffer, size_t length) {
   }
   while (length > 0) {
     const ssize_t count = read(device, to, length);
-    if (count <= 0 && errno != EINTR) {
+    if (count == 0 || (count < 0 && errno != EINTR)) {
       break;
     }
     if (count > 0) {

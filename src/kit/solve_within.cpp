@@ -66,8 +66,8 @@ std::int32_t unprescribedVertex(const MeshView& mesh, const std::vector<double>&
   return -1;
 }
 
-/// Per triangle a number that is the same where nothing tells two triangles apart: face, value and
-/// source. Edges between them may be flipped.
+/// Per triangle a label. Triangles with the same face, value and source have the same one; edges
+/// between them may be flipped.
 std::vector<std::int32_t> labelsOf(const Problem& problem) {
   const auto keyOf = [&problem](std::int32_t t) {
     const double value = problem.triangleValues != nullptr ? problem.triangleValues[t] : 0.0;
@@ -197,8 +197,8 @@ class Refinement {
             solution_.error == 0.0);
   }
 
-  /// Makes a field the solution. A later one counts even if more is told as its error: on a finer
-  /// mesh that is the more reliable number.
+  /// Makes a field the solution. A later one replaces it even with a larger estimate, which is more
+  /// reliable on the finer mesh.
   /// @return whether it is one
   bool take(const NestedFields& nested) {
     const auto [low, high] = std::minmax_element(nested.field.begin(), nested.field.end());
@@ -230,7 +230,7 @@ class Refinement {
     if (solution_.error > 0.6 * lastError_) {
       allowed_ *= 0.5;
     }
-    sizes_.lower(nested, level_, exempt_, estimate_, solution_.tolerance / ErrorEstimate::kTold,
+    sizes_.lower(nested, level_, exempt_, estimate_, solution_.tolerance / ErrorEstimate::kReported,
                  allowed_);
     // Where there is no room for all that, there may be for a part of it.
     for (const double factor : {1.0, 1.5, 2.0, 3.0, 4.0}) {

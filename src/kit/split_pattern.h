@@ -22,13 +22,13 @@ struct Quadrilateral {
   std::size_t i, j, p, q;
 };
 
-/// @param sides  bit e tells whether side e is split; two of the three
+/// @param sides  bit e: whether side e is split; two of the three
 constexpr Quadrilateral quadrilateralOf(unsigned sides) {
   const std::size_t e = (sides & 1U) == 0 ? 0 : (sides & 2U) == 0 ? 1 : 2;
   return {e, (e + 1) % 3, 3 + (e + 1) % 3, 3 + (e + 2) % 3};
 }
 
-/// @param sides          bit e tells whether side e is split, 0 .. 7
+/// @param sides          bit e: whether side e is split, 0 .. 7
 /// @param otherDiagonal  for two split sides: take the diagonal j-q rather than i-p
 constexpr SplitPattern splitPattern(unsigned sides, bool otherDiagonal) {
   SplitPattern pattern;
