@@ -1,5 +1,7 @@
 #include "kit/boundary_values.h"
 
+#include "kit/measure.h"
+
 #include <algorithm>
 #include <cassert>
 #include <cmath>
@@ -63,8 +65,8 @@ void BoundaryValues::addVertexValues(const Problem& problem) {
 }
 
 void BoundaryValues::setVertexValues(const Problem& problem) {
-  std::vector<double> lowest(values_.size(), std::numeric_limits<double>::infinity());
-  std::vector<double> highest(values_.size(), -std::numeric_limits<double>::infinity());
+  std::vector<double> lowest(values_.size(), kInfinity);
+  std::vector<double> highest(values_.size(), -kInfinity);
   const auto take = [&](std::size_t vertex, double value) {
     lowest[vertex] = std::min(lowest[vertex], value);
     highest[vertex] = std::max(highest[vertex], value);

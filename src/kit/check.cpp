@@ -9,7 +9,6 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <vector>
 
 namespace quorkit {
@@ -115,7 +114,6 @@ class Check {
   }
 
   void lookAtVertices() {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     Vec3 low = {kInfinity, kInfinity, kInfinity};
     Vec3 high = {-kInfinity, -kInfinity, -kInfinity};
     for (std::int32_t v = 0; v < mesh_.n; ++v) {

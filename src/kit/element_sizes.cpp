@@ -7,13 +7,10 @@
 #include <cassert>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <numeric>
 
 namespace quorkit {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /// Of a triangle: its longest side, and the cotangents of its angles.
 struct Shape {

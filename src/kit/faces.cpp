@@ -10,7 +10,6 @@
 #include <cassert>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <utility>
 
 namespace quorkit {
@@ -116,7 +115,6 @@ class FaceFinder {
   }
 
   void measureRegions() {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     for (FlatRegion& region : regions_) {
       region.depth = kInfinity;
       for (const std::int32_t t : region.triangles) {

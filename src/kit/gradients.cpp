@@ -1,6 +1,6 @@
 #include "kit/gradients.h"
 
-#include "util/vec3.h"
+#include "kit/measure.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,17 +8,6 @@
 
 namespace quorkit {
 namespace {
-
-using quor::pointAt;
-using quor::Vec3;
-
-Vec3 scaled(Vec3 v, int exponent) {
-  return {std::ldexp(v.x, exponent), std::ldexp(v.y, exponent), std::ldexp(v.z, exponent)};
-}
-
-double largestComponent(Vec3 v) {
-  return std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)});
-}
 
 /// The exponent of a triangle's size, by which it is brought to a size near 1: fourth powers of
 /// lengths occur on the way.

@@ -14,14 +14,6 @@ bool isUsual(double square) {
   return square > kSmallestSquare && square < kLargestSquare;
 }
 
-double largestComponent(Vec3 v) {
-  return std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)});
-}
-
-Vec3 scaled(Vec3 v, int exponent) {
-  return {std::ldexp(v.x, exponent), std::ldexp(v.y, exponent), std::ldexp(v.z, exponent)};
-}
-
 /// Replaces u and v by halves of their differences from a, brought to a size near 1 by one power of
 /// two. Halves do not overflow; numbers below 1 are enlarged first, so that halves lose no bit.
 /// @return the exponent of the power of two that leads back to the differences
@@ -40,6 +32,14 @@ int bringToSizeOne(Vec3 a, Vec3& u, Vec3& v) {
 }
 
 }  // namespace
+
+double largestComponent(Vec3 v) {
+  return std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z)});
+}
+
+Vec3 scaled(Vec3 v, int exponent) {
+  return {std::ldexp(v.x, exponent), std::ldexp(v.y, exponent), std::ldexp(v.z, exponent)};
+}
 
 double distance(Vec3 p, Vec3 q) {
   const double square = squaredDistance(p, q);

@@ -1,11 +1,11 @@
 #include "kit/position_digits.h"
 
 #include "export/number_text.h"
+#include "kit/measure.h"
 #include "util/vec3.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace quorkit {
 namespace {
@@ -23,7 +23,7 @@ int positionDigits(const MeshView& mesh) {
   // Text of d digits rounds a number x to a multiple of at most |x| * 10^(1-d). Two numbers that
   // are no nearer than that stay different. Twice that leaves room for the rounding of the
   // quotient.
-  double least = std::numeric_limits<double>::infinity();
+  double least = kInfinity;
   for (std::size_t k = 0; k < 3 * mesh.triangleCount(); ++k) {
     const std::size_t next = k % 3 == 2 ? k - 2 : k + 1;
     const quor::Vec3 p = quor::pointAt(mesh.vertices, mesh.triangles[k]);

@@ -10,6 +10,7 @@
 #include "kit/exception_guard.h"
 #include "kit/faces.h"
 #include "kit/flip.h"
+#include "kit/measure.h"
 #include "kit/mesh.h"
 #include "kit/obj_file.h"
 #include "kit/owned_results.h"
@@ -20,7 +21,6 @@
 #include "weld/weld.h"
 
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <vector>
 
@@ -44,7 +44,7 @@ struct Weld {
     requireNotNull(pointMap, "outPointMap", soup.n > 0);
     requireNotNull(vertexCount, "outVertexCount");
     requireNotNull(triangleCount, "outTriangleCount");
-    requireBetween(tolerance, 0.0, std::numeric_limits<double>::infinity(), "tolerance");
+    requireBetween(tolerance, 0.0, kInfinity, "tolerance");
     requireCornersInRange(soup);
   }
 

@@ -8,14 +8,13 @@
 #include <cassert>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <optional>
 #include <utility>
 
 namespace quorkit {
 namespace {
 
-struct Extent {
+struct Sizes {
   double longestEdge = 0.0;
   double area = 0.0;
 };
@@ -23,12 +22,11 @@ struct Extent {
 /// The root, rounded such that quorkitRefine splits no edge of a mesh whose longest it is.
 double lengthOf(double squared) {
   const double length = std::sqrt(squared);
-  return length * length < squared ? std::nextafter(length, std::numeric_limits<double>::infinity())
-                                   : length;
+  return length * length < squared ? std::nextafter(length, kInfinity) : length;
 }
 
-Extent extentOf(const MeshView& mesh) {
-  Extent extent;
+Sizes sizesOf(const MeshView& mesh) {
+  Sizes sizes;
   double squared = 0.0;
   for (std::size_t t = 0; t < mesh.triangleCount(); ++t) {
     const std::int32_t* const corner = mesh.triangles + 3 * t;
@@ -37,10 +35,10 @@ Extent extentOf(const MeshView& mesh) {
     const Vec3 c = pointAt(mesh.vertices, corner[2]);
     squared =
         std::max({squared, squaredDistance(a, b), squaredDistance(b, c), squaredDistance(c, a)});
-    extent.area += 0.5 * doubledArea(a, b, c);
+    sizes.area += 0.5 * doubledArea(a, b, c);
   }
-  extent.longestEdge = lengthOf(squared);
-  return extent;
+  sizes.longestEdge = lengthOf(squared);
+  return sizes;
 }
 
 MeshData copyOf(const MeshView& mesh, double longestEdge) {
@@ -51,7 +49,7 @@ MeshData copyOf(const MeshView& mesh, double longestEdge) {
 
 /// A length with about so many triangles, at most by the estimate: one a thousandth shorter has
 /// more.
-double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
+double findLength(const MeshView& mesh, const Sizes& sizes, double wanted) {
   constexpr double kStep = 0.7;
   constexpr double kPrecision = 1.001;
   constexpr int kMostSteps = 200;  // so many only where edges cannot be halved any more
@@ -61,8 +59,8 @@ double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
     return estimateRefined(mesh, length, wanted) <= wanted;
   };
   // Triangles of half the square of their longest edge are not far from what comes out.
-  double good = std::min(extent.longestEdge, kLargest);
-  double bad = std::min(good, std::sqrt(4.0 * extent.area / wanted));
+  double good = std::min(sizes.longestEdge, kLargest);
+  double bad = std::min(good, std::sqrt(4.0 * sizes.area / wanted));
   int steps = 0;
   while (bad > 0.0 && isEnough(bad) && steps < kMostSteps) {
     good = bad;
@@ -88,9 +86,9 @@ double findLength(const MeshView& mesh, const Extent& extent, double wanted) {
 }  // namespace
 
 MeshData refineTo(const MeshView& mesh, std::int32_t wanted) {
-  const Extent extent = extentOf(mesh);
-  if (mesh.m >= wanted || !(extent.longestEdge > 0.0)) {
-    return copyOf(mesh, extent.longestEdge);
+  const Sizes sizes = sizesOf(mesh);
+  if (mesh.m >= wanted || !(sizes.longestEdge > 0.0)) {
+    return copyOf(mesh, sizes.longestEdge);
   }
   // The estimate leaves rounding out: a little above the length that it finds sides of that length
   // are not split, and as many triangles as it says come out. Should they be more all the same, a
@@ -98,15 +96,15 @@ MeshData refineTo(const MeshView& mesh, std::int32_t wanted) {
   constexpr double kAbove = 1.0 + 1e-6;
   assert(wanted > mesh.m);
   double step = kAbove;
-  double length = findLength(mesh, extent, wanted) * step;
-  while (length <= extent.longestEdge) {
+  double length = findLength(mesh, sizes, wanted) * step;
+  while (length <= sizes.longestEdge) {
     if (std::optional<MeshData> refined = refineUnlessMore(mesh, {length}, wanted)) {
       return std::move(*refined);
     }
     step = 1.0 + 2.0 * (step - 1.0) + 1e-3;
     length *= step;
   }
-  return copyOf(mesh, extent.longestEdge);
+  return copyOf(mesh, sizes.longestEdge);
 }
 
 }  // namespace quorkit

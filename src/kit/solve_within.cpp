@@ -5,6 +5,7 @@
 #include "kit/element_sizes.h"
 #include "kit/error_estimate.h"
 #include "kit/flip.h"
+#include "kit/measure.h"
 #include "kit/nested_fields.h"
 #include "kit/refine.h"
 #include "kit/singular_vertices.h"
@@ -15,7 +16,6 @@
 #include <cassert>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <numeric>
 #include <optional>
 #include <stdexcept>
@@ -25,7 +25,6 @@
 namespace quorkit {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kLongest = 1e300;  // no edge is split for its length alone
 
 /// Diagonal of the box around the triangles, and the largest absolute coordinate.
