@@ -19,7 +19,7 @@
 namespace quor {
 namespace {
 
-constexpr int kParts = 4;  ///< of a sum
+constexpr int kPartialSums = 4;
 
 /// One number for each right-hand side, in as many vectors as it takes.
 template <typename Vectors>
@@ -221,19 +221,19 @@ QUOR_ALWAYS_INLINE void forward(const NestedColumns& columns, double* x) {
 
 /// Sums what kColumns columns have in the rows below, in parts.
 /// @param from   of the columns, the first
-/// @param count  number of rows, a multiple of kParts
-/// @param sums   receives kParts * kLanes numbers for each column
+/// @param count  number of rows, a multiple of kPartialSums
+/// @param sums   receives kPartialSums * kLanes numbers for each column
 template <typename Vectors, int kColumns>
 QUOR_ALWAYS_INLINE void sumRows(const NestedColumns& columns, int from, int count, double* x,
                                 double* sums) {
   const double* const* const values = columns.values.data() + from;
-  for (int part = 0; part < kParts; ++part) {
+  for (int part = 0; part < kPartialSums; ++part) {
     std::array<Lanes<Vectors>, kColumns> sum;
     QUOR_UNROLL
     for (int c = 0; c < kColumns; ++c) {
       sum.data()[c].clear();
     }
-    for (int r = part; r < count; r += kParts) {
+    for (int r = part; r < count; r += kPartialSums) {
       Lanes<Vectors> below;
       below.load(rowOf(x, columns.rows[r]));
       QUOR_UNROLL
@@ -243,7 +243,7 @@ QUOR_ALWAYS_INLINE void sumRows(const NestedColumns& columns, int from, int coun
     }
     QUOR_UNROLL
     for (int c = 0; c < kColumns; ++c) {
-      sum.data()[c].store(sums + ((from + c) * kParts + part) * kLanes);
+      sum.data()[c].store(sums + ((from + c) * kPartialSums + part) * kLanes);
     }
   }
 }
@@ -272,14 +272,14 @@ QUOR_ALWAYS_INLINE void sumRows(const NestedColumns& columns, int count, double*
 /// Computes the columns' entries of x from D and from those below.
 template <typename Vectors>
 QUOR_ALWAYS_INLINE void backward(const NestedColumns& columns, const double* diagonal, double* x) {
-  const int whole = columns.shared / kParts * kParts;
-  std::array<double, std::size_t{kMostGroupedColumns} * kParts * kLanes> sums;
+  const int whole = columns.shared / kPartialSums * kPartialSums;
+  std::array<double, std::size_t{kMostGroupedColumns} * kPartialSums * kLanes> sums;
   sumRows<Vectors>(columns, whole, x, sums.data());
   for (int c = columns.count - 1; c >= 0; --c) {
-    std::array<Lanes<Vectors>, kParts> parts;
+    std::array<Lanes<Vectors>, kPartialSums> parts;
     QUOR_UNROLL
-    for (int part = 0; part < kParts; ++part) {
-      parts.data()[part].load(sums.data() + (c * kParts + part) * kLanes);
+    for (int part = 0; part < kPartialSums; ++part) {
+      parts.data()[part].load(sums.data() + (c * kPartialSums + part) * kLanes);
     }
     auto& [sum, second, third, fourth] = parts;
     sum.add(second);

@@ -43,8 +43,8 @@ constexpr int kParts = kRows / kWidth;
 
 /// Eliminates the group's entries of x from all rows below.
 template <int kColumns>
-QUOR_ALWAYS_INLINE void forward(const FactorView& factor, int first, double* x,
-                                Ahead<kLine>& values, Ahead<kLine>& rowNumbers) {
+void forward(const FactorView& factor, int first, double* x, Ahead<kLine>& values,
+             Ahead<kLine>& rowNumbers) {
   const Group<kColumns> group(factor, first);
   std::array<double, kColumns> own;
   QUOR_UNROLL
@@ -90,8 +90,8 @@ QUOR_ALWAYS_INLINE void forward(const FactorView& factor, int first, double* x,
 
 /// Computes the group's entries of x from D and from those below.
 template <int kColumns>
-QUOR_ALWAYS_INLINE void backward(const FactorView& factor, int first, double* x,
-                                 Ahead<-kLine>& values, Ahead<-kLine>& rowNumbers) {
+void backward(const FactorView& factor, int first, double* x, Ahead<-kLine>& values,
+              Ahead<-kLine>& rowNumbers) {
   const Group<kColumns> group(factor, first);
   rowNumbers.askBeyond(factor.rows + factor.starts[first]);
   std::array<Vector, std::size_t{kColumns} * kParts> sums{};
