@@ -26,6 +26,8 @@ export class View {
   #pixel;
   // The direction of the last fit while nobody has turned the view since.
   #fitted = null;
+  // Of the next picture, if one is asked for.
+  #picture = null;
 
   constructor(canvas) {
     this.#renderer = new THREE.WebGLRenderer({canvas, antialias: true, alpha: true});
@@ -168,7 +170,16 @@ export class View {
     this.render();
   }
 
+  // Draws once per picture, however much changes before it.
   render() {
+    this.#picture ??= requestAnimationFrame(() => this.#draw());
+  }
+
+  #draw() {
+    if (this.#picture !== null) {
+      cancelAnimationFrame(this.#picture);
+      this.#picture = null;
+    }
     this.#renderer.render(this.#scene, this.#camera);
   }
 
@@ -180,9 +191,8 @@ export class View {
     this.#camera.updateProjectionMatrix();
     if (this.#fitted) {
       this.fit(this.#fitted);
-    } else {
-      this.render();
     }
+    this.#draw();  // at once: the new size has emptied the picture
   }
 }
 

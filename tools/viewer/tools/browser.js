@@ -14,10 +14,10 @@ let browser = null;
 export async function withPage(size, use) {
   browser ??= await chromium.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
-    // Drawn by the processor: no graphics card is needed. The sandbox cannot start as root, and
-    // containers have little shared memory.
-    args: ['--use-angle=swiftshader', '--enable-unsafe-swiftshader', '--no-sandbox',
-      '--disable-dev-shm-usage'],
+    // Drawn by the processor: no graphics card is needed, and the page around the model is cheaper
+    // without one. The sandbox cannot start as root, and containers have little shared memory.
+    args: ['--use-angle=swiftshader', '--enable-unsafe-swiftshader', '--disable-gpu-compositing',
+      '--no-sandbox', '--disable-dev-shm-usage'],
   });
   const page = await browser.newPage(size);
   try {
