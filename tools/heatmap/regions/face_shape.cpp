@@ -1,9 +1,7 @@
 #include "regions/face_shape.h"
 
-#include <Eigen/Cholesky>
 #include <Eigen/Core>
 #include <Eigen/Eigenvalues>
-#include <Eigen/QR>
 
 #include <algorithm>
 #include <cmath>
@@ -25,6 +23,22 @@ Vector3d vector(Vec3 p) {
 
 Vec3 vec3(const Vector3d& p) {
   return {p.x(), p.y(), p.z()};
+}
+
+using EigenSolver = Eigen::SelfAdjointEigenSolver<Matrix3d>;
+
+// The shortest x that makes A x nearest to b, for a symmetric A without negative eigenvalues.
+Vector3d leastSquares(const Matrix3d& a, const Vector3d& b) {
+  const EigenSolver solver(a);
+  const Vector3d sizes = solver.eigenvalues();
+  Vector3d x = Vector3d::Zero();
+  for (Eigen::Index k = 0; k < 3; ++k) {
+    if (sizes[k] > 1e-12 * sizes[2]) {
+      const Vector3d direction = solver.eigenvectors().col(k);
+      x += direction.dot(b) / sizes[k] * direction;
+    }
+  }
+  return x;
 }
 
 // The triangles of a face: their corners from the face's center, normals and shares of its area.
@@ -78,7 +92,7 @@ class Facets {
       const Vector3d off = normals_[i] - from;
       spread += shares_[i] * off * off.transpose();
     }
-    const Eigen::SelfAdjointEigenSolver<Matrix3d> solver(spread);
+    const EigenSolver solver(spread);
     const Vector3d least = solver.eigenvalues();
     const bool isAxis = least[0] < kFlatNormals && least[0] < 0.01 * least[1];
     return isAxis ? std::optional<Vector3d>(solver.eigenvectors().col(0)) : std::nullopt;
@@ -88,18 +102,27 @@ class Facets {
   // to the corners once `flatten` is applied to them.
   template <typename Flatten>
   std::pair<Vector3d, double> round(const Flatten& flatten) const {
-    // |p - c|^2 = r^2 is linear in c and r^2 - |c|^2.
-    Eigen::MatrixXd left(corners_.size(), 4);
-    Eigen::VectorXd right(corners_.size());
-    for (std::size_t i = 0; i < corners_.size(); ++i) {
-      const Vector3d p = flatten(corners_[i]) / size_;
-      const auto row = static_cast<Eigen::Index>(i);
-      left.row(row) << 2.0 * p.transpose(), 1.0;
-      right[row] = p.squaredNorm();
+    // |p - c|^2 = r^2 is linear in c and r^2 - |c|^2, of which the second drops out of differences
+    // from the mean.
+    const auto count = static_cast<double>(corners_.size());
+    Vector3d mean = Vector3d::Zero();
+    double meanSquare = 0.0;
+    for (const Vector3d& corner : corners_) {
+      const Vector3d p = flatten(corner) / size_;
+      mean += p / count;
+      meanSquare += p.squaredNorm() / count;
     }
-    const Eigen::Vector4d fit = left.completeOrthogonalDecomposition().solve(right);
-    const Vector3d middle = fit.head<3>();
-    return {size_ * middle, size_ * std::sqrt(std::max(fit[3] + middle.squaredNorm(), 0.0))};
+    Matrix3d left = Matrix3d::Zero();
+    Vector3d right = Vector3d::Zero();
+    for (const Vector3d& corner : corners_) {
+      const Vector3d p = flatten(corner) / size_;
+      const Vector3d off = p - mean;
+      left += 2.0 * off * off.transpose();
+      right += (p.squaredNorm() - meanSquare) * off;
+    }
+    const Vector3d middle = leastSquares(left, right);
+    const double square = meanSquare - 2.0 * mean.dot(middle) + middle.squaredNorm();
+    return {size_ * middle, size_ * std::sqrt(std::max(square, 0.0))};
   }
 
   // The point that the planes of all triangles pass by nearest.
@@ -111,7 +134,7 @@ class Facets {
       left += shares_[i] * n * n.transpose();
       right += shares_[i] * n.dot(corners_[k]) * n;
     }
-    return left.ldlt().solve(right);
+    return leastSquares(left, right);
   }
 
  private:
