@@ -4,6 +4,7 @@
 #include "kit/triangle_shape.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -58,6 +59,7 @@ MeshData clean(const MeshView& mesh) {
     }
   }
   CleanedTriangles steps = removeDegenerate(mesh, degenerate);
+  assert(steps.triangles.size() == 3 * steps.origins.size());
   MeshData cleaned = numbered(mesh, steps.triangles, steps.becameOf);
   cleaned.triangleOrigins = std::move(steps.origins);
   cleaned.degenerateCount = steps.degenerateCount;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cmath>
 
 namespace quorkit {
@@ -29,6 +30,7 @@ const std::array<std::uint8_t, 3>& colourOf(double value, double low, double ran
 }  // namespace
 
 void colours(std::size_t n, const double* field, double low, double high, std::uint8_t* rgbaOut) {
+  assert(std::isfinite(low) && std::isfinite(high));
   const double unit = std::isfinite(high - low) ? 1.0 : 0.5;  // halves do not overflow
   const double range = unit * high - unit * low;
   for (std::size_t i = 0; i < n; ++i) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <tuple>
@@ -132,6 +133,7 @@ class Weights {
 }  // namespace
 
 NegativeWeights negativeWeights(const MeshView& mesh, const std::vector<bool>& isSound) {
+  assert(isSound.size() == mesh.triangleCount());
   return Weights(mesh, isSound).run();
 }
 

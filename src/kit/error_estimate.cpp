@@ -1,6 +1,7 @@
 #include "kit/error_estimate.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 
@@ -30,6 +31,7 @@ double powerOfTwo(double exponent) {
 ErrorEstimate::ErrorEstimate(const std::vector<SingularVertex>& singular, std::size_t vertexCount)
     : localAt_(vertexCount, 0.0) {
   for (const SingularVertex& s : singular) {
+    assert(s.exponent > 0.0);
     localAt_[toSize(s.vertex)] =
         std::max(0.0, kSafety / (powerOfTwo(s.exponent) - 1.0) - kReported);
   }
@@ -45,6 +47,7 @@ double ErrorEstimate::localPart(const std::int32_t* corners) const {
 }
 
 double ErrorEstimate::of(const NestedFields& nested, const MeshView& coarse) const {
+  assert(nested.fine.mesh.triangles.size() == 12 * coarse.triangleCount());
   double error = 0.0;
   for (std::size_t t = 0; t < coarse.triangleCount(); ++t) {
     const double part = localPart(coarse.triangles + 3 * t);

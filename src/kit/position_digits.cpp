@@ -2,20 +2,14 @@
 
 #include "export/number_text.h"
 #include "kit/measure.h"
-#include "util/vec3.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
 
 namespace quorkit {
 namespace {
 
 constexpr int kMostDigits = 17;  // which tell any two doubles apart
-
-/// The largest absolute value of a coordinate.
-double largest(quor::Vec3 p) {
-  return std::max({std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
-}
 
 }  // namespace
 
@@ -26,11 +20,11 @@ int positionDigits(const MeshView& mesh) {
   double least = kInfinity;
   for (std::size_t k = 0; k < 3 * mesh.triangleCount(); ++k) {
     const std::size_t next = k % 3 == 2 ? k - 2 : k + 1;
-    const quor::Vec3 p = quor::pointAt(mesh.vertices, mesh.triangles[k]);
-    const quor::Vec3 q = quor::pointAt(mesh.vertices, mesh.triangles[next]);
-    const double length = largest(q - p);
+    const Vec3 p = pointAt(mesh.vertices, mesh.triangles[k]);
+    const Vec3 q = pointAt(mesh.vertices, mesh.triangles[next]);
+    const double length = largestComponent(q - p);
     if (length > 0.0) {
-      least = std::min(least, length / std::max(largest(p), largest(q)));
+      least = std::min(least, length / std::max(largestComponent(p), largestComponent(q)));
     }
   }
   int digits = quor::kFewestDigits;
