@@ -28,6 +28,7 @@ if(NOT QUOR_TESTS STREQUAL "SHIPPED")
     modules/assembly_test.cpp modules/dense_front_test.cpp modules/disjoint_sets_test.cpp
     modules/edge_midpoints_test.cpp modules/factorization_test.cpp modules/fields_solve_test.cpp
     modules/intrinsic_delaunay_test.cpp
+    $<$<BOOL:${is_linux_library}>:modules/number_text_test.cpp>
     modules/operator_test.cpp modules/ordering_test.cpp modules/oriented_box_test.cpp modules/progress_test.cpp
     modules/refined_count_test.cpp modules/substitution_test.cpp modules/weld_search_test.cpp modules/weld_steps_test.cpp
     modules/writer_test.cpp soups/soups.cpp soups/soups_slow_in_tables.cpp soups/soups_slow_in_tree.cpp)

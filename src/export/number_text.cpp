@@ -1,32 +1,34 @@
 #include "export/number_text.h"
 
 #include <algorithm>
+#include <array>
+#include <cassert>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 
 namespace quor {
-namespace {
 
-/// The C library's text, with a point where its locale has another decimal separator.
-char* writeWithPrintf(char* first, double number, int digits) {
-  const int length = std::snprintf(first, kLongestNumber, "%.*g", digits, number);
-  char* const last = first + length;
+char* writeNumberWithPrintf(char* first, double number, int digits) {
+  std::array<char, 2 * kLongestNumber> text;  // with a zero, and separators of several bytes
+  const int length = std::snprintf(text.data(), text.size(), "%.*g", digits, number);
+  assert(length > 0 && static_cast<std::size_t>(length) < text.size());
+  const char* const begin = text.data();
+  const char* const last = begin + length;
   if (!std::isfinite(number)) {
-    return last;
+    return std::copy(begin, last, first);
   }
   const auto isSeparator = [](char c) {
     return (c < '0' || c > '9') && c != 'e' && c != '-' && c != '+';
   };
-  char* const separator = std::find_if(first, last, isSeparator);
-  if (separator == last) {
-    return last;
+  const char* const separator = std::find_if(begin, last, isSeparator);
+  first = std::copy(begin, separator, first);
+  if (separator != last) {
+    *first++ = '.';
   }
-  *separator = '.';
-  return std::remove_if(separator + 1, last, isSeparator);  // the rest of a longer separator
+  return std::remove_copy_if(separator, last, first, isSeparator);
 }
-
-}  // namespace
 
 char* writeNumber(char* first, double number, int digits) {
 #if defined(__cpp_lib_to_chars)
@@ -36,7 +38,7 @@ char* writeNumber(char* first, double number, int digits) {
   }
 #endif
   // How an infinity and a NaN are spelt is the C library's affair, here as in a stream.
-  return writeWithPrintf(first, number, digits);
+  return writeNumberWithPrintf(first, number, digits);
 }
 
 }  // namespace quor

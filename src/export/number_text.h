@@ -17,4 +17,7 @@ constexpr int kFewestDigits = 6;
 /// @return the end of what was written; no zero follows it
 char* writeNumber(char* first, double number, int digits = kFewestDigits);
 
+/// The same, for standard libraries that write no doubles by themselves.
+char* writeNumberWithPrintf(char* first, double number, int digits);
+
 }  // namespace quor
