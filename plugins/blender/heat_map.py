@@ -3,7 +3,8 @@
 Install it (Edit > Preferences > Add-ons > Install...), make the vertex groups "hot" and "cold", then
 Object > Heat Map. Esc cancels while it solves. The result is an object of its own, with a colour
 attribute, a legend, and a material that shows it. Change values in the panel that appears at the lower
-left: the same groups are not solved anew. It needs the Python module quor; README.md tells where it may lie.
+left: the same groups are not solved anew. The ZIP of a release has the Python module
+quor inside; for this file alone README.md tells where it may lie.
 """
 
 import math
@@ -16,7 +17,10 @@ import numpy as np
 from gpu_extras.batch import batch_for_shader
 
 try:
-    import quor
+    if __package__:  # from the ZIP of a release, which has the module inside
+        from . import quor
+    else:
+        import quor
 except ImportError as missing:
     quor, why_not = None, (
         f"the module quor cannot be loaded ({missing}): put the folder quor, with the library in it, into "
