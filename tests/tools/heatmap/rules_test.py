@@ -152,6 +152,16 @@ class Faces(Rules):
                     self.assertEqual(len(rows_of_kind), 1, listed)
                     self.assertRegex(rows_of_kind[0], words)
 
+    def test_a_face_of_a_large_radius_is_no_cylinder(self):
+        """Of 40 times its size it is one; of 60 times it might as well be anything round."""
+        for radius, expected in ((40, r" cylinder .*radius (39\.99|40)"), (60, r"^1 +(?!cylinder)\w+ ")):
+            arc = [(x, radius - math.sqrt(radius * radius - x * x)) for x in (0.1 * k - 1 for k in range(21))]
+            vertices = [(x, y, z) for y in (0, 0.1) for x, z in arc]
+            triangles = [t for k in range(20) for t in ((k, k + 1, k + 22), (k, k + 22, k + 21))]
+            self.write("arc.obj", obj_text(vertices, triangles))
+            with self.subTest(radius):
+                self.assertRegex(self.stdout_of("arc.obj", "--list-faces"), re.compile(expected, re.M))
+
     def test_a_face_that_is_not_there(self):
         self.refuses(1, '--hot "face:7" names a face that is not there: the part has 6, numbered from 1; see --list-faces',
                      "box.obj", "--out", "o", "--hot", "face:7")
@@ -235,6 +245,8 @@ class Overlaps(Rules):
 
     def test_regions_of_one_value_may_overlap(self):
         self.solve("box.obj", "--hot", "z+", "--hot", "face:5,4,4", "--hot", "edge:5,0,4", "--cold", "z-", "--edge", "2")
+        # An edge between a face of its own value and one of another touches that one, and no more.
+        self.solve("box.obj", "--hot", "face:5,4,4", "--hot", "edge:5,0,4", "--cold", "face:5,0,2", "--edge", "2")
 
 
 class Components(Rules):
@@ -253,9 +265,10 @@ class Components(Rules):
         self.assertAlmostEqual(min(result.at(lambda x, y, z: x > 11)), 80, delta=1e-3)
 
     def test_solids_that_touch(self):
-        """Corner in face, edge across edge, face in face, and one through the other."""
+        """Corner in face, edge across edge, face in face, one through the other, and a gap of rounding."""
         for name, other in [("corner", box_mesh((10, 2, 1), (12, 3, 2))), ("cross", box_mesh((-1, 3, 4), (11, 5, 6))),
-                            ("face", box_mesh((2, 2, 4), (4, 4, 6))), ("through", box_mesh((4, 3, -1), (6, 5, 6)))]:
+                            ("face", box_mesh((2, 2, 4), (4, 4, 6))), ("through", box_mesh((4, 3, -1), (6, 5, 6))),
+                            ("gap", box_mesh((10.0001, 2, 1), (12, 3, 2)))]:
             with self.subTest(name):
                 self.write("touch.obj", obj_text(*merged(BOX, other)))
                 self.refuses(1, "has no prescribed value: components touch at .* without a common vertex, which a larger "
@@ -265,9 +278,9 @@ class Components(Rules):
                 rule = f"ball:{at[0]},{at[1]},{max(other[0])[2]},0.4=7"
                 result = self.solve("touch.obj", "--hot", "edge:5,0,0", "--cold", rule, "--edge", "2")
                 self.assertIn("connected components touch at ", result.stderr)
-        self.write("apart.obj", obj_text(*merged(BOX, box_mesh((10.01, 2, 1), (12, 3, 2)))))
+        self.write("apart.obj", obj_text(*merged(BOX, box_mesh((10.001, 2, 1), (12, 3, 2)))))
         self.assertEqual(self.solve("apart.obj", "--hot", "x-", "--hot", "x+=3", "--cold", "face:10,4,1", "--cold",
-                                    "face:10.01,2.5,1.5=4", "--edge", "2").stderr, "")
+                                    "face:10.001,2.5,1.5=4", "--edge", "2").stderr, "")
 
 
 class Refining(Rules):

@@ -114,6 +114,9 @@ class Within(Case):
         edges = self.solve("box.obj", "--hot", "face:5,4,4", "--cold", "face:5,0,2", "--edge", "1")
         self.assertRegex(edges.stderr, r"^heatmap: warning: nothing is promised near where regions of different values touch, "
                          r"first at \(0, 0, 4\): no continuous field has both values there; keep the regions apart\n$")
+        where_both_are = edges.at(lambda x, y, z: y == 0 and z == 4)
+        self.assertEqual([u for u in where_both_are if abs(u - 0.5) > 1e-3], [])
+        self.assertGreater(len(where_both_are), 10)
         apart = self.solve("box.obj", "--hot", "face:5,4,4", "--cold", "face:5,4,0")
         self.assertNotIn("errorExcept", apart.json)
 

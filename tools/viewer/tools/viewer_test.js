@@ -224,6 +224,10 @@ test('says what the colours mean', async (t) => {
           assert.equal(await probed(page, found[i]), value);
         }
         assert.equal(await probed(page, {x: 5, y: 80}), '', 'nothing is there');
+        if (name === 'shared range') {
+          assert.deepEqual(await page.locator('.tick').allTextContents(),
+            ['−40', '−20', '0', '20', '40', '60', '80']);
+        }
       });
     }
     assert.deepEqual(await page.locator('.tick').allTextContents(),
