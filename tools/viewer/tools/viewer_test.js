@@ -268,6 +268,8 @@ const spoilt = [
     'has points but no triangle: it was cut short', 'failed'],
   ['cut among the triangles', (file) => writeFileSync(file(objName), plate.slice(0, -500).trimEnd()),
     'ends in the middle of a line: it was cut short', 'ready'],
+  ['cut in the last number', (file) => writeFileSync(file(objName), plate.trimEnd().slice(0, -1)),
+    'ends in the middle of a line: it was cut short', 'ready'],
   ['no texture',
     (file) => writeFileSync(file(objName), plate.replace(/^vt .*\n/gm, '').replace(/\/\d+/g, '')),
     'holds no field: it has no texture', 'ready'],
@@ -289,6 +291,9 @@ test('says what is wrong with files', async (t) => {
         assert.equal(await opened(page), state);
         const message = await page.textContent('#message');
         assert.ok(message.includes(words), `said: ${message}`);
+        if (name.startsWith('cut in the last')) {
+          assert.match(await page.textContent('#status'), new RegExp(` ${2 * SQUARES - 1} triangles$`));
+        }
       });
     }
     assert.deepEqual(errors.filter((error) => !error.includes('404')), []);
