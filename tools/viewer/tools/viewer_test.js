@@ -153,7 +153,7 @@ function box(x, y, z) {
 
 test('guesses which axis is up, and can be told', async (t) => {
   const cases = [['plate', [50, 40, 3], 'z'], ['plate lying in x and z', [50, 3, 40], 'y'],
-    ['tower', [10, 50, 10], 'z'], ['cube', [1, 1, 1], 'z']]
+    ['tower', [10, 50, 10], 'z'], ['cube', [1, 1, 1], 'z'], ['block, hardly lower along y', [50, 40, 45], 'z']]
     .map(([name, lengths, up]) => ({name, up,
       change: (file) => writeFileSync(file(objName), box(...lengths))}));
   const results = resultsOf(t, cases);
