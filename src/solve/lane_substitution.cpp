@@ -4,6 +4,7 @@
 #include "solve/ahead.h"
 #include "solve/factor_view.h"
 #include "util/exact_arithmetic.h"
+#include "util/index.h"
 #include "util/machine.h"
 
 #include <algorithm>
@@ -88,12 +89,13 @@ class Lanes {
 
  private:
   using Vector = typename Vectors::Type;
-  static constexpr int kWidth = sizeof(Vector) / sizeof(double);
-  static constexpr int kVectors = kLanes / kWidth;
+  static constexpr std::ptrdiff_t kWidth = sizeof(Vector) / sizeof(double);
+  static constexpr std::ptrdiff_t kVectors = kLanes / kWidth;
   std::array<Vector, kVectors> vectors_;
 };
 
-QUOR_ALWAYS_INLINE double* rowOf(double* x, int row) {
+template <typename Number>
+QUOR_ALWAYS_INLINE Number* rowOf(Number* x, int row) {
   return x + std::ptrdiff_t{kLanes} * row;
 }
 
@@ -105,8 +107,8 @@ struct NestedColumns {
         rows(factor.rows + factor.starts[first + count - 1]),
         shared(factor.count(first + count - 1)) {
     for (int c = 0; c < count; ++c) {
-      inner.data()[c] = factor.values + factor.starts[first + c];
-      values.data()[c] = inner.data()[c] + (count - 1 - c);
+      inner[toSize(c)] = factor.values + factor.starts[first + c];
+      values[toSize(c)] = inner[toSize(c)] + (count - 1 - c);
     }
   }
 
@@ -125,7 +127,7 @@ Shown shownLanes(const double* own, int count) {
   std::array<std::uint64_t, kLanes> bits{};
   for (int c = 0; c < count; ++c) {
     std::array<std::uint64_t, kLanes> entries;
-    std::memcpy(entries.data(), own + c * kLanes, sizeof entries);
+    std::memcpy(entries.data(), rowOf(own, c), sizeof entries);
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
       bits[lane] |= entries[lane] << 1U;  // without the sign
     }
@@ -180,7 +182,7 @@ QUOR_ALWAYS_INLINE void forward(const NestedColumns& columns, const Shown& shown
     for (int e = 0; e < c; ++e) {
       Lanes<Vectors> earlier;
       earlier.load(rowOf(own, e));
-      entry.subtractProduct(columns.inner.data()[e][c - e - 1], earlier);
+      entry.subtractProduct(columns.inner[toSize(e)][c - e - 1], earlier);
     }
     if constexpr (!kIsWhole) {
       entry.restoreHidden(mask, before);
@@ -243,7 +245,7 @@ QUOR_ALWAYS_INLINE void sumRows(const NestedColumns& columns, int from, int coun
     }
     QUOR_UNROLL
     for (int c = 0; c < kColumns; ++c) {
-      sum.data()[c].store(sums + ((from + c) * kPartialSums + part) * kLanes);
+      sum.data()[c].store(rowOf(sums, (from + c) * kPartialSums + part));
     }
   }
 }
@@ -279,7 +281,7 @@ QUOR_ALWAYS_INLINE void backward(const NestedColumns& columns, const double* dia
     std::array<Lanes<Vectors>, kPartialSums> parts;
     QUOR_UNROLL
     for (int part = 0; part < kPartialSums; ++part) {
-      parts.data()[part].load(sums.data() + (c * kPartialSums + part) * kLanes);
+      parts.data()[part].load(rowOf(sums.data(), c * kPartialSums + part));
     }
     auto& [sum, second, third, fourth] = parts;
     sum.add(second);
@@ -288,7 +290,7 @@ QUOR_ALWAYS_INLINE void backward(const NestedColumns& columns, const double* dia
     Lanes<Vectors> later;
     for (int r = whole; r < columns.shared; ++r) {
       later.load(rowOf(x, columns.rows[r]));
-      sum.addProduct(columns.values.data()[c][r], later);
+      sum.addProduct(columns.values[toSize(c)][r], later);
     }
     double* const row = rowOf(x, columns.first + c);
     Lanes<Vectors> own;
@@ -297,7 +299,7 @@ QUOR_ALWAYS_INLINE void backward(const NestedColumns& columns, const double* dia
     own.subtract(sum);
     for (int e = c + 1; e < columns.count; ++e) {
       later.load(rowOf(x, columns.first + e));
-      own.subtractProduct(columns.inner.data()[c][e - c - 1], later);
+      own.subtractProduct(columns.inner[toSize(c)][e - c - 1], later);
     }
     own.store(row);
   }
