@@ -17,5 +17,7 @@ export function heatMap(points, valueOf) {
     colours: quor.colours(result.field),  // red, green, blue and alpha of each vertex
     field: result.field,
     error: result.error,
+    jumps: result.jumps,  // vertices of the part where different values meet
+    jumpRadius: result.jumpRadius,
   };
 }

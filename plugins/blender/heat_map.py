@@ -3,8 +3,8 @@
 Install it (Edit > Preferences > Add-ons > Install...), make the vertex groups "hot" and "cold", then
 Object > Heat Map. Esc cancels while it solves. The result is an object of its own, with a colour
 attribute, a legend, and a material that shows it. Change values in the panel that appears at the lower
-left: the same groups are not solved anew. The ZIP of a release has the Python module
-quor inside; for this file alone README.md tells where it may lie.
+left: the same groups are not solved anew. The ZIP of a release has the Python module quor inside. For this
+file alone, README.md says where to put the module.
 """
 
 import math

@@ -3,6 +3,7 @@
 #include "export/number_text.h"
 #include "support/numeric_locale.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <random>
@@ -11,12 +12,13 @@ using namespace test;
 
 namespace {
 
-/// What a writer writes, and after it as many marks as it left room.
+/// What a writer writes. It must keep to the room that it asks for.
 template <typename Writer>
 std::string textOf(const Writer& writer, double number, int digits) {
   std::array<char, quor::kLongestNumber + 8> room;
   room.fill('#');
   char* const end = writer(room.data(), number, digits);
+  EXPECT_EQ(std::count(room.begin() + quor::kLongestNumber, room.end(), '#'), 8);
   return {room.data(), end};
 }
 

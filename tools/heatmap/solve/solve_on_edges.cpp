@@ -17,7 +17,7 @@ namespace {
 constexpr const char* kThinTriangles =
     "the part has triangles of almost no area: weld them away with a larger --tolerance";
 // From here on building takes minutes, and gigabytes of memory.
-constexpr double kMinutesOfTriangles = 2e6;
+constexpr double kSlowTriangleCount = 2e6;
 
 // The part on its way to the mesh that is solved on.
 class Refinement {
@@ -129,7 +129,7 @@ quor::kit::Solver build(const Surface& mesh, const std::vector<std::int32_t>& ta
 Solution solveOnEdges(const Regions& regions, std::optional<double> length, Stages& stages) {
   if (length) {
     const double least = leastTriangles(regions.surface(), *length);
-    if (least > kMinutesOfTriangles) {
+    if (least > kSlowTriangleCount) {
       stages.warn("--edge " + text(*length) + " makes more than " + shortText(least / 1e6, 2) +
                   " million triangles, which takes minutes and gigabytes: Ctrl-C stops, and a "
                   "larger length is faster");
